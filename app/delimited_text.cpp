@@ -1,0 +1,125 @@
+#include "app/delimited_text.h"
+
+#include "platform/file_error.h"
+
+#include <charconv>
+#include <utility>
+
+namespace modFunc {
+
+namespace {
+
+bool isBlank(char character) { return character == ' ' || character == '\t'; }
+bool isLineEnd(char character) { return character == '\r' || character == '\n'; }
+
+// What stands in a file, short enough for a message.
+std::string shown(std::string_view item) {
+    constexpr std::size_t most = 40;
+    if (item.empty())
+        return "nothing";
+    if (item.size() <= most)
+        return "\"" + std::string(item) + "\"";
+    return "\"" + std::string(item.substr(0, most)) + "...\"";
+}
+
+} // namespace
+
+DelimitedReader::DelimitedReader(std::string fileName, std::string text)
+    : fileName_(std::move(fileName)), text_(std::move(text)) {
+    // Some editors put this mark in front of a text; it is no part of the first item.
+    constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+    if (text_.starts_with(utf8Mark))
+        position_ = utf8Mark.size();
+}
+
+void DelimitedReader::skipBlanks() {
+    while (!atEnd() && isBlank(text_[position_]))
+        ++position_;
+}
+
+void DelimitedReader::passSeparator() {
+    if (atEnd())
+        return;
+    const char separator = text_[position_++];
+    if (separator == ',')
+        return;
+    if (separator == '\r' && !atEnd() && text_[position_] == '\n')
+        ++position_;
+    ++line_;
+}
+
+std::string_view DelimitedReader::quotedItem(std::string_view meaning) {
+    const std::size_t first = ++position_;
+    while (!atEnd() && text_[position_] != '"' && !isLineEnd(text_[position_]))
+        ++position_;
+    const auto item = std::string_view(text_).substr(first, position_ - first);
+    if (atEnd() || text_[position_] != '"')
+        Refuse(meaning, "a closing double quote on the same line", shown(item));
+    ++position_;
+    skipBlanks();
+    if (!atEnd() && text_[position_] != ',' && !isLineEnd(text_[position_]))
+        Refuse(meaning, "a comma or a line end behind the closing double quote",
+               shown(std::string_view(text_).substr(position_, 1)));
+    return item;
+}
+
+std::string_view DelimitedReader::nextItem(std::string_view meaning, const std::string& expected) {
+    ++item_;
+    itemLine_ = line_;
+    if (atEnd())
+        Refuse(meaning, expected, "the end of the file");
+    skipBlanks();
+    quoted_ = !atEnd() && text_[position_] == '"';
+    std::string_view item;
+    if (quoted_) {
+        item = quotedItem(meaning);
+    } else {
+        const std::size_t first = position_;
+        while (!atEnd() && text_[position_] != ',' && !isLineEnd(text_[position_]))
+            ++position_;
+        item = std::string_view(text_).substr(first, position_ - first);
+    }
+    passSeparator();
+    return item;
+}
+
+std::string_view DelimitedReader::NextString(std::string_view meaning) {
+    return nextItem(meaning, "a text");
+}
+
+std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t least,
+                                         std::int32_t most) {
+    const std::string expected =
+        "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
+    const std::string_view item = nextItem(meaning, expected);
+    std::string_view digits = item;
+    while (!digits.empty() && isBlank(digits.back()))
+        digits.remove_suffix(1);
+    if (digits.starts_with('+') && !digits.starts_with("+-"))
+        digits.remove_prefix(1);
+
+    std::int32_t value = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    if (quoted_ || error != std::errc{} || stop != end || value < least || value > most)
+        Refuse(meaning, expected, quoted_ ? "the quoted text " + shown(item) : shown(item));
+    return value;
+}
+
+std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t least,
+                                        std::int16_t most) {
+    return static_cast<std::int16_t>(NextNumber(meaning, least, most));
+}
+
+void DelimitedReader::Refuse(std::string_view meaning, const std::string& expected,
+                             const std::string& found) const {
+    throw platform::FileError(fileName_ + ", line " + std::to_string(itemLine_) + ", item " +
+                              std::to_string(item_) + " (" + std::string(meaning) +
+                              "): expected " + expected + ", found " + found + ".");
+}
+
+std::string DelimitedLine(std::int32_t number) { return std::to_string(number) + "\r\n"; }
+
+std::string DelimitedLine(const std::string& text) { return "\"" + text + "\"\r\n"; }
+
+} // namespace modFunc

@@ -1,0 +1,59 @@
+// Delimited text: the form of the settings file, the device list, the Auto sequence and of the
+// records of an Intel HEX file.
+//
+// Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
+// Blanks in front of an item are skipped. An item that opens with a double quote is read without
+// its quotes, commas inside belonging to it; any other is read up to the comma or line end.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace modFunc {
+
+class DelimitedReader {
+public:
+    // `fileName` stands in the errors. The reader keeps the text.
+    DelimitedReader(std::string fileName, std::string text);
+    DelimitedReader(const DelimitedReader&) = delete;
+    DelimitedReader& operator=(const DelimitedReader&) = delete;
+
+    // No item is left.
+    bool atEnd() const { return position_ >= text_.size(); }
+
+    // The next item. The view lives as long as the reader. Each of these throws
+    // platform::FileError, naming the file, the item's number and line, what was expected
+    // (`meaning`, such as "device count") and what stands there, when the file has ended, a quote
+    // is not closed on its line, or the item does not fit.
+    std::string_view NextString(std::string_view meaning);
+    // A decimal whole number from `least` to `most`, both included; a sign may stand in front.
+    std::int32_t NextNumber(std::string_view meaning, std::int32_t least, std::int32_t most);
+    std::int16_t NextInt16(std::string_view meaning, std::int16_t least = INT16_MIN,
+                           std::int16_t most = INT16_MAX);
+
+    // Throws platform::FileError for the item read last.
+    [[noreturn]] void Refuse(std::string_view meaning, const std::string& expected,
+                             const std::string& found) const;
+
+private:
+    void skipBlanks();
+    void passSeparator();
+    std::string_view quotedItem(std::string_view meaning);
+    std::string_view nextItem(std::string_view meaning, const std::string& expected);
+
+    std::string fileName_;
+    std::string text_;
+    std::size_t position_ = 0;
+    int line_ = 1;     // line at position_
+    int itemLine_ = 1; // line of the item read last
+    int item_ = 0;     // number of the item read last, from 1
+    bool quoted_ = false;
+};
+
+// One item on a line of its own, ended by CR LF: a number in plain decimal, a string in double
+// quotes.
+std::string DelimitedLine(std::int32_t number);
+std::string DelimitedLine(const std::string& text);
+
+} // namespace modFunc

@@ -1,0 +1,31 @@
+// Start-up and the files it reads: settings, device list, Auto sequence.
+//
+// All three are required in AppPath. Each procedure throws platform::FileError, naming the file,
+// the item and the cause, when a file is missing, damaged or outside its limits.
+#pragma once
+
+#include <string>
+
+namespace modFunc {
+
+// `name` in AppPath.
+std::string DataFile(const std::string& name);
+
+// Steps of the start before the main window: AppPath, settings, device list, Auto sequence, family
+// table, in this order, since the settings give the number of device rows.
+void Main();
+
+// quorven.cfg: five items into ComPort, DeviceCount (0..50), SelectedDevice (0..50),
+// ProgramVersion, ProgramDate.
+void ReadSettings();
+// Replaces quorven.cfg by the same five fields, whole or not at all. Throws platform::FileError.
+void WriteSettings();
+
+// quorven.dev: eight items for each of DeviceList rows 1 to DeviceCount. What follows in the file
+// is not read.
+void ReadDeviceList();
+
+// auto.cfg: AutoCount (0..20), then as many function codes into AutoList.
+void ReadAutoFile();
+
+} // namespace modFunc

@@ -1,0 +1,24 @@
+#include "app/state.h"
+
+#include <memory>
+
+namespace modFunc {
+
+namespace {
+// On the heap: the record is too large for a stack, and so is the temporary of a reset.
+std::unique_ptr<State> theState = std::make_unique<State>();
+} // namespace
+
+State& state() { return *theState; }
+
+void ResetState() { theState = std::make_unique<State>(); }
+
+const DeviceRec& selectedDevice() {
+    return state().DeviceList.at(static_cast<std::size_t>(state().SelectedDevice));
+}
+
+const FamilyRec& selectedFamily() {
+    return state().FamilyTable.at(static_cast<std::size_t>(selectedDevice().Family));
+}
+
+} // namespace modFunc

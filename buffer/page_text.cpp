@@ -1,0 +1,54 @@
+#include "buffer/page_text.h"
+
+#include "app/hex_text.h"
+#include "app/state.h"
+#include "buffer/image.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace modFunc {
+
+namespace {
+
+constexpr char heading[] = "ADDR                       HEX                            ASCII\r\n";
+static_assert(sizeof heading - 1 == headingLength);
+
+char shownCharacter(std::uint8_t byte) {
+    return byte >= 32 && byte <= 127 ? static_cast<char>(byte) : '.';
+}
+
+void appendLine(std::string& text, std::int32_t address) {
+    const Bytes& image = state().BufferData;
+    std::string characters;
+    text += HexWord(address);
+    text += '=';
+    for (std::int32_t index = address; index < address + lineBytes; ++index) {
+        const std::uint8_t byte =
+            index <= lastBufferIndex ? image[static_cast<std::size_t>(index)] : erasedByte;
+        text += HexByte(byte);
+        text += ' ';
+        characters += shownCharacter(byte);
+    }
+    text += characters;
+    text += "\r\n";
+}
+
+} // namespace
+
+std::string PageText(std::int32_t topLine) {
+    std::string text;
+    text.reserve(pageTextLength);
+    text += heading;
+    for (int line = 0; line < pageLines; ++line)
+        appendLine(text, (topLine + line) * lineBytes);
+    return text;
+}
+
+std::int32_t LastTopLine(std::int32_t size) {
+    constexpr std::int32_t lastOfImage = (lastBufferIndex + 1) / lineBytes - pageLines;
+    const double lines = std::nearbyint(static_cast<double>(size) / lineBytes - pageLines);
+    return std::clamp(static_cast<std::int32_t>(lines), 0, lastOfImage);
+}
+
+} // namespace modFunc

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+class QLineEdit;
+class QRadioButton;
+
+// File type and offsets, asked before every load and save. Leaves FileCancelled, and on OK
+// FileIsHex, BufferAddress and FileAddress in the shared state.
+class frmFileLoad : public Form {
+    Q_OBJECT
+
+public:
+    explicit frmFileLoad(QWidget* owner);
+
+    void reject() override; // Escape and a request to close are Cancel
+
+private:
+    void connectHandlers();
+    void cmdOk_Click();
+    void cmdCancel_Click();
+
+    QRadioButton* Option1; // Intel HEX
+    QRadioButton* Option2; // binary
+    QLineEdit* txtBuffer;
+    QLineEdit* txtFile;
+    QPushButton* cmdCancel;
+    QPushButton* cmdOk;
+};

@@ -1,0 +1,131 @@
+#include "files/hex_file.h"
+
+#include "app/delimited_text.h"
+#include "app/hex_text.h"
+#include "app/state.h"
+#include "buffer/buffer_view.h"
+#include "platform/file_error.h"
+#include "platform/files.h"
+#include "platform/machine.h"
+
+#include <algorithm>
+
+namespace modFunc {
+
+namespace {
+
+using platform::FileError;
+using platform::machine;
+
+enum class ParseResult { Complete, WrongCheckSum, NoEndRecord };
+
+// `count` characters from `position`, counted from 1, as far as the line has them.
+std::string_view field(std::string_view line, std::size_t position, std::size_t count) {
+    return line.substr(std::min(position - 1, line.size()), count);
+}
+
+std::uint8_t byteAt(std::string_view line, std::size_t position) {
+    return static_cast<std::uint8_t>(TolerantHex(field(line, position, 2)));
+}
+
+std::string place(int record) {
+    return machine().cdia.FileName + ", record " + std::to_string(record) + ": ";
+}
+
+// Everything but the data.
+void readHeader(HexRec& record, int number) {
+    constexpr std::size_t checkCharacters = 2;
+    const std::string_view line = record.Line;
+    record.Length = byteAt(line, 2);
+    const auto address = StrictHex(field(line, 4, 4));
+    if (!address)
+        throw FileError(place(number) + "the address is no hexadecimal number");
+    record.Address = *address;
+    record.RecordType = byteAt(line, 8);
+    record.CheckSum = static_cast<std::int16_t>(
+        TolerantHex(line.substr(line.size() - std::min(line.size(), checkCharacters))));
+}
+
+void readData(HexRec& record, int number) {
+    if (record.Length > hexRecordDataBytes)
+        throw FileError(place(number) + "more than 51 data bytes");
+    for (std::size_t i = 0; i < static_cast<std::size_t>(record.Length); ++i)
+        record.Data[i] = byteAt(record.Line, 10 + 2 * i);
+}
+
+// The sum takes the line as it stands, not as its byte count says.
+bool checkSumIsRight(const HexRec& record) {
+    const std::string_view line = record.Line;
+    int sum = record.CheckSum;
+    for (std::size_t position = 2; position + 2 <= line.size(); position += 2)
+        sum += byteAt(line, position);
+    return sum % 256 == 0;
+}
+
+ParseResult parse() {
+    State& s = state();
+    const std::string& fileName = machine().cdia.FileName;
+    DelimitedReader reader(fileName, platform::ReadWholeFile(fileName));
+    for (int number = 1; !reader.atEnd(); ++number) {
+        if (number > lastHexRecord)
+            throw FileError(fileName + ": more than 10000 records");
+        HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
+        record.Line = reader.NextString("record");
+        readHeader(record, number);
+        if (record.RecordType != 0) {
+            s.HexRecordCount = static_cast<std::int16_t>(number - 1);
+            return ParseResult::Complete;
+        }
+        readData(record, number);
+        if (!checkSumIsRight(record))
+            return ParseResult::WrongCheckSum;
+    }
+    return ParseResult::NoEndRecord;
+}
+
+void placeRecords() {
+    State& s = state();
+    for (std::int16_t number = 1; number <= s.HexRecordCount; ++number) {
+        const HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
+        for (std::int32_t i = 0; i < record.Length; ++i) {
+            const std::int32_t address = record.Address + i;
+            if (address < s.FileAddress)
+                continue;
+            const std::int64_t target = std::int64_t{address} + s.BufferAddress;
+            if (target > lastBufferIndex)
+                throw FileError(place(number) + "reaches behind the end of the image");
+            s.BufferData[static_cast<std::size_t>(target)] =
+                record.Data[static_cast<std::size_t>(i)];
+        }
+    }
+}
+
+void refuse(const char* text) {
+    machine().msgBox.Show("File Load Error", text, platform::MessageBox::Icon::Critical);
+}
+
+} // namespace
+
+void OpenHexFile() {
+    switch (parse()) {
+    case ParseResult::WrongCheckSum:
+        refuse("Checksum Error in hex file!");
+        return;
+    case ParseResult::NoEndRecord:
+        refuse("No end record in hex file!");
+        return;
+    case ParseResult::Complete:
+        break;
+    }
+    placeRecords();
+    ShowFileName();
+    bufferView().Reopen();
+}
+
+void ShowFileName() { machine().sbar.setPanel(4, "File: " + machine().cdia.FileName); }
+
+bool LooksLikeHexFile(const std::string& fileName) {
+    return fileName.ends_with("HEX") || fileName.ends_with("hex");
+}
+
+} // namespace modFunc

@@ -1,0 +1,128 @@
+#include "functions/frmFunction.h"
+
+#include "app/hex_text.h"
+#include "app/state.h"
+
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+
+using namespace modFunc;
+
+namespace {
+
+constexpr Place track{1680, 2760, 3015, 135};
+
+void setTextColour(QLabel* label, const QColor& colour) {
+    QPalette colours = label->palette();
+    colours.setColor(QPalette::WindowText, colour);
+    label->setPalette(colours);
+}
+
+} // namespace
+
+Shape::Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place)
+    : QWidget(parent) {
+    setObjectName(QString::fromLatin1(name));
+    setGeometry(place.rect());
+    setAutoFillBackground(true);
+    setPalette(QPalette(colour));
+}
+
+frmFunction::frmFunction(QWidget* owner)
+    : Form(owner, "frmFunction", tr("Function"), 6300, 3330, Frame::Title) {
+    listFunction = new QListWidget(this);
+    listFunction->setObjectName(QStringLiteral("listFunction"));
+    listFunction->setGeometry(Place{120, 240, 1455, 2400}.rect());
+    listFunction->setFont(sansFont());
+    listFunction->setAccessibleName(tr("Function"));
+    for (const char* name : functionNames)
+        listFunction->addItem(QString::fromLatin1(name));
+    listFunction->setCurrentRow(0);
+
+    auto* Frame1 = addFrame(this, "Frame1", tr("Message:"), {1680, 120, 3015, 2535});
+    for (std::size_t line = 0; line < lblMsg.size(); ++line) {
+        const int index = static_cast<int>(line);
+        lblMsg[line] = addLabel(Frame1, "lblMsg", QString(), {120, 240 + 240 * index, 2775, 255});
+        lblMsg[line]->setObjectName(QStringLiteral("lblMsg(%1)").arg(index));
+        setTextColour(lblMsg[line], QColor(0, 0, 255));
+    }
+
+    addChipRange();
+    shpBG = new Shape(this, "shpBG", Qt::white, track);
+    shpProgress = new Shape(this, "shpProgress", QColor(192, 0, 0), track);
+    shpProgress->resize(0, shpProgress->height());
+    lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255});
+    QFont bold = fixedFont(points9_75);
+    bold.setBold(true);
+    lblProgress->setFont(bold);
+    lblProgress->setAlignment(Qt::AlignCenter);
+    cmdRun = addButton(this, "cmdRun", tr("Run"), {240, 2760, 1095, 375});
+    cmdRun->setDefault(true);
+    cmdRun->setEnabled(state().ProgrammerFound);
+    cmdClose = addButton(this, "cmdClose", tr("Close"), {5040, 2760, 975, 375});
+    followInTabOrder({listFunction, txtChipStart, txtChipEnd, txtBufferStart, txtBufferEnd, cmdRun,
+                 cmdClose});
+    listFunction->setFocus();
+    connectHandlers();
+}
+
+// The four boxes are for show: every function works on the whole device.
+void frmFunction::addChipRange() {
+    const QString start = QString::fromStdString(HexWord(0));
+    const QString end = QString::fromStdString(HexWord(selectedDevice().Size));
+    struct Row {
+        QLineEdit** box;
+        const char* name;
+        const char* label;
+        QString caption;
+        int labelWidth;
+        QString text;
+    };
+    const Row rows[] = {
+        {&txtChipStart, "txtChipStart", "Label1", tr("Chip Start"), 1095, start},
+        {&txtChipEnd, "txtChipEnd", "Label2", tr("Chip End"), 855, end},
+        {&txtBufferStart, "txtBufferStart", "Label3", tr("Buffer Start"), 1095, start},
+        {&txtBufferEnd, "txtBufferEnd", "Label4", tr("Buffer End"), 975, end},
+    };
+    int top = 240;
+    for (const Row& row : rows) {
+        addLabel(this, row.label, row.caption, {5040, top, row.labelWidth, 255});
+        *row.box = addTextBox(this, row.name, row.text, {5040, top + 240, 1095, 285});
+        (*row.box)->setAccessibleName(row.caption);
+        top += 600;
+    }
+}
+
+void frmFunction::connectHandlers() {
+    connect(cmdRun, &QPushButton::clicked, this, &frmFunction::cmdRun_Click);
+    connect(cmdClose, &QPushButton::clicked, this, &frmFunction::cmdClose_Click);
+}
+
+void frmFunction::cmdRun_Click() {
+    DeviceRun run(*this);
+    run.Run(listFunction->currentRow());
+}
+
+void frmFunction::cmdClose_Click() { done(Rejected); }
+
+void frmFunction::reject() { cmdClose->click(); }
+
+void frmFunction::ShowLine(int line, const std::string& text) {
+    showText(lblMsg.at(static_cast<std::size_t>(line)), QString::fromStdString(text));
+}
+
+void frmFunction::ShowProgress(int percent) {
+    lblProgress->setText(QStringLiteral("%1%").arg(percent));
+    const float width =
+        static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;
+    shpProgress->resize(qRound(width), shpProgress->height());
+}
+
+void frmFunction::EnableRun(bool enabled) { cmdRun->setEnabled(enabled); }
+
+void frmFunction::EnableClose(bool enabled) { cmdClose->setEnabled(enabled); }
+
+void frmFunction::Close() { done(Accepted); }

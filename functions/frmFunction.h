@@ -1,0 +1,53 @@
+#pragma once
+
+#include "functions/device_run.h"
+#include "platform/qt/form.h"
+
+#include <array>
+
+class QLabel;
+class QLineEdit;
+class QListWidget;
+
+// A filled rectangle.
+class Shape : public QWidget {
+    Q_OBJECT
+
+public:
+    Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place);
+};
+
+// The window from which a chip is driven. It shows a run and starts it; the run itself knows no
+// window and outlives this one when Read closes it.
+class frmFunction : public Form, private modFunc::RunWindow {
+    Q_OBJECT
+
+public:
+    explicit frmFunction(QWidget* owner);
+
+    void reject() override; // Escape and a request to close press Close, if it can be pressed
+
+private:
+    void addChipRange();
+    void connectHandlers();
+    void cmdRun_Click();
+    void cmdClose_Click();
+
+    void ShowLine(int line, const std::string& text) override;
+    void ShowProgress(int percent) override;
+    void EnableRun(bool enabled) override;
+    void EnableClose(bool enabled) override;
+    void Close() override;
+
+    QListWidget* listFunction;
+    std::array<QLabel*, modFunc::messageLines> lblMsg{};
+    QLineEdit* txtChipStart;
+    QLineEdit* txtChipEnd;
+    QLineEdit* txtBufferStart;
+    QLineEdit* txtBufferEnd;
+    Shape* shpBG;
+    Shape* shpProgress;
+    QLabel* lblProgress;
+    QPushButton* cmdRun;
+    QPushButton* cmdClose;
+};

@@ -1,0 +1,46 @@
+#include "functions/device_run.h"
+
+#include "app/state.h"
+#include "link/exchange.h"
+#include "link/frames.h"
+
+namespace modFunc {
+
+// One pass of three lock steps. The supplies are set once, from the first step, and stay.
+void DeviceRun::LockDevice() {
+    constexpr int supplyMs = 500;
+    constexpr int stepMs = 100;
+    if (!DeviceFits())
+        return;
+    if (selectedDevice().Family >= 20) {
+        NotSupported();
+        return;
+    }
+    const FamilyRec& family = selectedFamily();
+    SetLine("Locking ...");
+    Exchange(SuppliesFrame(family.Lock1), 1);
+    WaitTimer(supplyMs);
+
+    Exchange(SocketFrame(family, family.Lock1), 1);
+    WaitTimer(stepMs);
+    Exchange(LockFrame(family.Lock1), 1);
+    Percent = 33; // shown after the pause
+    WaitTimer(stepMs);
+    ShowProgress();
+
+    Exchange(SocketFrame(family, family.Lock2), 1);
+    WaitTimer(stepMs);
+    Exchange(LockFrame(family.Lock2), 1);
+    WaitTimer(stepMs);
+    SetPercent(66);
+
+    SendAndWait(SocketFrame(family, family.Lock3), 1);
+    WaitTimer(stepMs);
+    ReadReply(); // after the pause, so a late reply to this frame is not left for the next
+    Exchange(LockFrame(family.Lock3), 1);
+    WaitTimer(stepMs);
+    AppendToLine("   OK!");
+    SetPercent(100);
+}
+
+} // namespace modFunc

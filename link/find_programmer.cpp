@@ -1,0 +1,85 @@
+#include "link/find_programmer.h"
+
+#include "app/hex_text.h"
+#include "app/state.h"
+#include "link/frames.h"
+#include "platform/machine.h"
+
+#include <string>
+
+namespace modFunc {
+
+namespace {
+
+using platform::machine;
+using Icon = platform::MessageBox::Icon;
+
+// Each byte as one character. Texts are UTF-8, where the bytes from 80 up take two.
+std::string characters(const Bytes& bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        if (byte < 0x80) {
+            text += static_cast<char>(byte);
+        } else {
+            text += static_cast<char>(0xC0 | (byte >> 6));
+            text += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return text;
+}
+
+// Opens the port, asks, and waits the fixed time. Throws platform::PortError.
+void askForFirmware() {
+    State& s = state();
+    auto& m = machine();
+    m.cm.Open();
+    s.RxText = m.cm.Input();
+    m.totmr.setInterval(identifyWaitMs);
+    m.cm.Output(IdentifyFrame());
+    m.totmr.setEnabled(true);
+    s.TimedOut = false;
+    while (!s.TimedOut)
+        m.events.Yield();
+}
+
+} // namespace
+
+void ShowDevice() {
+    const DeviceRec& device = selectedDevice();
+    machine().sbar.setPanel(2, "Device: " + device.Name);
+    machine().sbar.setPanel(3, "Size: " + HexDigits(device.Size) + "H");
+}
+
+void FindProgrammer() {
+    State& s = state();
+    auto& m = machine();
+    const std::string port = std::to_string(s.ComPort);
+
+    m.cm.Close(); // an open port takes no other number and cannot be opened again
+    m.cm.setCommPort(s.ComPort);
+    try {
+        askForFirmware();
+    } catch (const platform::PortError& error) {
+        m.msgBox.Show("Communication Port Error", "COM" + port + ", " + error.what(),
+                      Icon::Critical);
+        m.sbar.setPanel(1, "FAIL");
+        s.ProgrammerFound = false;
+        return;
+    }
+
+    if (m.cm.InBufferCount() == identifyReplyBytes) {
+        s.RxText = m.cm.Input();
+        s.RxBytes = s.RxText;
+        m.msgBox.Show("Device Found!", "Firmware: " + characters(s.RxBytes), Icon::Information);
+        s.ProgrammerFound = true;
+    } else {
+        m.msgBox.Show("Communication Error", "Cannot find device at COM " + port + " !",
+                      Icon::Critical);
+        m.cm.Close();
+        s.ProgrammerFound = false;
+    }
+    m.sbar.setPanel(1, "COM" + port);
+    ShowDevice();
+}
+
+} // namespace modFunc

@@ -1,0 +1,160 @@
+#include "platform/qt/form.h"
+
+#include <QAbstractButton>
+#include <QFontDatabase>
+#include <QFontMetrics>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QShowEvent>
+
+namespace {
+
+constexpr double twipsPerPixel = 15.0;
+constexpr int narrowestStretch = 70; // percent; below this a smaller size reads better
+constexpr int smallestPixelSize = 8;
+
+QFont narrowed(QFont font, const QString& text, QSize box) {
+    const auto fits = [&] {
+        const QFontMetrics metrics(font);
+        const int lines = static_cast<int>(text.count(u'\n')) + 1;
+        return metrics.size(0, text).width() <= box.width() &&
+               metrics.tightBoundingRect(text).height() <= box.height() * lines;
+    };
+    for (int stretch = QFont::Unstretched; !fits() && stretch >= narrowestStretch; stretch -= 5)
+        font.setStretch(stretch);
+    while (!fits() && font.pixelSize() > smallestPixelSize)
+        font.setPixelSize(font.pixelSize() - 1);
+    return font;
+}
+
+template <class Widget>
+Widget* placed(Widget* widget, const char* name, const Place& place) {
+    widget->setObjectName(QString::fromLatin1(name));
+    widget->setGeometry(place.rect());
+    return widget;
+}
+
+Qt::WindowFlags flagsFor(Form::Frame frame) {
+    const Qt::WindowFlags bare = Qt::Dialog | Qt::CustomizeWindowHint;
+    switch (frame) {
+    case Form::Frame::TitleAndCloseBox:
+        return bare | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+    case Form::Frame::Title:
+        return bare | Qt::WindowTitleHint;
+    case Form::Frame::Bare:
+        break;
+    }
+    return bare;
+}
+
+} // namespace
+
+int pixels(int twips) { return qRound(twips / twipsPerPixel); }
+
+QFont firstInstalled(const QStringList& families, int pixelSize) {
+    static const QStringList installed = QFontDatabase::families();
+    QFont font;
+    for (const QString& family : families) {
+        if (installed.contains(family)) {
+            font.setFamily(family);
+            break;
+        }
+    }
+    font.setPixelSize(pixelSize);
+    return font;
+}
+
+QFont sansFont(int pixelSize) {
+    return firstInstalled({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
+                           QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
+                           QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
+                           QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
+                          pixelSize);
+}
+
+QFont fixedFont(int pixelSize) {
+    QFont font = firstInstalled(
+        {QStringLiteral("Courier"), QStringLiteral("Courier New"),
+         QStringLiteral("Liberation Mono"), QStringLiteral("DejaVu Sans Mono"),
+         QFontDatabase::systemFont(QFontDatabase::FixedFont).family()},
+        pixelSize);
+    font.setStyleHint(QFont::Monospace);
+    font.setFixedPitch(true);
+    return font;
+}
+
+void showText(QLabel* label, const QString& text) {
+    // Each text starts from the font that the label was given.
+    QFont own = label->font();
+    own.setStretch(QFont::Unstretched);
+    const QVariant given = label->property("givenPixelSize");
+    if (given.isValid())
+        own.setPixelSize(given.toInt());
+    else
+        label->setProperty("givenPixelSize", own.pixelSize());
+    label->setFont(narrowed(own, text, label->size()));
+    label->setText(text);
+}
+
+void fitText(QAbstractButton* button, int extraPixels) {
+    QString shown = button->text();
+    shown.remove(u'&');
+    button->setFont(narrowed(button->font(), shown,
+                             QSize(button->width() - extraPixels, button->height())));
+}
+
+QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place) {
+    auto* label = placed(new QLabel(parent), name, place);
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(sansFont());
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    showText(label, text);
+    return label;
+}
+
+QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place) {
+    auto* box = placed(new QLineEdit(text, parent), name, place);
+    box->setFont(sansFont());
+    return box;
+}
+
+QPushButton* addButton(QWidget* parent, const char* name, const QString& text, const Place& place) {
+    auto* button = placed(new QPushButton(text, parent), name, place);
+    button->setFont(sansFont());
+    return button;
+}
+
+QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place) {
+    auto* frame = placed(new QGroupBox(text, parent), name, place);
+    frame->setFont(sansFont());
+    return frame;
+}
+
+void followInTabOrder(std::initializer_list<QWidget*> widgets) {
+    QWidget* previous = nullptr;
+    for (QWidget* widget : widgets) {
+        if (previous)
+            QWidget::setTabOrder(previous, widget);
+        previous = widget;
+    }
+}
+
+Form::Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
+           Frame frame)
+    : QDialog(owner, flagsFor(frame)) {
+    setObjectName(QString::fromLatin1(name));
+    setWindowTitle(caption);
+    setFixedSize(pixels(width), pixels(height));
+}
+
+void Form::showEvent(QShowEvent* event) {
+    if (!event->spontaneous()) {
+        QRect frame = frameGeometry();
+        frame.moveCenter(screen()->availableGeometry().center());
+        move(frame.topLeft());
+    }
+    QDialog::showEvent(event);
+}

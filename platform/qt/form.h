@@ -1,0 +1,67 @@
+// What all windows are built with: twips, fonts whose text fits, and the controls at their places.
+#pragma once
+
+#include <QDialog>
+#include <QFont>
+#include <QString>
+
+#include <initializer_list>
+
+class QAbstractButton;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+// Positions and sizes are given in twips, 1440 to the inch, 15 to a device-independent pixel.
+int pixels(int twips);
+
+// A place inside a window or frame, in twips.
+struct Place {
+    int left;
+    int top;
+    int width;
+    int height;
+    QRect rect() const { return {pixels(left), pixels(top), pixels(width), pixels(height)}; }
+};
+
+// Heights of the type sizes used, in device-independent pixels at 96 to the inch. Pixels, since a
+// window's geometry does not follow the desktop's type size either.
+inline constexpr int points8_25 = 11;
+inline constexpr int points9_75 = 13;
+inline constexpr int points12 = 16;
+inline constexpr int points24 = 32;
+
+// The first family of the list that is installed, or the desktop's own of the kind.
+QFont sansFont(int pixelSize = points8_25);
+QFont fixedFont(int pixelSize);
+QFont firstInstalled(const QStringList& families, int pixelSize);
+
+// Shows `text` in full: where the font is too wide for the label it is condensed, then made
+// smaller.
+void showText(QLabel* label, const QString& text);
+
+QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place);
+QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place);
+QPushButton* addButton(QWidget* parent, const char* name, const QString& text, const Place& place);
+QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place);
+// Condenses the font of a button or option button until its text fits.
+void fitText(QAbstractButton* button, int extraPixels);
+
+// Makes the widgets follow each other in the tab order as listed.
+void followInTabOrder(std::initializer_list<QWidget*> widgets);
+
+// A dialog of fixed size in the middle of the screen.
+class Form : public QDialog {
+    Q_OBJECT
+
+public:
+    enum class Frame { TitleAndCloseBox, Title, Bare };
+
+    // `width` and `height` of the client area in twips.
+    Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
+         Frame frame);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+};

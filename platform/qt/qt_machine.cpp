@@ -1,0 +1,72 @@
+#include "platform/qt/qt_machine.h"
+
+#include "app/state.h"
+#include "platform/port_names.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+
+QtTimer::QtTimer() {
+    timer_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
+        if (Tick)
+            Tick();
+    });
+}
+
+void QtTimer::setInterval(int milliseconds) { timer_.setInterval(milliseconds); }
+
+void QtTimer::setEnabled(bool enabled) {
+    if (!enabled)
+        timer_.stop();
+    else if (!timer_.isActive())
+        timer_.start();
+}
+
+void QtEventQueue::Yield() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
+void QtMessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
+    QMessageBox box(icon == Icon::Critical ? QMessageBox::Critical : QMessageBox::Information,
+                    QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
+                    QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText); // the text may come from the box or a file
+    box.exec();
+}
+
+void QtStatusBar::setPanel(int panel, const std::string& text) {
+    if (Show)
+        Show(panel, QString::fromStdString(text));
+}
+
+bool QtFileDialog::ShowOpen() { return show(false); }
+bool QtFileDialog::ShowSave() { return show(true); }
+
+// Qt's own dialog: the desktop's would test names and ask before overwriting.
+bool QtFileDialog::show(bool saving) {
+    constexpr int longestName = 260;
+    QFileDialog dialog(owner);
+    dialog.setObjectName(QStringLiteral("cdia"));
+    dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
+    dialog.setAcceptMode(saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    if (auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+        name->setMaxLength(longestName);
+    if (!FileName.empty())
+        dialog.selectFile(QFile::decodeName(FileName.c_str()));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    FileName = QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString();
+    return true;
+}
+
+QtMachine::QtMachine()
+    : cm([](int port) { return platform::PortName(port, modFunc::state().AppPath); }) {
+    platform::useMachine(&machine_);
+}
+
+QtMachine::~QtMachine() { platform::useMachine(nullptr); }

@@ -1,0 +1,65 @@
+// The machine on Qt: timers, event queue, message box, status bar and file dialog.
+#pragma once
+
+#include "platform/machine.h"
+#include "platform/qt/qt_serial_port.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+
+class QtTimer final : public platform::Timer {
+public:
+    QtTimer();
+    void setInterval(int milliseconds) override;
+    void setEnabled(bool enabled) override;
+
+private:
+    QTimer timer_;
+};
+
+struct QtEventQueue final : platform::EventQueue {
+    void Yield() override;
+};
+
+struct QtMessageBox final : platform::MessageBox {
+    void Show(const std::string& title, const std::string& text, Icon icon) override;
+};
+
+// Texts go to the main window once there is one.
+struct QtStatusBar final : platform::StatusBar {
+    void setPanel(int panel, const std::string& text) override;
+    std::function<void(int panel, const QString& text)> Show;
+};
+
+struct QtFileDialog final : platform::FileDialog {
+    bool ShowOpen() override;
+    bool ShowSave() override;
+    QPointer<QWidget> owner;
+
+private:
+    bool show(bool saving);
+};
+
+// All of it together, with the address that the core knows it by.
+class QtMachine {
+public:
+    QtMachine();
+    QtMachine(const QtMachine&) = delete;
+    QtMachine& operator=(const QtMachine&) = delete;
+    ~QtMachine();
+
+    QtSerialPort cm;
+    QtTimer totmr;
+    QtTimer tmrWait;
+    QtEventQueue events;
+    QtMessageBox msgBox;
+    QtStatusBar sbar;
+    QtFileDialog cdia;
+
+private:
+    platform::Machine machine_{cm, totmr, tmrWait, events, msgBox, sbar, cdia};
+};

@@ -1,0 +1,140 @@
+#include "platform/qt/qt_serial_port.h"
+
+#include "platform/qt/serial_line_posix.h"
+
+#include <QSerialPort>
+#include <QSocketNotifier>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 inBufferSize = 1024;
+
+QSerialPort::Parity parityFor(const QString& letter) {
+    if (letter == QLatin1String("E"))
+        return QSerialPort::EvenParity;
+    if (letter == QLatin1String("O"))
+        return QSerialPort::OddParity;
+    return QSerialPort::NoParity;
+}
+
+} // namespace
+
+struct QtSerialPort::Line {
+    std::function<std::string(int)> portName;
+    int commPort = 0;
+    QSerialPort port;
+    bool dead = false; // hung up; closed as soon as its handlers have returned
+
+    bool usable() const { return port.isOpen() && !dead; }
+    void errorOccurred(QSerialPort::SerialPortError error);
+    void close();
+};
+
+// A hung-up terminal raises read errors without end and still says that it is open, so what counts
+// is the descriptor. The port cannot be closed inside its own signal: its notifiers fall silent
+// here, and the closing is queued.
+void QtSerialPort::Line::errorOccurred(QSerialPort::SerialPortError error) {
+    if (error == QSerialPort::NoError || error == QSerialPort::TimeoutError || !usable())
+        return;
+    if (!lineIsDead(port.handle()))
+        return;
+    dead = true;
+    for (QSocketNotifier* notifier : port.findChildren<QSocketNotifier*>())
+        notifier->setEnabled(false);
+    QMetaObject::invokeMethod(
+        &port,
+        [this] {
+            if (dead)
+                close();
+        },
+        Qt::QueuedConnection);
+}
+
+void QtSerialPort::Line::close() {
+    dead = false;
+    if (port.isOpen())
+        port.close();
+}
+
+QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)
+    : line_(std::make_unique<Line>()) {
+    line_->portName = std::move(portName);
+    // Beyond this the system's own queue holds what comes, and no processor time goes into bytes
+    // that nobody reads.
+    line_->port.setReadBufferSize(inBufferSize);
+    QObject::connect(&line_->port, &QSerialPort::errorOccurred, &line_->port,
+                     [this](QSerialPort::SerialPortError error) { line_->errorOccurred(error); });
+}
+
+QtSerialPort::~QtSerialPort() = default;
+
+void QtSerialPort::setCommPort(int number) { line_->commPort = number; }
+
+// Baud rate, parity letter, data bits, stop bits.
+void QtSerialPort::setSettings(const std::string& settings) {
+    const QStringList parts = QString::fromStdString(settings).split(u',');
+    Q_ASSERT(parts.size() == 4);
+    QSerialPort& port = line_->port;
+    port.setBaudRate(parts[0].toInt());
+    port.setParity(parityFor(parts[1]));
+    port.setDataBits(static_cast<QSerialPort::DataBits>(parts[2].toInt()));
+    port.setStopBits(static_cast<QSerialPort::StopBits>(parts[3].toInt()));
+    port.setFlowControl(QSerialPort::NoFlowControl);
+}
+
+// The port is polled and its bytes are bytes: there is nothing else to it.
+void QtSerialPort::setRThreshold(int bytes) { Q_ASSERT(bytes == 0); }
+void QtSerialPort::setInputModeBinary() {}
+
+bool QtSerialPort::PortOpen() const { return line_->usable(); }
+
+void QtSerialPort::Open() {
+    const std::string name = line_->portName(line_->commPort);
+    if (name.empty())
+        throw platform::PortError("there is no such port on this computer");
+    QSerialPort& port = line_->port;
+    port.setPortName(QString::fromStdString(name));
+    if (!port.open(QIODevice::ReadWrite)) {
+        const QString cause = port.errorString();
+        line_->close();
+        throw platform::PortError(name + ": " + cause.toStdString());
+    }
+    // A pseudo-terminal has neither line; that is no error.
+    port.setDataTerminalReady(true);
+    port.setRequestToSend(false);
+}
+
+void QtSerialPort::Close() { line_->close(); }
+
+void QtSerialPort::Output(const Bytes& frame) {
+    if (!line_->usable())
+        return;
+    line_->port.write(reinterpret_cast<const char*>(frame.data()),
+                      static_cast<qint64>(frame.size()));
+    line_->port.flush(); // write() alone fills Qt's buffer
+}
+
+std::int16_t QtSerialPort::InBufferCount() {
+    if (!line_->usable())
+        return 0;
+    const qint64 waiting = line_->port.bytesAvailable() + waitingBytes(line_->port.handle());
+    return static_cast<std::int16_t>(std::min<qint64>(waiting, INT16_MAX));
+}
+
+Bytes QtSerialPort::Input() {
+    Bytes bytes;
+    const auto takeBuffered = [&] {
+        const QByteArray part = line_->port.readAll();
+        bytes.insert(bytes.end(), part.begin(), part.end());
+    };
+    if (!line_->usable())
+        return bytes;
+    takeBuffered();
+    while (line_->usable() && bytes.size() < INT16_MAX &&
+           waitingBytes(line_->port.handle()) > 0 && line_->port.waitForReadyRead(0))
+        takeBuffered();
+    return bytes;
+}

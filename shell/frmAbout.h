@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+// The splash of the start, without a button, and the About box, with one.
+class frmAbout : public Form {
+    Q_OBJECT
+
+public:
+    enum class Purpose { Splash, About };
+    frmAbout(QWidget* owner, Purpose purpose);
+
+    void reject() override; // the splash cannot be closed by hand
+
+private:
+    QPushButton* cmdOk;
+};

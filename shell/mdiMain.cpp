@@ -1,0 +1,238 @@
+#include "shell/mdiMain.h"
+
+#include "app/startup.h"
+#include "app/state.h"
+#include "buffer/frmBuffer.h"
+#include "buffer/image.h"
+#include "files/frmFileLoad.h"
+#include "files/hex_file.h"
+#include "functions/device_run.h"
+#include "functions/frmFunction.h"
+#include "link/exchange.h"
+#include "link/find_programmer.h"
+#include "platform/file_error.h"
+#include "platform/qt/form.h"
+#include "platform/qt/input_block.h"
+#include "shell/frmAbout.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QPainter>
+#include <QStatusBar>
+#include <QStyle>
+
+using namespace modFunc;
+
+namespace {
+
+// A status bar panel. A text too long for it, a file's full name above all, loses its middle on
+// the screen and nowhere else.
+class Panel : public QLabel {
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        QFrame::paintEvent(event);
+        QPainter painter(this);
+        const QRect box = contentsRect().adjusted(2, 0, -2, 0);
+        style()->drawItemText(&painter, box, Qt::AlignLeft | Qt::AlignVCenter, palette(), true,
+                              fontMetrics().elidedText(text(), Qt::ElideMiddle, box.width()),
+                              QPalette::WindowText);
+    }
+};
+
+} // namespace
+
+mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(this)) {
+    setObjectName(QStringLiteral("mdiMain"));
+    setCentralWidget(area_);
+    addMenus();
+    addStatusBar();
+    // The stored size is that of the client area, below the menu bar.
+    resize(pixels(11070), pixels(6900) + menuBar()->sizeHint().height());
+    new InputBlock(this, [] { return DeviceRun::UnderWay(); });
+    connectHandlers();
+
+    useBufferView(this);
+    machine_.cdia.owner = this;
+    machine_.totmr.Tick = [] { totmr_Timer(); };
+    machine_.totmr.setInterval(replyTimeoutMs);
+    machine_.totmr.setEnabled(true);
+}
+
+mdiMain::~mdiMain() {
+    machine_.totmr.Tick = nullptr;
+    machine_.sbar.Show = nullptr;
+    useBufferView(nullptr);
+}
+
+QAction* mdiMain::addEntry(QMenu* menu, const char* name, const QString& caption) {
+    QAction* entry = menu->addAction(caption);
+    entry->setObjectName(QString::fromLatin1(name));
+    return entry;
+}
+
+void mdiMain::addMenus() {
+    struct Entry {
+        const char* name;
+        QString caption; // "-" for a separator
+    };
+    struct Menu {
+        const char* name;
+        QString caption;
+        QList<Entry> entries;
+    };
+    const Menu menus[] = {
+        {"File",
+         tr("&File"),
+         {{"FileLoad", tr("&Load")},
+          {"FileSave", tr("&Save")},
+          {"FileS1", QStringLiteral("-")},
+          {"FileExit", tr("E&xit")}}},
+        {"Buffer",
+         tr("&Buffer"),
+         {{"BufferEdit", tr("&Edit")}, {"BufferClear", tr("&Clear")}, {"BufferFill", tr("Fill")}}},
+        {"Device",
+         tr("&Device"),
+         {{"DeviceSelect", tr("Select")}, {"DeviceFunction", tr("Function")}}},
+        {"Options",
+         tr("&Options"),
+         {{"OptionsEditAuto", tr("Edit Auto")}, {"OptionsSettings", tr("Settings")}}},
+        {"Help",
+         tr("&Help"),
+         {{"HelpContents", tr("Contents")},
+          {"HelpS1", QStringLiteral("-")},
+          {"HelpAbout", tr("About")}}},
+    };
+    for (const Menu& menu : menus) {
+        QMenu* bar = menuBar()->addMenu(menu.caption);
+        bar->setObjectName(QString::fromLatin1(menu.name));
+        for (const Entry& entry : menu.entries) {
+            QAction* action = addEntry(bar, entry.name, entry.caption);
+            action->setSeparator(entry.caption == QLatin1String("-"));
+        }
+    }
+    findChild<QAction*>(QStringLiteral("HelpContents"))->setShortcut(Qt::Key_F1);
+}
+
+void mdiMain::addStatusBar() {
+    struct PanelText {
+        QString text;
+        QString toolTip;
+        int width; // twips
+    };
+    const PanelText texts[] = {
+        {QStringLiteral("COM"), tr("Communication Port"), 700},
+        {tr("Device:"), tr("Selected Device"), 2000},
+        {tr("Size:"), tr("Memory Size of Selected Device"), 1440},
+        {tr("File:"), tr("File Name"), 5000},
+    };
+    QStatusBar* sbar = statusBar();
+    sbar->setObjectName(QStringLiteral("sbar"));
+    for (std::size_t i = 0; i < panels_.size(); ++i) {
+        auto* panel = new Panel(texts[i].text, sbar);
+        panel->setObjectName(QStringLiteral("sbar%1").arg(i + 1));
+        panel->setTextFormat(Qt::PlainText);
+        panel->setFont(sansFont());
+        panel->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        panel->setFixedWidth(pixels(texts[i].width));
+        panel->setToolTip(texts[i].toolTip);
+        sbar->addWidget(panel);
+        panels_[i] = panel;
+    }
+    machine_.sbar.Show = [this](int panel, const QString& text) {
+        panels_.at(static_cast<std::size_t>(panel - 1))->setText(text);
+    };
+}
+
+void mdiMain::connectHandlers() {
+    const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
+        connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
+                handler);
+    };
+    on("FileLoad", &mdiMain::FileLoad_Click);
+    on("BufferEdit", &mdiMain::BufferEdit_Click);
+    on("BufferClear", &mdiMain::BufferClear_Click);
+    on("DeviceFunction", &mdiMain::DeviceFunction_Click);
+    on("HelpAbout", &mdiMain::HelpAbout_Click);
+    connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
+            &QWidget::close);
+}
+
+void mdiMain::Load() {
+    State& s = state();
+    setWindowTitle(QStringLiteral("QUORVEN ~ USB Programmer - Ver.") +
+                   QString::fromStdString(s.ProgramVersion));
+    s.TimedOut = false;
+    {
+        frmAbout splash(nullptr, frmAbout::Purpose::Splash);
+        splash.show();
+        while (!s.TimedOut)
+            machine_.events.Yield();
+    }
+    ClearImage();
+    machine_.cm.setSettings("57600,N,8,1");
+    machine_.cm.setRThreshold(0);
+    machine_.cm.setInputModeBinary();
+    FindProgrammer();
+}
+
+void mdiMain::closeEvent(QCloseEvent* event) {
+    if (DeviceRun::UnderWay()) {
+        closeRequested_ = true;
+        event->ignore();
+        return;
+    }
+    WriteSettings();
+    event->accept();
+    QCoreApplication::exit(0);
+}
+
+// Any failure ends the command without a word; what it leaves behind is told by the loaders.
+void mdiMain::FileLoad_Click() {
+    try {
+        if (!machine_.cdia.ShowOpen())
+            return;
+        frmFileLoad(this).exec();
+        if (!state().FileCancelled && state().FileIsHex)
+            OpenHexFile();
+    } catch (const platform::FileError&) {
+    }
+}
+
+void mdiMain::BufferEdit_Click() { Reopen(); }
+
+void mdiMain::BufferClear_Click() {
+    ClearImage();
+    Reopen();
+}
+
+// A run started here has ended when the dialog's event loop returns, even if its window went
+// before.
+void mdiMain::DeviceFunction_Click() {
+    frmFunction(this).exec();
+    if (closeRequested_)
+        close();
+}
+
+void mdiMain::HelpAbout_Click() { frmAbout(this, frmAbout::Purpose::About).exec(); }
+
+void mdiMain::Reopen() {
+    delete bufferWindow_;
+    bufferWindow_ = new QMdiSubWindow(area_, Qt::SubWindow | Qt::CustomizeWindowHint |
+                                                 Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                                 Qt::WindowCloseButtonHint);
+    bufferWindow_->setAttribute(Qt::WA_DeleteOnClose);
+    bufferWindow_->setWidget(new frmBuffer(bufferWindow_));
+    bufferWindow_->setFixedSize(bufferWindow_->sizeHint());
+    area_->addSubWindow(bufferWindow_, bufferWindow_->windowFlags());
+    bufferWindow_->move(0, 0);
+    bufferWindow_->show();
+    bufferWindow_->setFocus();
+}

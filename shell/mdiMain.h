@@ -1,0 +1,51 @@
+#pragma once
+
+#include "buffer/buffer_view.h"
+#include "platform/qt/qt_machine.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include <array>
+
+class QLabel;
+class QMdiArea;
+class QMdiSubWindow;
+class QMenu;
+
+// The one top-level window: menus, status bar, and the hex view as its only child window.
+class mdiMain : public QMainWindow, private modFunc::BufferView {
+    Q_OBJECT
+
+public:
+    explicit mdiMain(QtMachine& machine);
+    ~mdiMain() override;
+
+    // What happens before the window is visible: splash, erased image, port, discovery.
+    void Load();
+
+protected:
+    // Unloads the window: the settings are written and the program ends. While a run goes on the
+    // request is kept until its last frame.
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void addMenus();
+    QAction* addEntry(QMenu* menu, const char* name, const QString& caption);
+    void addStatusBar();
+    void connectHandlers();
+
+    void FileLoad_Click();
+    void BufferEdit_Click();
+    void BufferClear_Click();
+    void DeviceFunction_Click();
+    void HelpAbout_Click();
+
+    void Reopen() override;
+
+    QtMachine& machine_;
+    QMdiArea* area_;
+    QPointer<QMdiSubWindow> bufferWindow_;
+    std::array<QLabel*, 4> panels_{};
+    bool closeRequested_ = false;
+};

@@ -1,0 +1,248 @@
+#include "simbox/box.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace simbox {
+
+namespace {
+
+constexpr std::int64_t partialFrameLifeUs = 1'000'000;
+constexpr std::uint8_t extraByte = 0xEE;
+
+std::string nameOf(char letter) {
+    if (letter >= '!' && letter <= '~') {
+        return std::string("\"") + letter + "\"";
+    }
+    return "byte " + std::to_string(static_cast<unsigned char>(letter));
+}
+
+// One fault on one reply. The kinds that do not work on a reply leave it alone.
+void spoilOnce(Reply& reply, const Fault& fault) {
+    switch (fault.kind) {
+    case FaultKind::Short:
+        reply.bytes.resize(std::min<std::size_t>(reply.bytes.size(), fault.count));
+        break;
+    case FaultKind::Long:
+        reply.bytes.resize(reply.bytes.size() + fault.count, extraByte);
+        break;
+    case FaultKind::Identify:
+        reply.bytes.resize(fault.count, extraByte);
+        break;
+    case FaultKind::Late:
+        reply.delayUs += fault.delayUs;
+        break;
+    case FaultKind::Torn:
+        reply.gapIndex = fault.count;
+        reply.gapUs = fault.delayUs;
+        break;
+    case FaultKind::Double: {
+        const std::vector<std::uint8_t> once = reply.bytes;
+        reply.bytes.insert(reply.bytes.end(), once.begin(), once.end());
+        break;
+    }
+    case FaultKind::Status:
+        reply.bytes = fault.bytes;
+        break;
+    case FaultKind::Silent:
+    case FaultKind::SilentFrom:
+        reply.bytes.clear();
+        break;
+    default:
+        return;
+    }
+    reply.meaning += " (spoilt by a fault)";
+}
+
+} // namespace
+
+Box::Box(Options options)
+    : options_(std::move(options)), commands_(options_), incomingPace_(options_.baud),
+      outgoingPace_(options_.baud) {}
+
+void Box::setTraceSink(std::function<void(const std::string&)> sink) {
+    traceSink_ = std::move(sink);
+}
+
+void Box::receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
+    advance(nowUs);
+    if (pulled_) {
+        return;
+    }
+    for (const std::uint8_t value : bytes) {
+        incoming_.push_back({incomingPace_.next(nowUs), value});
+    }
+    advance(nowUs);
+}
+
+std::optional<std::int64_t> Box::nextEventUs() const {
+    std::optional<std::int64_t> next;
+    const auto consider = [&next](std::int64_t timeUs) {
+        next = next ? std::min(*next, timeUs) : timeUs;
+    };
+    if (!outgoing_.empty()) {
+        consider(outgoing_.front().atUs[outgoing_.front().sent]);
+    }
+    if (partial_.empty() && incoming_.empty()) {
+        return next;
+    }
+    consider((partial_.empty() ? incoming_.front().atUs : partialSinceUs_) + partialFrameLifeUs);
+    const std::size_t whole = partial_.size() < lengthFieldBytes
+                                  ? lengthFieldBytes
+                                  : lengthFieldBytes + lengthOf(partial_);
+    const std::size_t missing = whole - partial_.size();
+    if (missing <= incoming_.size()) {
+        consider(incoming_[missing - 1].atUs);
+    }
+    return next;
+}
+
+std::vector<std::uint8_t> Box::take(std::int64_t nowUs) {
+    advance(nowUs);
+    std::vector<std::uint8_t> due;
+    while (!outgoing_.empty()) {
+        OutgoingPiece& piece = outgoing_.front();
+        for (; piece.sent < piece.bytes.size() && piece.atUs[piece.sent] <= nowUs; ++piece.sent) {
+            if (piece.sent == 0) {
+                trace(piece.atUs.front(), '<', piece.bytes, piece.meaning);
+            }
+            due.push_back(piece.bytes[piece.sent]);
+        }
+        if (piece.sent < piece.bytes.size()) {
+            break;
+        }
+        outgoing_.pop_front();
+    }
+    return due;
+}
+
+void Box::advance(std::int64_t nowUs) {
+    while (!incoming_.empty() && incoming_.front().atUs <= nowUs) {
+        const IncomingByte byte = incoming_.front();
+        incoming_.pop_front();
+        receiveByte(byte);
+    }
+    giveUpPartial(nowUs);
+}
+
+void Box::receiveByte(IncomingByte byte) {
+    giveUpPartial(byte.atUs);
+    if (partial_.empty()) {
+        partialSinceUs_ = byte.atUs;
+    }
+    partial_.push_back(byte.value);
+    if (partial_.size() < lengthFieldBytes) {
+        return;
+    }
+    const std::uint32_t length = lengthOf(partial_);
+    if (length > longestLength) {
+        complain(byte.atUs, "length " + std::to_string(length) + " is no frame's; input dropped");
+        partial_.clear();
+        incoming_.clear();
+    } else if (partial_.size() == lengthFieldBytes + length) {
+        finishFrame(byte.atUs);
+    }
+}
+
+void Box::giveUpPartial(std::int64_t nowUs) {
+    if (!partial_.empty() && nowUs - partialSinceUs_ >= partialFrameLifeUs) {
+        complain(partialSinceUs_ + partialFrameLifeUs,
+                 "incomplete frame of " + std::to_string(partial_.size()) + " bytes dropped");
+        partial_.clear();
+    }
+}
+
+void Box::finishFrame(std::int64_t timeUs) {
+    Frame frame;
+    frame.arrivedUs = timeUs;
+    frame.bytes = std::exchange(partial_, {});
+    if (frame.bytes.size() > lengthFieldBytes) {
+        frame.letter = static_cast<char>(frame.bytes[lengthFieldBytes]);
+    }
+    frames_.push_back(frame);
+    const auto ofAll = static_cast<std::uint32_t>(frames_.size());
+    const std::uint32_t ofLetter = ++letterCounts_[frame.letter];
+    trace(timeUs, '>', frame.bytes, describeFrame(frame.bytes));
+
+    std::vector<Fault> faults;
+    std::copy_if(options_.faults.begin(), options_.faults.end(), std::back_inserter(faults),
+                 [&](const Fault& f) { return meansFrame(f, frame.letter, ofAll, ofLetter); });
+    const auto struck = [&faults](FaultKind kind) {
+        return std::any_of(faults.begin(), faults.end(),
+                           [kind](const Fault& f) { return f.kind == kind; });
+    };
+    if (struck(FaultKind::Pull)) {
+        pull(timeUs);
+        return;
+    }
+    silenced_ = silenced_ || struck(FaultKind::SilentFrom);
+
+    Outcome outcome = commands_.run(frame);
+    if (!outcome.reply) {
+        complain(timeUs, "frame " + std::to_string(ofAll) + ", " + nameOf(frame.letter) + ": " +
+                             outcome.complaint);
+        return;
+    }
+    spoil(*outcome.reply, faults);
+    queueReply(timeUs, *outcome.reply);
+}
+
+void Box::spoil(Reply& reply, std::span<const Fault> faults) const {
+    for (const Fault& fault : faults) {
+        spoilOnce(reply, fault);
+    }
+    if (silenced_) {
+        reply.bytes.clear();
+    }
+}
+
+void Box::pull(std::int64_t timeUs) {
+    pulled_ = true;
+    incoming_.clear();
+    // What was on the wire before still arrives.
+    for (OutgoingPiece& piece : outgoing_) {
+        const auto cut = std::upper_bound(piece.atUs.begin(), piece.atUs.end(), timeUs);
+        piece.bytes.resize(static_cast<std::size_t>(cut - piece.atUs.begin()));
+        piece.atUs.erase(cut, piece.atUs.end());
+    }
+    std::erase_if(outgoing_,
+                  [](const OutgoingPiece& piece) { return piece.sent == piece.bytes.size(); });
+    trace(timeUs, '<', {}, "cable pulled");
+}
+
+void Box::queueReply(std::int64_t timeUs, const Reply& reply) {
+    std::int64_t readyUs = timeUs + reply.delayUs;
+    if (reply.bytes.empty()) {
+        trace(readyUs, '<', {}, "no reply by a fault");
+        return;
+    }
+    OutgoingPiece piece;
+    piece.meaning = reply.meaning;
+    for (std::size_t index = 0; index < reply.bytes.size(); ++index) {
+        if (index == reply.gapIndex) {
+            readyUs = (piece.atUs.empty() ? readyUs : piece.atUs.back()) + reply.gapUs;
+            if (!piece.bytes.empty()) {
+                outgoing_.push_back(std::exchange(piece, {}));
+            }
+            piece.meaning = reply.meaning + ", continued";
+        }
+        piece.atUs.push_back(outgoingPace_.next(readyUs));
+        piece.bytes.push_back(reply.bytes[index]);
+    }
+    outgoing_.push_back(std::move(piece));
+}
+
+void Box::complain(std::int64_t timeUs, const std::string& text) {
+    complaints_.push_back(text);
+    trace(timeUs, '!', {}, text);
+}
+
+void Box::trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
+                const std::string& meaning) const {
+    if (traceSink_) {
+        traceSink_(traceLine(timeUs, direction, bytes, meaning));
+    }
+}
+
+} // namespace simbox

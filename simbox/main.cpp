@@ -1,0 +1,123 @@
+#include "simbox/box.h"
+#include "simbox/chip_file.h"
+#include "simbox/command_line.h"
+#include "simbox/terminal_posix.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+using namespace simbox;
+
+constexpr int statusFailed = 1;
+constexpr int statusWrongOption = 2;
+constexpr int statusNonsense = 3;
+
+class StopWatch {
+public:
+    std::int64_t us() const {
+        const auto passed = std::chrono::steady_clock::now() - start_;
+        return std::chrono::duration_cast<std::chrono::microseconds>(passed).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// Each line is flushed, so that a trace can be watched and survives whatever happens.
+void startTrace(Box& box, const std::string& path, std::ofstream& file) {
+    if (path == "-") {
+        box.setTraceSink([](const std::string& line) { std::cout << line << std::endl; });
+    } else if (!path.empty()) {
+        file.open(path, std::ios::trunc);
+        if (!file) {
+            throw std::runtime_error("cannot write " + path);
+        }
+        box.setTraceSink([&file](const std::string& line) { file << line << std::endl; });
+    }
+}
+
+// Keeps the chip file in step with the chip.
+class ChipKeeper {
+public:
+    ChipKeeper(std::string path, Chip& chip) : path_(std::move(path)), chip_(chip) {
+        if (!path_.empty()) {
+            loadChip(path_, chip_);
+            saveChip(path_, chip_);
+        }
+        savedRevision_ = chip_.revision();
+    }
+    void update() {
+        if (!path_.empty() && chip_.revision() != savedRevision_) {
+            saveChip(path_, chip_);
+            savedRevision_ = chip_.revision();
+        }
+    }
+
+private:
+    std::string path_;
+    Chip& chip_;
+    std::uint64_t savedRevision_ = 0;
+};
+
+// The chip is saved before the reply goes out: whoever has the reply finds the file up to date.
+void serve(Box& box, Terminal& terminal, ChipKeeper& keeper) {
+    const StopWatch watch;
+    while (!Terminal::stopRequested() && !box.cablePulled()) {
+        std::optional<std::int64_t> timeoutUs;
+        if (const auto next = box.nextEventUs()) {
+            timeoutUs = std::max<std::int64_t>(0, *next - watch.us());
+        }
+        const auto bytes = terminal.wait(timeoutUs);
+        box.receive(watch.us(), bytes);
+        const auto reply = box.take(watch.us());
+        keeper.update();
+        terminal.write(reply);
+    }
+}
+
+int run(const Settings& settings) {
+    Box box(settings.box);
+    std::ofstream traceFile;
+    startTrace(box, settings.traceFile, traceFile);
+    ChipKeeper keeper(settings.chipFile, box.chip());
+    Terminal terminal(settings.linkPath);
+    std::cout << "simbox ready: ";
+    if (!settings.linkPath.empty()) {
+        std::cout << settings.linkPath << " -> ";
+    }
+    std::cout << terminal.path() << std::endl;
+
+    serve(box, terminal, keeper);
+
+    for (const std::string& complaint : box.complaints()) {
+        std::cerr << "simbox: complaint: " << complaint << "\n";
+    }
+    return box.complaints().empty() ? 0 : statusNonsense;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto settings = parseCommandLine(arguments);
+    if (const auto* error = std::get_if<std::string>(&settings)) {
+        std::cerr << "simbox: " << *error << "\n";
+        return statusWrongOption;
+    }
+    if (std::get<Settings>(settings).help) {
+        std::cout << helpText();
+        return 0;
+    }
+    try {
+        return run(std::get<Settings>(settings));
+    } catch (const std::exception& error) {
+        std::cerr << "simbox: " << error.what() << "\n";
+        return statusFailed;
+    }
+}

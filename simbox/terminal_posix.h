@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace simbox {
+
+// A pseudo-terminal seen from the device's side: raw, all 256 byte values in both directions, no
+// echo. A program that closes its side and opens it again finds the line as it was.
+class Terminal {
+public:
+    // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, in the place of an
+    // existing link. Throws std::runtime_error with the cause; anything else that stands at
+    // `linkPath` is such a cause. One at a time in a process: it takes SIGTERM, SIGINT and SIGHUP.
+    explicit Terminal(std::string linkPath);
+    // Removes the link, if it still leads here, then hangs up.
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    // What the program opens, such as /dev/pts/3.
+    const std::string& path() const { return path_; }
+
+    // Sleeps until bytes are there, `timeoutUs` (microseconds; nullopt: for ever) has passed, or
+    // one of the signals has come. Gives all bytes that are there, none in the other cases.
+    std::vector<std::uint8_t> wait(std::optional<std::int64_t> timeoutUs);
+
+    // Bytes that no one has read for so long that the system's queue is full are lost, as on any
+    // line without flow control.
+    void write(std::span<const std::uint8_t> bytes);
+
+    // One of the signals has come.
+    static bool stopRequested();
+
+private:
+    void open();
+    void makeLink();
+    void close();
+
+    std::string linkPath_;
+    std::string path_;
+    int master_ = -1;
+    int slave_ = -1;
+};
+
+} // namespace simbox

@@ -1,0 +1,341 @@
+#include "simbox/box.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <sstream>
+
+namespace {
+
+using simbox::Box;
+using simbox::Options;
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes hex(const std::string& text) {
+    std::istringstream words(text);
+    Bytes bytes;
+    for (std::string word; words >> word;) {
+        bytes.push_back(static_cast<std::uint8_t>(std::stoul(word, nullptr, 16)));
+    }
+    return bytes;
+}
+
+// `count` is 64, 255 or 256.
+Bytes load(std::size_t count, std::uint8_t value) {
+    Bytes frame(5 + count, value);
+    const Bytes header = count == 256   ? hex("00 00 01 01 44")
+                         : count == 255 ? hex("00 00 01 00 44")
+                                        : hex("00 00 00 41 44");
+    std::copy(header.begin(), header.end(), frame.begin());
+    return frame;
+}
+
+// A box without pace whose program sends a frame a second and takes what has come by then.
+class Bench {
+public:
+    explicit Bench(const std::vector<std::string>& faults = {}) : box(options(faults)) {}
+
+    Bytes send(const Bytes& bytes) {
+        now += 1'000'000;
+        box.receive(now, bytes);
+        return box.take(now);
+    }
+    Bytes send(const std::string& text) { return send(hex(text)); }
+    void expectRefused(const std::string& what, const Bytes& bytes) {
+        const std::size_t before = box.complaints().size();
+        EXPECT_EQ(send(bytes), Bytes()) << what;
+        EXPECT_EQ(box.complaints().size(), before + 1) << what;
+    }
+    void setUpClass1() {
+        send("00 00 00 04 56 0C 00 32");
+        send("00 00 00 08 54 01 A0 3F FA C0 F8 C0");
+    }
+    void lockPass() {
+        send("00 00 00 04 56 0C 00 32");
+        for (const char* pins : {" FB C0", " FB 00", " F9 40"}) {
+            send(std::string("00 00 00 06 53 01 A0 3F") + pins);
+            send("00 00 00 03 4C FF 00");
+        }
+    }
+
+    static Options options(const std::vector<std::string>& faults) {
+        Options options;
+        options.baud = 0;
+        for (const std::string& text : faults) {
+            options.faults.push_back(std::get<simbox::Fault>(simbox::parseFault(text)));
+        }
+        return options;
+    }
+
+    Box box;
+    std::int64_t now = 0;
+};
+
+const std::string write0100 = "00 00 00 08 57 01 00 01 FF 08 04 01";
+const Bytes identity = {'S', 'i', 'm', 'B', 'o', 'x', ' ', 'v', '1', '.', '0', '0'};
+
+} // namespace
+
+TEST(Box, FlashProgramsOnlyDownwardUntilErased) {
+    Bench bench; // a fresh chip holds A5
+    bench.setUpClass1();
+    EXPECT_EQ(bench.send(load(256, 0x21)).size(), 1U);
+    EXPECT_EQ(bench.send(write0100), hex("4E"));
+    EXPECT_EQ(bench.box.chip().memory()[0x0100], 0x21);
+    EXPECT_EQ(bench.box.chip().memory()[0x01FF], 0x21);
+    EXPECT_EQ(bench.box.chip().memory()[0x0200], 0xA5);
+    Bytes upward = load(256, 0x21);
+    upward[5 + 0x2C] = 0x22;
+    bench.send(upward);
+    EXPECT_EQ(bench.send(write0100), hex("45 01 2C"));
+    EXPECT_EQ(bench.box.chip().memory()[0x012C], 0x20);
+
+    bench.send("00 00 00 06 53 01 A0 3F F9 00");
+    EXPECT_EQ(bench.send("00 00 00 02 45 00").size(), 1U);
+    EXPECT_EQ(bench.send("00 00 00 02 45 00").size(), 1U);
+    bench.setUpClass1();
+    bench.send(upward);
+    EXPECT_EQ(bench.send(write0100), hex("4E"));
+    const Bytes block = bench.send("00 00 00 06 52 01 00 01 FF 08");
+    ASSERT_EQ(block.size(), 260U);
+    EXPECT_EQ(block[4], 0x21);
+    EXPECT_EQ(block[4 + 0x2C], 0x22);
+    EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
+}
+
+TEST(Box, PageDevicesOverwriteTheirPageAlone) {
+    Bench bench;
+    bench.send("00 00 00 04 56 00 00 00");
+    bench.send("00 00 00 06 53 03 00 00 00 00");
+    bench.send(load(64, 0xFF));
+    EXPECT_EQ(bench.send("00 00 00 08 57 00 80 00 BF 14 00 40"), hex("4E"));
+    EXPECT_EQ(bench.box.chip().memory()[0x007F], 0xA5);
+    EXPECT_EQ(bench.box.chip().memory()[0x0080], 0xFF);
+    EXPECT_EQ(bench.box.chip().memory()[0x00BF], 0xFF);
+    EXPECT_EQ(bench.box.chip().memory()[0x00C0], 0xA5);
+    EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
+}
+
+TEST(Box, ThreeStepsLockAndEraseUnlocks) {
+    Bench bench;
+    bench.lockPass();
+    bench.lockPass();
+    EXPECT_TRUE(bench.box.chip().locked());
+    bench.setUpClass1();
+    bench.send(load(256, 0x00));
+    EXPECT_EQ(bench.send(write0100), hex("45 01 00"));
+    Bytes dark = bench.send("00 00 00 06 52 01 00 01 FF 08");
+    EXPECT_EQ(Bytes(dark.begin() + 4, dark.end()), Bytes(256, 0x00));
+    bench.send("00 00 00 06 53 01 A0 3F F9 00");
+    bench.send("00 00 00 02 45 00");
+    EXPECT_FALSE(bench.box.chip().locked());
+
+    bench.send("00 00 00 03 4C FF 00"); // two steps, then the supplies are set anew
+    bench.send("00 00 00 06 53 01 A0 3F FB C0");
+    bench.send("00 00 00 03 4C FF 00");
+    bench.send("00 00 00 04 56 0C 00 32");
+    bench.send("00 00 00 06 53 01 A0 3F FB C0");
+    bench.send("00 00 00 03 4C FF 00");
+    EXPECT_FALSE(bench.box.chip().locked());
+    EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
+}
+
+TEST(Box, Class4EraseGivesASecondByteLater) {
+    Bench bench;
+    bench.send("00 00 00 06 53 04 00 00 00 00");
+    EXPECT_EQ(bench.send("00 00 00 02 45 08").size(), 1U);
+    EXPECT_EQ(bench.box.nextEventUs(), bench.now + 50'000);
+    EXPECT_EQ(bench.box.take(bench.now + 49'999).size(), 0U);
+    EXPECT_EQ(bench.box.take(bench.now + 1'000'000).size(), 1U);
+    EXPECT_EQ(bench.box.nextEventUs(), std::nullopt);
+    EXPECT_EQ(bench.box.chip().memory()[0xFFFF], 0xFF);
+}
+
+TEST(Box, RefusesNonsense) {
+    const std::string on = "00 00 00 04 56 05 00 32";
+    const std::string off = "00 00 00 04 56 00 00 00";
+    const std::string set1 = "00 00 00 06 53 01 A0 3F F8 C0";
+    const std::string set3 = "00 00 00 06 53 03 00 00 00 00";
+    const std::string set4 = "00 00 00 06 53 04 00 00 00 00";
+    const std::string setT = "00 00 00 08 54 01 A0 3F FA C0 F8 C0";
+    const std::string read = "00 00 00 06 52 00 00 00 FF 08";
+    const std::string erase = "00 00 00 02 45 00";
+    const std::string lock = "00 00 00 03 4C FF 00";
+    const Bytes block = load(256, 1);
+    struct Row {
+        const char* name;
+        std::vector<Bytes> before;
+        Bytes refused;
+    };
+    const std::vector<Row> rows = {
+        {"unknown letter", {}, hex("00 00 00 01 58")},
+        {"no letter", {}, hex("00 00 00 00")},
+        {"identify too long", {}, hex("00 00 00 02 49 00")},
+        {"set-up of length 5", {}, hex("00 00 00 05 53 01 A0 3F F8")},
+        {"page of 255", {hex(set3)}, load(255, 1)},
+        {"length beyond all", {}, hex("00 01 00 01 49 49 49")},
+        {"release with class", {}, hex("00 00 00 02 53 01")},
+        {"class 5", {}, hex("00 00 00 06 53 05 00 00 00 00")},
+        {"writing set-up of class 3", {}, hex("00 00 00 08 54 03 00 00 00 00 00 00")},
+        {"read without set-up", {hex(on)}, hex(read)},
+        {"read after release", {hex(on), hex(set1), hex("00 00 00 02 53 00")}, hex(read)},
+        {"load without set-up", {hex(on)}, block},
+        {"read without supplies", {hex(on), hex(set1), hex(off)}, hex(read)},
+        {"erase without supplies", {hex(set1)}, hex(erase)},
+        {"write without supplies", {hex(setT), block}, hex(write0100)},
+        {"lock without supplies", {hex(set1)}, hex(lock)},
+        {"read from inside a block", {hex(set4)}, hex("00 00 00 06 52 00 80 00 FF 08")},
+        {"read over two blocks", {hex(set4)}, hex("00 00 00 06 52 00 00 01 FF 08")},
+        {"write without load", {hex(on), hex(setT)}, hex(write0100)},
+        {"second write of a load", {hex(on), hex(setT), block, hex(write0100)}, hex(write0100)},
+        {"write after plain set-up", {hex(on), hex(set1), block}, hex(write0100)},
+        {"write of half the load", {hex(set4), block}, hex("00 00 00 08 57 00 00 00 7F 07 00 00")},
+        {"page over the block's end",
+         {hex(set3), load(64, 1)},
+         hex("00 00 00 08 57 00 E0 01 1F 14 00 40")},
+        {"page size of another",
+         {hex(set3), load(64, 1)},
+         hex("00 00 00 08 57 00 00 00 3F 14 00 20")},
+        {"block to a page device", {hex(set3)}, block},
+        {"page to a flash chip", {hex(set4)}, load(64, 1)},
+        {"load after load", {hex(set4), block}, block},
+        {"read after load", {hex(set4), block}, hex(read)},
+        {"supplies after load", {hex(set4), block}, hex(on)},
+        {"set-up after load", {hex(set4), block}, hex(set4)},
+        {"erase with a chip code", {hex(on), hex(set1)}, hex("00 00 00 02 45 08")},
+        {"erase of a page device", {hex(set3)}, hex(erase)},
+        {"lock of class 4", {hex(set4)}, hex(lock)},
+        {"lock twice on one set-up", {hex(on), hex(set1), hex(lock)}, hex(lock)},
+    };
+    for (const Row& row : rows) {
+        Bench bench;
+        for (const Bytes& frame : row.before) {
+            bench.send(frame);
+        }
+        EXPECT_EQ(bench.box.complaints(), std::vector<std::string>()) << row.name;
+        bench.expectRefused(row.name, row.refused);
+        EXPECT_EQ(bench.send("00 00 00 01 49"), identity) << row.name;
+        bench.send(off);
+        bench.send("00 00 00 02 53 00");
+        EXPECT_EQ(bench.box.complaints().size(), 1U) << row.name;
+        EXPECT_TRUE(bench.box.socketReleased() && !bench.box.powered()) << row.name;
+    }
+}
+
+TEST(Box, DropsAnIncompleteFrameAfterASecond) {
+    Bench bench;
+    bench.send("00 00 00");
+    EXPECT_EQ(bench.box.nextEventUs(), bench.now + 1'000'000);
+    bench.box.take(bench.now + 999'999);
+    EXPECT_EQ(bench.box.complaints().size(), 0U);
+    EXPECT_EQ(bench.send("00 00 00 01 49"), identity);
+    EXPECT_EQ(bench.box.complaints().size(), 1U);
+}
+
+TEST(Box, PacesBothDirections) {
+    Options options;
+    options.writeTimeUs = 5'000;
+    Box box(options); // 57600 baud: a byte takes 173.6 microseconds
+    std::vector<std::string> trace;
+    box.setTraceSink([&trace](const std::string& line) { trace.push_back(line); });
+    box.receive(1'000, hex("00 00 00 01 49"));
+    EXPECT_TRUE(box.take(1'868).empty());
+    EXPECT_EQ(box.nextEventUs(), 1'869); // the frame's last byte
+    EXPECT_TRUE(box.frames().empty());
+    EXPECT_TRUE(box.take(1'869).empty());
+    ASSERT_EQ(box.frames().size(), 1U);
+    EXPECT_EQ(box.frames()[0].arrivedUs, 1'869);
+    EXPECT_EQ(box.nextEventUs(), 2'043);
+    EXPECT_EQ(box.take(2'043), hex("53"));
+    EXPECT_EQ(box.take(3'952).size(), 10U);
+    EXPECT_EQ(box.take(3'953), hex("30"));
+    EXPECT_EQ(trace,
+              std::vector<std::string>(
+                  {"0.001869 > 00 00 00 01 49  identify",
+                   "0.002043 < 53 69 6D 42 6F 78 20 76 31 2E 30 30  firmware SimBox v1.00"}));
+
+    box.receive(100'000, hex("00 00 00 06 53 04 00 00 00 00"));
+    box.receive(200'000, load(256, 0x00));
+    box.receive(300'000, hex("00 00 00 08 57 00 00 00 FF 07 00 00"));
+    box.take(302'999);
+    ASSERT_EQ(box.frames().size(), 4U);
+    EXPECT_EQ(box.frames()[2].arrivedUs, 245'313);
+    EXPECT_EQ(box.nextEventUs(), 302'084 + 5'000 + 174);
+}
+
+TEST(Box, FaultsStrikeWhereTheyAreAskedFor) {
+    const std::string ask = "00 00 00 01 49";
+    struct Row {
+        const char* fault;
+        std::size_t atOnce;      // bytes in reply to the second identify
+        std::size_t within100Ms; // bytes more
+        std::size_t third;       // bytes that have come when the third identify is answered
+    };
+    for (const Row& row : std::vector<Row>{{"silent@2", 0, 0, 12},
+                                           {"silent-from@I2", 0, 0, 0},
+                                           {"short@I2:1", 1, 0, 12},
+                                           {"long@2:2", 14, 0, 12},
+                                           {"late@2:100ms", 0, 12, 12},
+                                           {"late@I2:101ms", 0, 0, 24},
+                                           {"torn@2:1:100ms", 1, 11, 12},
+                                           {"double@2", 24, 0, 12},
+                                           {"status@I2:4501", 2, 0, 12},
+                                           {"identify:11", 11, 0, 11},
+                                           {"pull@2", 0, 0, 0},
+                                           {"silent@W2", 12, 0, 12}}) {
+        Bench bench({row.fault});
+        bench.send(ask);
+        EXPECT_EQ(bench.send(ask).size(), row.atOnce) << row.fault;
+        EXPECT_EQ(bench.box.take(bench.now + 100'000).size(), row.within100Ms) << row.fault;
+        EXPECT_EQ(bench.send(ask).size(), row.third) << row.fault;
+        EXPECT_EQ(bench.box.cablePulled(), std::string(row.fault) == "pull@2") << row.fault;
+    }
+}
+
+TEST(Box, WriteFaults) {
+    Bench bench({"lie:0102", "program-error:0105", "status@W3:00"});
+    bench.setUpClass1();
+    bench.send(load(256, 0x00));
+    EXPECT_EQ(bench.send(write0100), hex("45 01 05"));
+    EXPECT_EQ(bench.box.chip().memory()[0x0101], 0x00);
+    EXPECT_EQ(bench.box.chip().memory()[0x0102], 0xA5);
+    EXPECT_EQ(bench.box.chip().memory()[0x0104], 0x00);
+    EXPECT_EQ(bench.box.chip().memory()[0x0105], 0xA5);
+    for (const char* status : {"4E", "00"}) {
+        bench.send(load(256, 0x00));
+        EXPECT_EQ(bench.send("00 00 00 08 57 02 00 02 FF 08 04 01"), hex(status));
+    }
+}
+
+TEST(Box, FaultTextsInError) {
+    for (const char* text :
+         {"", "silence@1", "silent", "silent@", "silent@0", "silent@w1", "silent@1:2", "short@1",
+          "short@1:x", "late@1:5", "late@1:-5ms", "torn@1:5ms", "status@1:4",
+          "status@1:", "lie:100", "lie@0100", "pull@1x", "pull@99999999999"}) {
+        EXPECT_TRUE(std::holds_alternative<std::string>(simbox::parseFault(text))) << text;
+    }
+}
+
+// Frames with anything in them, cut off anywhere: nothing may crash, and a loop that goes from
+// event to event must come to rest.
+TEST(Box, SurvivesAnyBytes) {
+    std::mt19937 random(20);
+    Box box;
+    std::int64_t now = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        Bytes bytes = {0, 0, 0, static_cast<std::uint8_t>(random() % 10)};
+        bytes.push_back(static_cast<std::uint8_t>("IVSTDWREL"[random() % 9]));
+        for (auto left = random() % 12; left > 0; --left) {
+            bytes.push_back(static_cast<std::uint8_t>(random() % (random() % 2 == 0 ? 256 : 5)));
+        }
+        box.receive(now, bytes);
+        int events = 0;
+        while (box.nextEventUs() && random() % 40 != 0) {
+            ASSERT_LT(++events, 2'000) << "round " << round;
+            now = std::max(now, *box.nextEventUs());
+            box.take(now);
+        }
+    }
+    EXPECT_GT(box.complaints().size(), 1'000U);
+}
