@@ -29,14 +29,12 @@ int documentPosition(int index) {
 
 // White on navy, in the middle.
 QLabel* addHexLabel(QWidget* parent, const char* name, const Place& place) {
-    QLabel* label = addLabel(parent, name, QStringLiteral("0000"), place);
-    QFont font = fixedFont(points9_75);
-    font.setBold(true);
-    label->setFont(font);
+    QLabel* label = addLabel(parent, name, QStringLiteral("0000"), place,
+                             fixedFont(points9_75, QFont::Bold));
     label->setAlignment(Qt::AlignCenter);
+    setTextColour(label, Qt::white);
     QPalette colours = label->palette();
     colours.setColor(QPalette::Window, QColor(0, 0, 128));
-    colours.setColor(QPalette::WindowText, Qt::white);
     label->setPalette(colours);
     label->setAutoFillBackground(true);
     return label;
@@ -45,9 +43,7 @@ QLabel* addHexLabel(QWidget* parent, const char* name, const Place& place) {
 } // namespace
 
 PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
-    QFont font = fixedFont(points9_75);
-    font.setBold(true);
-    setFont(font);
+    setFont(fixedFont(points9_75, QFont::Bold));
     setReadOnly(true);
     setUndoRedoEnabled(false);
     setTextInteractionFlags(Qt::NoTextInteraction);
@@ -70,7 +66,7 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
 
 void PageBox::showPage(const QString& text) {
     QTextBlockFormat line;
-    line.setLineHeight(viewport()->height() / shownLines, QTextBlockFormat::FixedHeight);
+    line.setLineHeight((height() - 2 * frameWidth()) / shownLines, QTextBlockFormat::FixedHeight);
     QTextCursor all(document());
     all.select(QTextCursor::Document);
     all.setBlockFormat(line);

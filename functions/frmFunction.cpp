@@ -15,12 +15,6 @@ namespace {
 
 constexpr Place track{1680, 2760, 3015, 135};
 
-void setTextColour(QLabel* label, const QColor& colour) {
-    QPalette colours = label->palette();
-    colours.setColor(QPalette::WindowText, colour);
-    label->setPalette(colours);
-}
-
 } // namespace
 
 Shape::Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place)
@@ -54,10 +48,8 @@ frmFunction::frmFunction(QWidget* owner)
     shpBG = new Shape(this, "shpBG", Qt::white, track);
     shpProgress = new Shape(this, "shpProgress", QColor(192, 0, 0), track);
     shpProgress->resize(0, shpProgress->height());
-    lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255});
-    QFont bold = fixedFont(points9_75);
-    bold.setBold(true);
-    lblProgress->setFont(bold);
+    lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255},
+                           fixedFont(points9_75, QFont::Bold));
     lblProgress->setAlignment(Qt::AlignCenter);
     cmdRun = addButton(this, "cmdRun", tr("Run"), {240, 2760, 1095, 375});
     cmdRun->setDefault(true);

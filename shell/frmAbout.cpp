@@ -7,17 +7,11 @@
 
 namespace {
 
-QLabel* addLine(QWidget* parent, const char* name, const QString& text, const Place& place,
+void addLine(QWidget* parent, const char* name, const QString& text, const Place& place,
                 const QFont& font, const QColor& colour) {
-    QLabel* label = addLabel(parent, name, QString(), place);
-    label->setProperty("givenPixelSize", QVariant());
-    label->setFont(font);
+    QLabel* label = addLabel(parent, name, text, place, font);
     label->setAlignment(Qt::AlignCenter);
-    QPalette colours = label->palette();
-    colours.setColor(QPalette::WindowText, colour);
-    label->setPalette(colours);
-    showText(label, text);
-    return label;
+    setTextColour(label, colour);
 }
 
 } // namespace

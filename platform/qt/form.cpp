@@ -3,9 +3,9 @@
 #include <QAbstractButton>
 #include <QFontDatabase>
 #include <QFontMetrics>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QShowEvent>
@@ -23,8 +23,9 @@ QFont narrowed(QFont font, const QString& text, QSize box) {
         return metrics.size(0, text).width() <= box.width() &&
                metrics.tightBoundingRect(text).height() <= box.height() * lines;
     };
-    for (int stretch = QFont::Unstretched; !fits() && stretch >= narrowestStretch; stretch -= 5)
-        font.setStretch(stretch);
+    int stretch = font.stretch() == QFont::AnyStretch ? int(QFont::Unstretched) : font.stretch();
+    while (!fits() && stretch > narrowestStretch)
+        font.setStretch(stretch -= 5);
     while (!fits() && font.pixelSize() > smallestPixelSize)
         font.setPixelSize(font.pixelSize() - 1);
     return font;
@@ -68,14 +69,20 @@ QFont firstInstalled(const QStringList& families, int pixelSize) {
 }
 
 QFont sansFont(int pixelSize) {
-    return firstInstalled({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
+    QFont font = firstInstalled({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
                            QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
                            QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                            QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                           pixelSize);
+    // The tightest of all captions and the width of its place, at the smallest size.
+    constexpr int captionWidth = 105;
+    const QString caption = QStringLiteral("Buffer Address (HEX):");
+    const int width = captionWidth * pixelSize / points8_25;
+    font.setStretch(narrowed(font, caption, QSize(width, 2 * pixelSize)).stretch());
+    return font;
 }
 
-QFont fixedFont(int pixelSize) {
+QFont fixedFont(int pixelSize, QFont::Weight weight) {
     QFont font = firstInstalled(
         {QStringLiteral("Courier"), QStringLiteral("Courier New"),
          QStringLiteral("Liberation Mono"), QStringLiteral("DejaVu Sans Mono"),
@@ -83,19 +90,16 @@ QFont fixedFont(int pixelSize) {
         pixelSize);
     font.setStyleHint(QFont::Monospace);
     font.setFixedPitch(true);
+    font.setWeight(weight);
     return font;
 }
 
 void showText(QLabel* label, const QString& text) {
-    // Each text starts from the font that the label was given.
-    QFont own = label->font();
-    own.setStretch(QFont::Unstretched);
-    const QVariant given = label->property("givenPixelSize");
-    if (given.isValid())
-        own.setPixelSize(given.toInt());
-    else
-        label->setProperty("givenPixelSize", own.pixelSize());
-    label->setFont(narrowed(own, text, label->size()));
+    // Each text starts from the label's own font, not from what an earlier one left of it.
+    constexpr char ownFont[] = "ownFont";
+    if (!label->property(ownFont).isValid())
+        label->setProperty(ownFont, label->font());
+    label->setFont(narrowed(label->property(ownFont).value<QFont>(), text, label->size()));
     label->setText(text);
 }
 
@@ -106,13 +110,20 @@ void fitText(QAbstractButton* button, int extraPixels) {
                              QSize(button->width() - extraPixels, button->height())));
 }
 
-QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place) {
+QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place,
+                 const QFont& font) {
     auto* label = placed(new QLabel(parent), name, place);
     label->setTextFormat(Qt::PlainText);
-    label->setFont(sansFont());
+    label->setFont(font);
     label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     showText(label, text);
     return label;
+}
+
+void setTextColour(QWidget* widget, const QColor& colour) {
+    QPalette colours = widget->palette();
+    colours.setColor(QPalette::WindowText, colour);
+    widget->setPalette(colours);
 }
 
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place) {
@@ -128,7 +139,7 @@ QPushButton* addButton(QWidget* parent, const char* name, const QString& text, c
 }
 
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place) {
-    auto* frame = placed(new QGroupBox(text, parent), name, place);
+    auto* frame = placed(new CaptionFrame(text, parent), name, place);
     frame->setFont(sansFont());
     return frame;
 }
@@ -140,6 +151,21 @@ void followInTabOrder(std::initializer_list<QWidget*> widgets) {
             QWidget::setTabOrder(previous, widget);
         previous = widget;
     }
+}
+
+void CaptionFrame::paintEvent(QPaintEvent*) {
+    constexpr int captionLeft = 8;
+    constexpr int gap = 3;
+    QPainter painter(this);
+    const QFontMetrics metrics(font());
+    const QRect caption(captionLeft, 0, metrics.horizontalAdvance(title()), metrics.height());
+    QRect line = rect().adjusted(0, caption.center().y(), -1, -1);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.setClipRegion(QRegion(rect()) - caption.adjusted(-gap, 0, gap, 0));
+    painter.drawRoundedRect(line, 2, 2);
+    painter.setClipping(false);
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(caption, Qt::AlignLeft | Qt::AlignVCenter, title());
 }
 
 Form::Form(QWidget* owner, const char* name, const QString& caption, int width, int height,

@@ -3,12 +3,12 @@
 
 #include <QDialog>
 #include <QFont>
+#include <QGroupBox>
 #include <QString>
 
 #include <initializer_list>
 
 class QAbstractButton;
-class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -32,16 +32,20 @@ inline constexpr int points9_75 = 13;
 inline constexpr int points12 = 16;
 inline constexpr int points24 = 32;
 
-// The first family of the list that is installed, or the desktop's own of the kind.
-QFont sansFont(int pixelSize = points8_25);
-QFont fixedFont(int pixelSize);
+// The first family of the list that is installed, or else the desktop's own.
 QFont firstInstalled(const QStringList& families, int pixelSize);
+// The face of captions and boxes, condensed where the installed one is wider than the places were
+// made for.
+QFont sansFont(int pixelSize = points8_25);
+QFont fixedFont(int pixelSize, QFont::Weight weight = QFont::Normal);
 
 // Shows `text` in full: where the font is too wide for the label it is condensed, then made
 // smaller.
 void showText(QLabel* label, const QString& text);
 
-QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place);
+QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place,
+                 const QFont& font = sansFont());
+void setTextColour(QWidget* widget, const QColor& colour);
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text, const Place& place);
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place);
@@ -50,6 +54,17 @@ void fitText(QAbstractButton* button, int extraPixels);
 
 // Makes the widgets follow each other in the tab order as listed.
 void followInTabOrder(std::initializer_list<QWidget*> widgets);
+
+// A frame with its caption on the upper line, so that what stands inside keeps its place.
+class CaptionFrame : public QGroupBox {
+    Q_OBJECT
+
+public:
+    using QGroupBox::QGroupBox;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
 
 // A dialog of fixed size in the middle of the screen.
 class Form : public QDialog {
