@@ -1,0 +1,101 @@
+// A device, a box and a run of a function on it, with verbs for what a test does and looks at.
+#pragma once
+
+#include "app/family_table.h"
+#include "app/state.h"
+#include "buffer/buffer_view.h"
+#include "functions/device_run.h"
+#include "tests/support/virtual_machine.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+struct RecordingWindow final : modFunc::RunWindow {
+    void ShowLine(int line, const std::string& text) override {
+        lines.at(static_cast<std::size_t>(line)) = text;
+    }
+    void ShowProgress(int percent) override { percents.push_back(percent); }
+    void EnableRun(bool enabled) override { buttons += enabled ? "R" : "r"; }
+    void EnableClose(bool enabled) override { buttons += enabled ? "C" : "c"; }
+    void Close() override { closed = true; }
+
+    std::array<std::string, modFunc::messageLines> lines;
+    std::vector<int> percents;
+    std::string buttons; // each change in order: capital on, small off
+    bool closed = false;
+};
+
+class RunTest : public testing::Test, protected modFunc::BufferView {
+protected:
+    RunTest() {
+        modFunc::ResetState();
+        modFunc::InitFamilyTable();
+        modFunc::state().SelectedDevice = 1;
+        modFunc::useBufferView(this);
+    }
+    ~RunTest() override { modFunc::useBufferView(nullptr); }
+
+    // A fresh chip of FF on a box with these faults, the port open.
+    void box(const std::vector<std::string>& faults = {}, std::uint32_t baud = 0) {
+        simbox::Options options;
+        options.baud = baud;
+        options.fill = 0xFF;
+        for (const std::string& fault : faults)
+            options.faults.push_back(std::get<simbox::Fault>(simbox::parseFault(fault)));
+        vm.replaceBox(options);
+        vm.port.open = true;
+        window = {};
+        vm.messages.clear();
+    }
+    void device(int family, int size, int pageSize = 0) {
+        modFunc::DeviceRec& row = modFunc::state().DeviceList[1];
+        row.Family = static_cast<std::int16_t>(family);
+        row.Size = size;
+        row.PageSize = static_cast<std::int16_t>(pageSize);
+    }
+    // An image in which every byte tells its place.
+    void image() {
+        auto& bytes = modFunc::state().BufferData;
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
+    }
+    void autoSequence(const std::vector<int>& codes) {
+        modFunc::state().AutoCount = static_cast<std::int16_t>(codes.size());
+        for (std::size_t i = 0; i < codes.size(); ++i)
+            modFunc::state().AutoList.at(i + 1) = static_cast<std::int16_t>(codes[i]);
+    }
+    void run(int code) { modFunc::DeviceRun(window).Run(code); }
+
+    // The frames that the box got, long ones shortened to their first eight bytes.
+    std::vector<std::string> frames() {
+        std::vector<std::string> texts;
+        for (const simbox::Frame& frame : vm.box().frames())
+            texts.push_back(frame.bytes.size() <= 12
+                                ? hexText(frame.bytes)
+                                : hexText({frame.bytes.begin(), frame.bytes.begin() + 8}) + "...");
+        return texts;
+    }
+    // When each frame was in, in milliseconds.
+    std::vector<std::int64_t> times() {
+        std::vector<std::int64_t> all;
+        for (const simbox::Frame& frame : vm.box().frames())
+            all.push_back(frame.arrivedUs / 1000);
+        return all;
+    }
+    void expectPoweredDown() {
+        ASSERT_GE(frames().size(), 2U);
+        EXPECT_EQ(frames().end()[-2], "00 00 00 04 56 00 00 00");
+        EXPECT_EQ(frames().back(), "00 00 00 02 53 00");
+    }
+    static ShownMessage communicationError() {
+        return {"Device Error", "Communication Error!", platform::MessageBox::Icon::Critical};
+    }
+
+    void Reopen() override { ++viewReopened; }
+
+    VirtualMachine vm;
+    RecordingWindow window;
+    int viewReopened = 0;
+};

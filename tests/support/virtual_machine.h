@@ -1,0 +1,98 @@
+// The machine in virtual time: the clock moves only in Yield, straight to the next thing that is
+// due, so a second costs nothing and 99 ms against 101 ms is a sharp line. The port leads to the
+// simulated box in the same process.
+#pragma once
+
+#include "platform/machine.h"
+#include "simbox/box.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct VirtualTimer final : platform::Timer {
+    explicit VirtualTimer(const std::int64_t& clock) : nowUs(clock) {}
+    void setInterval(int milliseconds) override;
+    void setEnabled(bool on) override;
+
+    const std::int64_t& nowUs;
+    int intervalMs = 1000;
+    bool enabled = false;
+    std::int64_t dueUs = 0;
+};
+
+struct BoxPort final : platform::SerialPort {
+    explicit BoxPort(const std::int64_t& clock) : nowUs(clock) {}
+    void setCommPort(int number) override;
+    void setSettings(const std::string&) override {}
+    void setRThreshold(int) override {}
+    void setInputModeBinary() override {}
+    bool PortOpen() const override { return open; }
+    void Open() override;
+    void Close() override;
+    void Output(const Bytes& frame) override;
+    std::int16_t InBufferCount() override;
+    Bytes Input() override;
+
+    const std::int64_t& nowUs;
+    std::unique_ptr<simbox::Box> box;
+    std::string openError; // not empty: opening fails with it
+    int commPort = 0;
+    bool open = false;
+    Bytes queue; // arrived and not read; a test may put stale bytes here
+};
+
+struct ShownMessage {
+    std::string title;
+    std::string text;
+    platform::MessageBox::Icon icon;
+    bool operator==(const ShownMessage&) const = default;
+};
+
+class VirtualMachine final : platform::EventQueue,
+                             platform::MessageBox,
+                             platform::StatusBar,
+                             platform::FileDialog {
+public:
+    explicit VirtualMachine(simbox::Options options = {});
+    VirtualMachine(const VirtualMachine&) = delete;
+    VirtualMachine& operator=(const VirtualMachine&) = delete;
+    ~VirtualMachine();
+
+    simbox::Box& box() { return *port.box; }
+    // A fresh box with other options on the same port.
+    void replaceBox(simbox::Options options);
+    // Has `action` run out of the event queue at a time of the clock.
+    void at(std::int64_t milliseconds, std::function<void()> action);
+    double nowMs() const { return static_cast<double>(nowUs_) / 1000; }
+    std::string& fileName() { return FileName; }
+
+private:
+    std::int64_t nowUs_ = 0;
+    std::multimap<std::int64_t, std::function<void()>> actions_;
+
+public:
+    BoxPort port{nowUs_};
+    VirtualTimer totmr{nowUs_};
+    VirtualTimer tmrWait{nowUs_};
+    std::vector<ShownMessage> messages;
+    std::function<void()> onMessage; // while a message box waits for its answer
+    std::map<int, std::string> panels;
+
+private:
+    void Yield() override;
+    void Show(const std::string& title, const std::string& text, Icon icon) override;
+    void setPanel(int panel, const std::string& text) override { panels[panel] = text; }
+    bool ShowOpen() override { return true; }
+    bool ShowSave() override { return true; }
+
+    platform::Machine machine_{port, totmr, tmrWait, *this, *this, *this, *this};
+};
+
+// "00 FF 1A"
+std::string hexText(const Bytes& bytes);
