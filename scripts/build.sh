@@ -4,7 +4,7 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/setup.sh
-cmake --preset release --log-level=WARNING
+cmake --preset release >/dev/null # what goes wrong is on the error output
 cmake --build --preset release -- --quiet
 
 for program in build/quorven build/simbox; do

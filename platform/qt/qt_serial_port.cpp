@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -54,9 +55,11 @@ void QtSerialPort::Line::errorOccurred(QSerialPort::SerialPortError error) {
 }
 
 void QtSerialPort::Line::close() {
-    dead = false;
-    if (port.isOpen())
-        port.close();
+    if (!port.isOpen())
+        return;
+    if (!std::exchange(dead, false))
+        port.clear(QSerialPort::Input); // a terminal keeps unread bytes for whoever opens it next
+    port.close();
 }
 
 QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)

@@ -31,12 +31,14 @@ window_manager_ready() { [[ $(xdotool get_num_desktops 2>/dev/null) -ge 1 ]]; }
 start_reader() {
     export XDG_RUNTIME_DIR=$runtime_folder
     export DBUS_SESSION_BUS_ADDRESS=unix:path=$runtime_folder/bus
+    bus_environment=("DBUS_SESSION_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS"
+                     QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1)
     background "$screen_folder/dbus.log" \
         dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS"
     wait_until 20 "the message bus" test -S "$runtime_folder/bus"
     background "$screen_folder/a11y-bus.log" /usr/libexec/at-spi-bus-launcher --launch-immediately
     background "$screen_folder/a11y-registry.log" /usr/libexec/at-spi2-registryd
-    wait_until 20 "the accessibility bus" grep -q 'is running' "$screen_folder/a11y-registry.log"
+    wait_until 20 "the accessibility bus" grep -qs 'is running' "$screen_folder/a11y-registry.log"
 }
 
 remove_screen() {
@@ -44,17 +46,20 @@ remove_screen() {
     [[ -z ${runtime_folder:-} ]] || rm -rf "$runtime_folder"
 }
 
-# on_screen COMMAND...: runs it, as a program on this screen, with nothing of the caller's
-# environment that could change what it looks like or where it keeps what. To be used in a
-# process of its own: it becomes the command.
+# What a program on this screen is told of message buses. Without a reader: that there is none, or
+# it would have one started that outlives it.
+bus_environment=(DBUS_SESSION_BUS_ADDRESS=disabled:)
+
+# on_screen COMMAND...: becomes the command, as a program on this screen, with nothing of the
+# caller's environment that could change what it looks like or where it keeps what.
 on_screen() {
     local name kept=()
-    for name in ASAN_OPTIONS UBSAN_OPTIONS LSAN_OPTIONS DBUS_SESSION_BUS_ADDRESS; do
+    for name in ASAN_OPTIONS UBSAN_OPTIONS LSAN_OPTIONS; do
         [[ -z ${!name:-} ]] || kept+=("$name=${!name}")
     done
-    exec env -i "${kept[@]}" PATH="$PATH" HOME="$runtime_folder/home" LC_ALL=C.UTF-8 \
-        XDG_RUNTIME_DIR="$runtime_folder" DISPLAY="$DISPLAY" QT_QPA_PLATFORM=xcb \
-        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="${reader_wanted:-1}" "$@"
+    exec env -i "${kept[@]}" "${bus_environment[@]}" PATH="$PATH" HOME="$runtime_folder/home" \
+        LC_ALL=C.UTF-8 XDG_RUNTIME_DIR="$runtime_folder" DISPLAY="$DISPLAY" QT_QPA_PLATFORM=xcb \
+        "$@"
 }
 
 # --- reading -----------------------------------------------------------------------------------

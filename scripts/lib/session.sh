@@ -1,0 +1,154 @@
+# The program and the simulated box, and the verbs of a session with them.
+# Sourced after common.sh and screen.sh.
+
+main_title="QUORVEN ~ USB Programmer - Ver.1.0"
+file_title=""          # the file options have no title
+chip_file_bytes=65536  # simbox keeps the largest chip there is
+
+# start_box SIMBOX FOLDER [OPTION...]: the simulated box, plugged in at port 5 of FOLDER. Its
+# process id is in box_pid, its trace in FOLDER/trace.txt.
+start_box() {
+    local simbox=$1 folder=$2
+    shift 2
+    background "$folder/simbox.log" \
+        "$simbox" --link "$folder/com5" --trace "$folder/trace.txt" "$@"
+    box_pid=$!
+    wait_until 20 "simbox to be ready (see $folder/simbox.log)" \
+        grep -qs '^simbox ready' "$folder/simbox.log"
+}
+
+# start_program QUORVEN FOLDER: the program with FOLDER as its current directory, what it prints
+# in FOLDER/console.txt. Its process id is in program_pid.
+start_program() {
+    background "$2/console.txt" enter_and_run "$2" "$1"
+    program_pid=$!
+}
+enter_and_run() {
+    cd "$1"
+    on_screen "$2"
+}
+
+# leaves STATUS PID NAME: waits for the process to end by itself and checks its exit status.
+expect_status() {
+    local expected=$1 pid=$2 name=$3 status=0
+    wait_until 20 "$name to end" ended "$pid"
+    wait "$pid" || status=$?
+    ((status == expected)) || fail "$name ended with status $status, not $expected"
+    echo "$name ended with status $status"
+}
+
+# The box is told to end and has to say that nothing it received was nonsense.
+stop_box() {
+    kill "$box_pid"
+    expect_status 0 "$box_pid" simbox
+}
+
+# --- windows -----------------------------------------------------------------------------------
+
+# say TITLE PICTURE: prints what the window says and takes the picture.
+say() {
+    read_windows "$1"
+    take_picture "$2"
+}
+
+# answer TITLE TEXT PICTURE: waits for the message box, shows it, presses its OK.
+answer() {
+    wait_for_window "$1"
+    wait_for_line "label: $2"
+    say "$1" "$3"
+    press Return
+    wait_until_gone "$1"
+}
+
+# File Load of an Intel HEX file in the program's current directory, both offsets 0.
+load_hex_file() {
+    open_menu f Load
+    press l
+    wait_for_window Open
+    type_text "$1"
+    wait_for_line "text: File name:: $1"
+    press Return
+    wait_for_window "$file_title"
+    wait_for_line "radio button: Intel Hex (chosen)"
+    say "$file_title" file-options
+    press Return
+    wait_for_line "frame: Buffer"
+    wait_for_window "$main_title"
+}
+
+open_function_window() {
+    open_menu d Function
+    press Down Return
+    wait_for_window Function
+}
+
+# Picks the function in the open window by its first letter, and presses Run.
+run_function() {
+    press "${1:0:1}"
+    wait_for_line "list item: $1 (selected)"
+    press Return
+}
+
+# Waits for a line of messages, and for the end of the run that follows it.
+wait_for_end_of_run() {
+    wait_for_line "label: $1" "$2"
+    wait_for_line "push button: Run" 20
+}
+
+close_function_window() {
+    press Escape
+    wait_until_gone Function
+}
+
+# The text of the buffer window's page; empty while the window is closed.
+buffer_page() { read_windows "$main_title" | sed 's/^ *//' | grep -E '^[0-9A-F]{4,5}=' || true; }
+
+buffer_window_closed() { shows_not "frame: Buffer"; }
+
+exit_program() {
+    open_menu f Exit
+    press x
+    expect_status 0 "$program_pid" quorven
+}
+
+# --- results -----------------------------------------------------------------------------------
+
+# setting FOLDER N: item N of the settings file.
+setting() { sed -n "${2}p" "$1/quorven.cfg" | tr -d '\r"'; }
+
+# The selected device's size in bytes, from the device list. No name in it holds a comma.
+device_size() {
+    sed -n "$(setting "$1" 3)p" "$1/quorven.dev" | tr -d '\r' | cut -d, -f5
+}
+
+# expected_chip HEXFILE SIZE OUTPUT: an erased chip after the image went in, as far as a device of
+# SIZE bytes reaches. The hex file is read by objcopy, not by anything of this program.
+expected_chip() {
+    local whole=$3.whole
+    objcopy -I ihex -O binary --gap-fill 0xFF --pad-to "$chip_file_bytes" "$1" "$whole"
+    # What objcopy writes begins at the first byte of data.
+    (($(stat -c %s "$whole") == chip_file_bytes)) || fail "$1 does not start at address 0"
+    {
+        head -c "$2" "$whole"
+        head -c $((chip_file_bytes - $2)) /dev/zero | tr '\0' '\377'
+    } >"$3"
+    rm "$whole"
+}
+
+# compare_chip CHIPFILE EXPECTED: byte for byte, behind the device's size too.
+compare_chip() {
+    cmp "$1" "$2" || fail "the chip is not what the image says"
+    echo "the chip holds the image, byte for byte"
+}
+
+# Shown when something went wrong, before all is taken down.
+show_wreck() {
+    local folder=$1
+    echo "--- windows:"
+    read_windows || true
+    echo "--- the program's console:"
+    cat "$folder/console.txt" || true
+    echo "--- the last frames:"
+    tail -n 12 "$folder/trace.txt" || true
+    take_picture failed || true
+} >&2

@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# The real program against the simulated box on a real pseudo-terminal, under a virtual X screen:
+# the main job from start to exit, and the cable lost in the middle of it.
+#
+#   main_job_test.sh QUORVEN SIMBOX SCRATCH
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source "$here/../../scripts/lib/common.sh"
+source "$here/../../scripts/lib/screen.sh"
+source "$here/../../scripts/lib/session.sh"
+
+quorven=$(realpath "$1")
+simbox=$(realpath "$2")
+data=$(realpath "$here/../../data")
+rm -rf "$3"
+mkdir -p "$3"
+scratch=$(realpath "$3")
+chip=$scratch/chip.bin
+row_64k_family_4=8
+
+finish() {
+    local status=$?
+    ((status == 0)) || show_wreck "$scratch"
+    remove_screen
+    exit "$status"
+}
+
+# Fresh start files, the device as given by its row.
+lay_out_start_files() {
+    cp "$data"/* "$scratch/"
+    sed -i "3s/^[0-9]*/$1/" "$scratch/quorven.cfg"
+    cp "$scratch/quorven.cfg" "$scratch/settings-before"
+}
+
+# Sanitizer reports and the toolkit's warnings go there; the program itself prints nothing.
+expect_silent_console() {
+    [[ ! -s $scratch/console.txt ]] || fail "the program wrote to its console"
+}
+
+expect_settings_kept() {
+    cmp "$scratch/quorven.cfg" "$scratch/settings-before" || fail "the settings file has changed"
+}
+
+start_and_find_box() {
+    start_program "$quorven" "$scratch"
+    answer "Device Found!" "Firmware: SimBox v1.00" found
+    wait_for_window "$main_title"
+    wait_for_line "label: COM5"
+}
+
+programs_a_chip_from_a_hex_file() {
+    step "Load, Program, Exit"
+    lay_out_start_files 1
+    expected_chip "$scratch/sample.hex" 4096 "$scratch/expected.bin"
+    start_box "$simbox" "$scratch" --fill FF --chip "$chip"
+    start_and_find_box
+
+    load_hex_file sample.hex
+    open_function_window
+    run_function Program
+    wait_for_end_of_run "Programming ...   OK!" 60
+    wait_for_line "label: 100%"
+    close_function_window
+    exit_program
+
+    compare_chip "$chip" "$scratch/expected.bin"
+    stop_box
+    expect_settings_kept
+    expect_silent_console
+}
+
+blocks_written() { (($(grep -c ' status N$' "$scratch/trace.txt") >= $1)); }
+
+# A program that goes on listening to a dead line would take a whole core.
+expect_idle() {
+    local before after start passed used
+    start=$(now_ms)
+    before=$(processor_ms "$program_pid")
+    sleep 2 # the length of the measurement
+    after=$(processor_ms "$program_pid")
+    passed=$(($(now_ms) - start))
+    used=$((after - before))
+    echo "$used ms of processor time in $passed ms"
+    ((used * 100 < 5 * passed)) || fail "the program is busy though nothing happens"
+}
+
+survives_the_loss_of_the_box() {
+    step "The box dies in the middle of Program"
+    lay_out_start_files "$row_64k_family_4"
+    start_box "$simbox" "$scratch" --fill FF
+    start_and_find_box
+    wait_for_line "label: Size: 10000H"
+    open_function_window
+    run_function Program
+    wait_until 30 "twenty blocks to be written" blocks_written 20
+
+    expect_run_under_way
+    kill -KILL "$box_pid"
+    wait "$box_pid" 2>/dev/null || true # the shell's own word on its end
+
+    answer "Device Error" "Communication Error!" error
+    wait_for_end_of_run "Programming ...   Device Fault!" 20
+    expect_idle
+    close_function_window
+    exit_program
+    expect_settings_kept
+    expect_silent_console
+}
+
+expect_run_under_way() {
+    shows "push button: Close (off)" || fail "the run was over before the box was killed"
+}
+
+finds_the_box_again() {
+    step "The box is back"
+    start_box "$simbox" "$scratch" --fill FF
+    start_and_find_box
+    exit_program
+    stop_box
+    expect_silent_console
+}
+
+trap finish EXIT
+start_screen "$scratch/screen"
+start_reader
+programs_a_chip_from_a_hex_file
+survives_the_loss_of_the_box
+finds_the_box_again
+step "Passed"

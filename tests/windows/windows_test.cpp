@@ -1,0 +1,291 @@
+// Real windows, clicked and typed into, on a real pseudo-terminal with the simulated box behind it.
+#include "app/family_table.h"
+#include "app/startup.h"
+#include "app/state.h"
+#include "buffer/frmBuffer.h"
+#include "files/frmFileLoad.h"
+#include "functions/device_run.h"
+#include "functions/frmFunction.h"
+#include "shell/frmAbout.h"
+#include "shell/mdiMain.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/windows/pty_box.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMdiSubWindow>
+#include <QMessageBox>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <map>
+
+using namespace modFunc;
+
+namespace {
+
+class Windows : public testing::Test {
+protected:
+    Windows() {
+        ResetState();
+        for (const auto& file : std::filesystem::directory_iterator(SHIPPED_DATA))
+            std::filesystem::copy(file, folder.path());
+        std::filesystem::create_symlink(line.pty.name(), folder.file("com5"));
+        state().AppPath = folder.path();
+        ReadSettings();
+        ReadDeviceList();
+        ReadAutoFile();
+        InitFamilyTable();
+        // An earlier test has ended the program: as long as no event loop was begun anew, all
+        // dialogs would return at once.
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QApplication::exec();
+        QObject::connect(&watch, &QTimer::timeout, &watch, [this] { serveDialogs(); });
+        watch.start(5);
+    }
+    // The main window, loaded and shown; the box is found.
+    void start() {
+        machine = std::make_unique<QtMachine>();
+        mdi = std::make_unique<mdiMain>(*machine);
+        state().TimedOut = false;
+        mdi->Load();
+        mdi->show();
+    }
+    // What is done when a modal window of this name is up; message boxes are answered by
+    // themselves.
+    void when(const char* window, std::function<void(QWidget&)> action) {
+        actions[QString::fromLatin1(window)] = std::move(action);
+    }
+    void trigger(const char* entry) {
+        mdi->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+    }
+    template <class Widget>
+    static Widget* in(QWidget& window, const char* name) {
+        return window.findChild<Widget*>(QString::fromLatin1(name));
+    }
+    static void click(QWidget& window, const char* button) {
+        QTest::mouseClick(in<QAbstractButton>(window, button), Qt::LeftButton);
+    }
+    QMdiSubWindow* bufferWindow() const { return mdi->findChild<QMdiSubWindow*>(); }
+    QString panel(const char* name) { return in<QLabel>(*mdi, name)->text(); }
+
+    PtyBox line;
+    TemporaryFolder folder;
+    std::unique_ptr<QtMachine> machine;
+    std::unique_ptr<mdiMain> mdi;
+    QStringList messages; // "title: text" of each message box
+
+private:
+    void serveDialogs() {
+        QWidget* window = QApplication::activeModalWidget();
+        if (!window || !window->isVisible())
+            return;
+        if (auto* box = qobject_cast<QMessageBox*>(window)) {
+            messages << box->windowTitle() + QStringLiteral(": ") + box->text();
+            box->button(QMessageBox::Ok)->click();
+        } else if (const auto action = actions.take(window->objectName())) {
+            // Out of a timer of its own: this one shall go on ticking while the action runs.
+            QTimer::singleShot(0, window, [action, window] { action(*window); });
+        }
+    }
+
+    QTimer watch;
+    QMap<QString, std::function<void(QWidget&)>> actions;
+};
+
+void loadSample(QWidget& fileDialog) {
+    auto* name = fileDialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    name->setText(QStringLiteral(SHIPPED_DATA "/sample.hex"));
+    QTest::keyClick(name, Qt::Key_Return);
+}
+
+} // namespace
+
+TEST_F(Windows, StartFindsTheBoxAndFillsThePanels) {
+    start();
+    EXPECT_EQ(messages, QStringList{QStringLiteral("Device Found!: Firmware: SimBox v1.00")});
+    EXPECT_EQ(mdi->windowTitle(), QStringLiteral("QUORVEN ~ USB Programmer - Ver.1.0"));
+    EXPECT_EQ(panel("sbar1"), QStringLiteral("COM5"));
+    EXPECT_EQ(panel("sbar2"), QStringLiteral("Device: DIP40 4K type 1"));
+    EXPECT_EQ(panel("sbar3"), QStringLiteral("Size: 1000H"));
+    EXPECT_EQ(panel("sbar4"), QStringLiteral("File:"));
+    EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
+    EXPECT_EQ(bufferWindow(), nullptr);
+}
+
+TEST_F(Windows, TheMainJobByClicks) {
+    start();
+    when("cdia", loadSample);
+    when("frmFileLoad", [](QWidget& form) {
+        EXPECT_TRUE(in<QRadioButton>(form, "Option1")->isChecked());
+        QTest::keyClick(form.focusWidget(), Qt::Key_Return);
+    });
+    trigger("FileLoad");
+    EXPECT_EQ(panel("sbar4"), QStringLiteral("File: " SHIPPED_DATA "/sample.hex"));
+    ASSERT_NE(bufferWindow(), nullptr);
+    EXPECT_EQ(in<QLabel>(*mdi, "lblCheckSum")->text(), QStringLiteral("BE6C"));
+
+    when("frmFunction", [](QWidget& form) {
+        EXPECT_EQ(in<QLineEdit>(form, "txtChipEnd")->text(), QStringLiteral("1000"));
+        auto* list = in<QListWidget>(form, "listFunction");
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Return); // the default button
+        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(),
+                  QStringLiteral("Programming ...   OK!"));
+        EXPECT_EQ(in<QLabel>(form, "lblProgress")->text(), QStringLiteral("100%"));
+        EXPECT_EQ(in<QWidget>(form, "shpProgress")->width(),
+                  in<QWidget>(form, "shpBG")->width());
+        QTest::keyClick(&form, Qt::Key_Escape);
+    });
+    trigger("DeviceFunction");
+    const auto& chip = line.box->chip().memory();
+    EXPECT_TRUE(std::equal(chip.begin(), chip.begin() + 4096, state().BufferData.begin()));
+    EXPECT_TRUE(line.box->complaints().empty());
+    EXPECT_FALSE(line.box->powered());
+}
+
+TEST_F(Windows, CancelInEitherFileDialogLoadsNothing) {
+    start();
+    when("cdia", [](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    trigger("FileLoad");
+    when("cdia", loadSample);
+    when("frmFileLoad", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
+    trigger("FileLoad");
+    EXPECT_TRUE(state().FileCancelled);
+    EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
+    EXPECT_EQ(panel("sbar4"), QStringLiteral("File:"));
+    EXPECT_EQ(bufferWindow(), nullptr);
+}
+
+// Read closes its window in the middle of an Auto sequence. The rest of the run has the program to
+// itself: no key, no click, and the wish to close waits for the last frame.
+TEST_F(Windows, TheRestOfARunAfterReadKeepsTheMainWindowFromInput) {
+    start();
+    state().AutoCount = 2;
+    state().AutoList[1] = Read;
+    state().AutoList[2] = Verify;
+    line.box->chip().fill(0x3C);
+    QTimer meddler;
+    int tries = 0;
+    QObject::connect(&meddler, &QTimer::timeout, &meddler, [&] {
+        if (!DeviceRun::UnderWay() || QApplication::activeModalWidget() || !bufferWindow())
+            return;
+        ++tries;
+        QTest::keyClick(mdi.get(), Qt::Key_F, Qt::AltModifier);
+        QTest::mouseClick(bufferWindow(), Qt::LeftButton);
+        QTest::keyClick(in<QScrollBar>(*mdi, "vsc"), Qt::Key_Down);
+        EXPECT_EQ(in<QScrollBar>(*mdi, "vsc")->value(), 0);
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+        EXPECT_FALSE(mdi->close());
+        EXPECT_TRUE(mdi->isVisible());
+        EXPECT_TRUE(mdi->isEnabled());
+    });
+    meddler.start(50);
+    when("frmFunction", [](QWidget& form) {
+        in<QListWidget>(form, "listFunction")->setCurrentRow(Auto);
+        click(form, "cmdRun");
+        EXPECT_FALSE(form.isVisible());
+    });
+    trigger("DeviceFunction");
+    EXPECT_GT(tries, 5);
+    EXPECT_EQ(state().BufferData[4095], 0x3C);
+    EXPECT_EQ(line.box->frames().back().bytes, (Bytes{0, 0, 0, 2, 'S', 0}));
+    EXPECT_EQ(line.box->frames().size(), 1U + 2 * (2 + 16 + 2));
+    EXPECT_FALSE(mdi->isVisible()) << "the request to close was not carried out";
+    EXPECT_EQ(TemporaryFolder::readFile(folder.file("quorven.cfg")),
+              "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
+}
+
+TEST_F(Windows, TheFunctionWindowCannotBeLeftDuringARun) {
+    start();
+    when("frmFunction", [](QWidget& form) {
+        QTimer::singleShot(100, &form, [&form] {
+            EXPECT_FALSE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
+            EXPECT_FALSE(in<QAbstractButton>(form, "cmdClose")->isEnabled());
+            QTest::keyClick(&form, Qt::Key_Escape);
+            QTest::keyClick(&form, Qt::Key_Return);
+            form.close();
+            EXPECT_TRUE(form.isVisible());
+        });
+        in<QListWidget>(form, "listFunction")->setCurrentRow(Blank);
+        click(form, "cmdRun");
+        EXPECT_TRUE(form.isVisible());
+        click(form, "cmdClose");
+        EXPECT_FALSE(form.isVisible());
+    });
+    trigger("DeviceFunction");
+    EXPECT_EQ(line.box->frames().size(), 1U + 2 + 16 + 2);
+}
+
+TEST_F(Windows, APulledCableEndsTheRunByItsTimeOuts) {
+    start();
+    when("frmFunction", [this](QWidget& form) {
+        QTimer::singleShot(600, &form, [this] { line.pty.hangUp(); });
+        state().DeviceList[1].Size = 65536;
+        in<QListWidget>(form, "listFunction")->setCurrentRow(Program);
+        click(form, "cmdRun");
+        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(),
+                  QStringLiteral("Programming ...   Device Fault!"));
+        EXPECT_TRUE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
+        click(form, "cmdClose");
+    });
+    trigger("DeviceFunction");
+    EXPECT_EQ(messages.last(), QStringLiteral("Device Error: Communication Error!"));
+}
+
+TEST_F(Windows, WithoutABoxRunIsDisabledAndTheRestWorks) {
+    line.pty.hangUp();
+    start();
+    EXPECT_TRUE(messages.value(0).startsWith(QStringLiteral("Communication Port Error: COM5, ")));
+    EXPECT_EQ(panel("sbar1"), QStringLiteral("FAIL"));
+    when("frmFunction", [](QWidget& form) {
+        EXPECT_FALSE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
+        EXPECT_EQ(in<QListWidget>(form, "listFunction")->count(), 7);
+        click(form, "cmdClose");
+    });
+    trigger("DeviceFunction");
+    trigger("BufferClear");
+    ASSERT_NE(bufferWindow(), nullptr);
+    in<QScrollBar>(*mdi, "vsc")->setValue(240);
+    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0F00"));
+    trigger("BufferEdit");
+    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0000"));
+}
+
+TEST_F(Windows, ThePageFitsItsBoxWithTheFirstDigitSelected) {
+    start();
+    trigger("BufferEdit");
+    QTest::qWait(50);
+    auto* page = in<QTextEdit>(*mdi, "txtBuffer");
+    EXPECT_EQ(page->toPlainText().size(), 1201 - 17 - 1); // line ends are one character here
+    EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("F"));
+    EXPECT_EQ(page->textCursor().selectionStart(), 69);
+    EXPECT_LE(page->document()->size().height(), page->viewport()->height());
+    EXPECT_LE(page->document()->idealWidth(),
+              in<QScrollBar>(*mdi, "vsc")->x() - page->x());
+}
+
+TEST_F(Windows, NoTextIsWiderThanItsPlace) {
+    machine = std::make_unique<QtMachine>();
+    frmFunction function(nullptr);
+    frmFileLoad fileLoad(nullptr);
+    frmAbout about(nullptr, frmAbout::Purpose::About);
+    frmBuffer buffer(nullptr);
+    showText(in<QLabel>(function, "lblMsg(0)"),
+             QStringLiteral("Blank Checking ...   Device Fault!"));
+    for (QWidget* window : std::initializer_list<QWidget*>{&function, &fileLoad, &about, &buffer})
+        for (const auto* label : window->findChildren<QLabel*>())
+            EXPECT_LE(label->fontMetrics().horizontalAdvance(label->text()), label->width())
+                << label->text().toStdString();
+    for (const auto* option : fileLoad.findChildren<QRadioButton*>())
+        EXPECT_LE(option->sizeHint().width(), option->width()) << option->text().toStdString();
+}
