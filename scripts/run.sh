@@ -25,7 +25,10 @@ run_for_a_person() {
     trap stop_all EXIT
     start_box build/simbox "$run_folder" --fill FF --chip "$run_folder/chip.bin"
     echo "The simulated box is at port 5; its trace: build/run/trace.txt"
-    (cd "$run_folder" && exec ../quorven) || status=$?
+    # Not in the foreground: a signal to this script is then acted upon at once.
+    (cd "$run_folder" && exec ../quorven) &
+    started_pids+=("$!")
+    wait "$!" || status=$?
     return "$status"
 }
 
@@ -72,7 +75,7 @@ play_main_job() {
 
     step "Device Function: Program"
     open_function_window
-    run_function Program
+    run_function "$run_folder" Program
     wait_for_end_of_run "Programming ...   OK!" 60
     say Function programmed
     close_function_window
@@ -87,7 +90,7 @@ play_main_job() {
 
     step "Device Function: Read closes its window and opens the buffer window"
     open_function_window
-    run_function Read
+    run_function "$run_folder" Read
     wait_until_gone Function 60
     wait_for_line "frame: Buffer"
     say "$main_title" read

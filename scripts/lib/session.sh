@@ -28,7 +28,7 @@ enter_and_run() {
     on_screen "$2"
 }
 
-# leaves STATUS PID NAME: waits for the process to end by itself and checks its exit status.
+# expect_status STATUS PID NAME: waits for the process to end by itself and checks its exit status.
 expect_status() {
     local expected=$1 pid=$2 name=$3 status=0
     wait_until 20 "$name to end" ended "$pid"
@@ -82,18 +82,26 @@ open_function_window() {
     wait_for_window Function
 }
 
-# Picks the function in the open window by its first letter, and presses Run.
+# run_function FOLDER NAME: picks the function in the open window by its first letter, presses Run.
 run_function() {
-    press "${1:0:1}"
-    wait_for_line "list item: $1 (selected)"
+    trace=$1/trace.txt
+    releases_before=$(releases)
+    press "${2:0:1}"
+    wait_for_line "list item: $2 (selected)"
     press Return
 }
 
-# Waits for a line of messages, and for the end of the run that follows it.
+# wait_for_end_of_run LINE SECONDS: waits for the end of the run just started and checks that it
+# left LINE among the messages.
 wait_for_end_of_run() {
-    wait_for_line "label: $1" "$2"
-    wait_for_line "push button: Run" 20
+    wait_until "$2" "the run to end" run_is_over
+    shows "label: $1" || fail "the run did not end with the line \"$1\""
 }
+
+# A run ends with the release of the socket. Until that is there, an enabled Run button means that
+# the run has not begun.
+run_is_over() { (($(releases) > releases_before)) && shows "push button: Run"; }
+releases() { grep -c 'release socket$' "$trace" || true; }
 
 close_function_window() {
     press Escape

@@ -58,7 +58,7 @@ programs_a_chip_from_a_hex_file() {
 
     load_hex_file sample.hex
     open_function_window
-    run_function Program
+    run_function "$scratch" Program
     wait_for_end_of_run "Programming ...   OK!" 60
     wait_for_line "label: 100%"
     close_function_window
@@ -92,7 +92,7 @@ survives_the_loss_of_the_box() {
     start_and_find_box
     wait_for_line "label: Size: 10000H"
     open_function_window
-    run_function Program
+    run_function "$scratch" Program
     wait_until 30 "twenty blocks to be written" blocks_written 20
 
     expect_run_under_way
@@ -100,7 +100,8 @@ survives_the_loss_of_the_box() {
     wait "$box_pid" 2>/dev/null || true # the shell's own word on its end
 
     answer "Device Error" "Communication Error!" error
-    wait_for_end_of_run "Programming ...   Device Fault!" 20
+    wait_for_line "label: Programming ...   Device Fault!"
+    wait_for_line "push button: Run"
     expect_idle
     close_function_window
     exit_program

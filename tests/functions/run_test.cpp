@@ -207,6 +207,15 @@ TEST_F(Runs, AutoStopsAtAChipFailureAndGoesOnAfterALostReply) {
     EXPECT_EQ(window.lines[0], "Blank Error at 0000");
     EXPECT_EQ(window.lines[1], "");
 
+    for (const char* fault : {"program-error:0080", "status@W1:00"}) {
+        box({fault});
+        autoSequence({Program, Blank});
+        run(Auto);
+        EXPECT_EQ(window.lines[1], "") << fault;
+        expectPoweredDown();
+    }
+
+    autoSequence({Blank, Program});
     box({"silent@R1"});
     run(Auto);
     EXPECT_EQ(window.lines[0], "Blank Checking ...   Device Fault!");

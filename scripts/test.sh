@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting.
+# The last line counts the tests; the status is 0 only if everything was well.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+scripts/setup.sh
+
+results=$PWD/build/ci/results.xml
+test_status=0
+format_status=0
+
+build() {
+    cmake --preset ci >/dev/null # what goes wrong is on the error output
+    cmake --build --preset ci -- --quiet
+}
+
+# Two at a time: most tests wait for clocks and pseudo-terminals.
+run_tests() {
+    rm -f "$results"
+    ctest --test-dir build/ci --parallel 2 --output-on-failure --no-tests=error \
+        --output-junit "$results" </dev/null || test_status=$?
+}
+
+# Files of the repository; new ones too, before they are known to git.
+sources() { git ls-files --cached --others --exclude-standard -- "$@"; }
+
+check_format() {
+    echo
+    local files
+    mapfile -t files < <(sources '*.cpp' '*.h')
+    if clang-format --dry-run -Werror "${files[@]}"; then
+        echo "formatting: ${#files[@]} files as .clang-format has them"
+    else
+        format_status=1
+        echo "formatting: FAILED; clang-format -i puts it right"
+    fi
+}
+
+# Lines with code on them: not blank, not a comment alone.
+code_lines() { sources "$@" | xargs -r -d '\n' cat | grep -cvE '^[[:space:]]*(//.*)?$' || true; }
+
+show_test_share() {
+    local code tests
+    code=$(code_lines {app,link,functions,buffer,files,shell,platform,simbox}/'*.'{cpp,h})
+    tests=$(code_lines tests/'*.'{cpp,h})
+    echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
+}
+
+# A number from the head of the results, 0 where it is not given.
+counted() { sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1; }
+
+# A skipped or disabled test is news and no success.
+count() {
+    local all failed skipped
+    all=$(counted tests)
+    failed=$(counted failures)
+    skipped=$(($(counted skipped) + $(counted disabled)))
+    echo
+    if ((skipped > 0)); then
+        test_status=1
+        echo "$((all - failed - skipped)) passed, $failed failed, $skipped skipped"
+    else
+        echo "$((all - failed)) passed, $failed failed"
+    fi
+}
+
+build
+run_tests
+check_format
+show_test_share
+count
+((test_status == 0 && format_status == 0))
