@@ -9,8 +9,12 @@ namespace modFunc {
 
 namespace {
 
-bool isBlank(char character) { return character == ' ' || character == '\t'; }
-bool isLineEnd(char character) { return character == '\r' || character == '\n'; }
+bool isBlank(char character) {
+    return character == ' ' || character == '\t';
+}
+bool isLineEnd(char character) {
+    return character == '\r' || character == '\n';
+}
 
 // What stands in a file, short enough for a message.
 std::string shown(std::string_view item) {
@@ -114,12 +118,16 @@ std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t l
 void DelimitedReader::Refuse(std::string_view meaning, const std::string& expected,
                              const std::string& found) const {
     throw platform::FileError(fileName_ + ", line " + std::to_string(itemLine_) + ", item " +
-                              std::to_string(item_) + " (" + std::string(meaning) +
-                              "): expected " + expected + ", found " + found + ".");
+                              std::to_string(item_) + " (" + std::string(meaning) + "): expected " +
+                              expected + ", found " + found + ".");
 }
 
-std::string DelimitedLine(std::int32_t number) { return std::to_string(number) + "\r\n"; }
+std::string DelimitedLine(std::int32_t number) {
+    return std::to_string(number) + "\r\n";
+}
 
-std::string DelimitedLine(const std::string& text) { return "\"" + text + "\"\r\n"; }
+std::string DelimitedLine(const std::string& text) {
+    return "\"" + text + "\"\r\n";
+}
 
 } // namespace modFunc

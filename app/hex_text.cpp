@@ -8,7 +8,9 @@ namespace {
 constexpr char digits[] = "0123456789ABCDEF";
 }
 
-std::string HexByte(std::uint8_t value) { return {digits[value >> 4], digits[value & 15]}; }
+std::string HexByte(std::uint8_t value) {
+    return {digits[value >> 4], digits[value & 15]};
+}
 
 std::string HexDigits(std::int32_t value) {
     std::string text;

@@ -9,9 +9,13 @@ namespace {
 std::unique_ptr<State> theState = std::make_unique<State>();
 } // namespace
 
-State& state() { return *theState; }
+State& state() {
+    return *theState;
+}
 
-void ResetState() { theState = std::make_unique<State>(); }
+void ResetState() {
+    theState = std::make_unique<State>();
+}
 
 const DeviceRec& selectedDevice() {
     return state().DeviceList.at(static_cast<std::size_t>(state().SelectedDevice));

@@ -13,6 +13,8 @@ BufferView& bufferView() {
     return *theView;
 }
 
-void useBufferView(BufferView* inUse) { theView = inUse; }
+void useBufferView(BufferView* inUse) {
+    theView = inUse;
+}
 
 } // namespace modFunc

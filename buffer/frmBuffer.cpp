@@ -29,8 +29,8 @@ int documentPosition(int index) {
 
 // White on navy, in the middle.
 QLabel* addHexLabel(QWidget* parent, const char* name, const Place& place) {
-    QLabel* label = addLabel(parent, name, QStringLiteral("0000"), place,
-                             fixedFont(points9_75, QFont::Bold));
+    QLabel* label =
+        addLabel(parent, name, QStringLiteral("0000"), place, fixedFont(points9_75, QFont::Bold));
     label->setAlignment(Qt::AlignCenter);
     setTextColour(label, Qt::white);
     QPalette colours = label->palette();
@@ -80,7 +80,9 @@ void PageBox::selectCharacter(int index) {
     setTextCursor(caret);
 }
 
-void PageBox::wheelEvent(QWheelEvent* event) { QCoreApplication::sendEvent(wheelBar, event); }
+void PageBox::wheelEvent(QWheelEvent* event) {
+    QCoreApplication::sendEvent(wheelBar, event);
+}
 
 frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("frmBuffer"));

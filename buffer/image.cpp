@@ -7,7 +7,9 @@
 
 namespace modFunc {
 
-void ClearImage() { std::ranges::fill(state().BufferData, erasedByte); }
+void ClearImage() {
+    std::ranges::fill(state().BufferData, erasedByte);
+}
 
 void ComputeCheckSum() {
     State& s = state();

@@ -16,8 +16,7 @@ namespace {
 
 constexpr int indicatorPixels = 22; // the button's circle and its gap
 
-QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
-                        const Place& place) {
+QRadioButton* addOption(QWidget* frame, const char* name, const QString& text, const Place& place) {
     auto* option = new QRadioButton(text, frame);
     option->setObjectName(QString::fromLatin1(name));
     option->setGeometry(place.rect());
@@ -45,7 +44,8 @@ frmFileLoad::frmFileLoad(QWidget* owner)
     txtFile->setAccessibleName(tr("File Address (HEX)"));
     followInTabOrder({Option1, Option2, txtBuffer, txtFile, cmdCancel, cmdOk});
 
-    QRadioButton* proposed = LooksLikeHexFile(platform::machine().cdia.FileName) ? Option1 : Option2;
+    QRadioButton* proposed =
+        LooksLikeHexFile(platform::machine().cdia.FileName) ? Option1 : Option2;
     proposed->setChecked(true);
     proposed->setFocus();
     connectHandlers();
@@ -70,4 +70,6 @@ void frmFileLoad::cmdCancel_Click() {
     done(Rejected);
 }
 
-void frmFileLoad::reject() { cmdCancel->click(); }
+void frmFileLoad::reject() {
+    cmdCancel->click();
+}

@@ -122,7 +122,9 @@ void OpenHexFile() {
     bufferView().Reopen();
 }
 
-void ShowFileName() { machine().sbar.setPanel(4, "File: " + machine().cdia.FileName); }
+void ShowFileName() {
+    machine().sbar.setPanel(4, "File: " + machine().cdia.FileName);
+}
 
 bool LooksLikeHexFile(const std::string& fileName) {
     return fileName.ends_with("HEX") || fileName.ends_with("hex");

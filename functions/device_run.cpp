@@ -26,7 +26,9 @@ constexpr int erasePassPauseMs = 200;
 
 } // namespace
 
-bool DeviceRun::UnderWay() { return runUnderWay; }
+bool DeviceRun::UnderWay() {
+    return runUnderWay;
+}
 
 void DeviceRun::Run(int index) {
     if (UnderWay())
@@ -132,7 +134,9 @@ bool DeviceRun::DeviceFits() {
     return false;
 }
 
-void DeviceRun::NotSupported() { SetLine("Function not supported!"); }
+void DeviceRun::NotSupported() {
+    SetLine("Function not supported!");
+}
 
 // The chip stays powered while the box waits for the user: the power-down follows the procedure.
 void DeviceRun::CommunicationFailure() {

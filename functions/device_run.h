@@ -47,15 +47,15 @@ public:
 
 private:
     // Fields named as the window's own; their ranges in parentheses.
-    std::int16_t Percent = 0;     // progress (0..100)
-    std::int32_t ByteIndex = 0;   // counter inside a block
-    std::int32_t BlockIndex = 0;  // counter of the blocks
-    std::int32_t AddrHigh = 0;    // address of the current block, high byte (0..255)
-    std::int32_t AddrLow = 0;     // low byte (0..255)
-    std::int16_t AutoIndex = 0;   // position in AutoList, from 1
-    std::int16_t MsgLine = 0;     // line the procedures write to (0..5)
-    bool StopAuto = false;        // ends an Auto sequence after the current entry
-    bool WaitDone = false;        // tmrWait has ticked
+    std::int16_t Percent = 0;    // progress (0..100)
+    std::int32_t ByteIndex = 0;  // counter inside a block
+    std::int32_t BlockIndex = 0; // counter of the blocks
+    std::int32_t AddrHigh = 0;   // address of the current block, high byte (0..255)
+    std::int32_t AddrLow = 0;    // low byte (0..255)
+    std::int16_t AutoIndex = 0;  // position in AutoList, from 1
+    std::int16_t MsgLine = 0;    // line the procedures write to (0..5)
+    bool StopAuto = false;       // ends an Auto sequence after the current entry
+    bool WaitDone = false;       // tmrWait has ticked
     std::array<std::string, messageLines> lblMsg;
 
     void ShowProgress();
@@ -91,8 +91,7 @@ private:
     std::uint8_t ReplyByte() const;
     // Compares the block in RxBytes byte by byte with what `expected` gives for ByteIndex; at the
     // first difference the line becomes `errorText` and the address, and an Auto sequence stops.
-    bool CompareBlock(const std::string& errorText,
-                      const std::function<std::uint8_t()>& expected);
+    bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
     bool WriteBlocks(std::int32_t blockBytes);
     bool WriteBlock(std::int32_t blockBytes);

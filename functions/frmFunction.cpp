@@ -55,8 +55,8 @@ frmFunction::frmFunction(QWidget* owner)
     cmdRun->setDefault(true);
     cmdRun->setEnabled(state().ProgrammerFound);
     cmdClose = addButton(this, "cmdClose", tr("Close"), {5040, 2760, 975, 375});
-    followInTabOrder({listFunction, txtChipStart, txtChipEnd, txtBufferStart, txtBufferEnd, cmdRun,
-                 cmdClose});
+    followInTabOrder(
+        {listFunction, txtChipStart, txtChipEnd, txtBufferStart, txtBufferEnd, cmdRun, cmdClose});
     listFunction->setFocus();
     connectHandlers();
 }
@@ -98,9 +98,13 @@ void frmFunction::cmdRun_Click() {
     run.Run(listFunction->currentRow());
 }
 
-void frmFunction::cmdClose_Click() { done(Rejected); }
+void frmFunction::cmdClose_Click() {
+    done(Rejected);
+}
 
-void frmFunction::reject() { cmdClose->click(); }
+void frmFunction::reject() {
+    cmdClose->click();
+}
 
 void frmFunction::ShowLine(int line, const std::string& text) {
     showText(lblMsg.at(static_cast<std::size_t>(line)), QString::fromStdString(text));
@@ -108,13 +112,18 @@ void frmFunction::ShowLine(int line, const std::string& text) {
 
 void frmFunction::ShowProgress(int percent) {
     lblProgress->setText(QStringLiteral("%1%").arg(percent));
-    const float width =
-        static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;
+    const float width = static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;
     shpProgress->resize(qRound(width), shpProgress->height());
 }
 
-void frmFunction::EnableRun(bool enabled) { cmdRun->setEnabled(enabled); }
+void frmFunction::EnableRun(bool enabled) {
+    cmdRun->setEnabled(enabled);
+}
 
-void frmFunction::EnableClose(bool enabled) { cmdClose->setEnabled(enabled); }
+void frmFunction::EnableClose(bool enabled) {
+    cmdClose->setEnabled(enabled);
+}
 
-void frmFunction::Close() { done(Accepted); }
+void frmFunction::Close() {
+    done(Accepted);
+}

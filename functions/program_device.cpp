@@ -7,12 +7,13 @@
 
 #include <span>
 
-
 namespace modFunc {
 
 namespace {
 
-bool isPageFamily(int family) { return family >= 20 && family <= 29; }
+bool isPageFamily(int family) {
+    return family >= 20 && family <= 29;
+}
 
 // A block that crossed a 256-byte boundary could not be addressed, and a page above 128 bytes does
 // not fit the one byte of its length; a rest of the device that fills no block would be lost.
@@ -68,10 +69,10 @@ bool DeviceRun::WriteBlock(std::int32_t bytes) {
     State& s = state();
     const std::int32_t address = BlockAddress();
     const FamilyRec& family = selectedFamily();
-    Exchange(DataFrame(std::span(s.BufferData)
-                           .subspan(static_cast<std::size_t>(address),
-                                    static_cast<std::size_t>(bytes))),
-             1);
+    Exchange(
+        DataFrame(std::span(s.BufferData)
+                      .subspan(static_cast<std::size_t>(address), static_cast<std::size_t>(bytes))),
+        1);
     if (s.TimedOut) {
         CommunicationFailure();
         return false;

@@ -34,7 +34,9 @@ void SendAndWait(Bytes frame, std::int16_t replyBytes) {
     WaitReply();
 }
 
-void ReadReply() { state().RxText = machine().cm.Input(); }
+void ReadReply() {
+    state().RxText = machine().cm.Input();
+}
 
 void ReadReplyTail() {
     const Bytes tail = machine().cm.Input();

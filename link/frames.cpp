@@ -15,7 +15,9 @@ std::uint8_t byteOf(std::size_t value, int position) {
 std::uint8_t highByte(std::int32_t address) {
     return byteOf(static_cast<std::size_t>(address), 1);
 }
-std::uint8_t lowByte(std::int32_t address) { return byteOf(static_cast<std::size_t>(address), 0); }
+std::uint8_t lowByte(std::int32_t address) {
+    return byteOf(static_cast<std::size_t>(address), 0);
+}
 
 Bytes frame(char command, std::span<const std::uint8_t> parameters) {
     const std::size_t length = 1 + parameters.size();
@@ -34,26 +36,35 @@ Bytes frame(char command, std::initializer_list<std::uint8_t> parameters) {
 
 } // namespace
 
-Bytes IdentifyFrame() { return frame('I', {}); }
+Bytes IdentifyFrame() {
+    return frame('I', {});
+}
 
 Bytes SuppliesFrame(const FamilyGroup& step) {
     return frame('V', {step.SupplyV1, step.SupplyV2, step.SupplyV3});
 }
 
-Bytes SuppliesOffFrame() { return frame('V', {0, 0, 0}); }
-
-Bytes SocketFrame(const FamilyRec& family, const FamilyGroup& step) {
-    return frame('S', {family.ClassByte, family.SetupByte1, family.SetupByte2, step.PinP, step.PinQ});
+Bytes SuppliesOffFrame() {
+    return frame('V', {0, 0, 0});
 }
 
-Bytes ReleaseFrame() { return frame('S', {0}); }
+Bytes SocketFrame(const FamilyRec& family, const FamilyGroup& step) {
+    return frame('S',
+                 {family.ClassByte, family.SetupByte1, family.SetupByte2, step.PinP, step.PinQ});
+}
+
+Bytes ReleaseFrame() {
+    return frame('S', {0});
+}
 
 Bytes WriteSocketFrame(const FamilyRec& family) {
     return frame('T', {family.ClassByte, family.SetupByte1, family.SetupByte2, family.Program.PinP,
                        family.Program.PinQ, family.Read.PinP, family.Read.PinQ});
 }
 
-Bytes DataFrame(std::span<const std::uint8_t> data) { return frame('D', data); }
+Bytes DataFrame(std::span<const std::uint8_t> data) {
+    return frame('D', data);
+}
 
 Bytes WriteBlockFrame(const FamilyRec& family, std::int32_t address) {
     return frame('W', {highByte(address), lowByte(address), highByte(address), 0xFF,
@@ -67,12 +78,16 @@ Bytes WritePageFrame(const FamilyRec& family, std::int32_t address, int pageByte
 }
 
 Bytes ReadBlockFrame(const FamilyRec& family, std::int32_t address) {
-    return frame('R', {highByte(address), lowByte(address), highByte(address), 0xFF,
-                       family.ChipCode});
+    return frame('R',
+                 {highByte(address), lowByte(address), highByte(address), 0xFF, family.ChipCode});
 }
 
-Bytes EraseFrame(std::uint8_t chipCode) { return frame('E', {chipCode}); }
+Bytes EraseFrame(std::uint8_t chipCode) {
+    return frame('E', {chipCode});
+}
 
-Bytes LockFrame(const FamilyGroup& step) { return frame('L', {step.LockA, step.LockB}); }
+Bytes LockFrame(const FamilyGroup& step) {
+    return frame('L', {step.LockA, step.LockB});
+}
 
 } // namespace modFunc

@@ -21,7 +21,7 @@
 
 namespace modFunc {
 
-inline constexpr int blockBytes = 256;      // of every "R", and of "D" and "W" in block form
+inline constexpr int blockBytes = 256;       // of every "R", and of "D" and "W" in block form
 inline constexpr int largestPageBytes = 128; // of "D" and "W" in page form
 inline constexpr int identifyReplyBytes = 12;
 inline constexpr int readReplyBytes = 260;

@@ -13,6 +13,8 @@ Machine& machine() {
     return *theMachine;
 }
 
-void useMachine(Machine* inUse) { theMachine = inUse; }
+void useMachine(Machine* inUse) {
+    theMachine = inUse;
+}
 
 } // namespace platform

@@ -8,7 +8,7 @@
 namespace {
 
 void addLine(QWidget* parent, const char* name, const QString& text, const Place& place,
-                const QFont& font, const QColor& colour) {
+             const QFont& font, const QColor& colour) {
     QLabel* label = addLabel(parent, name, text, place, font);
     label->setAlignment(Qt::AlignCenter);
     setTextColour(label, colour);
@@ -30,15 +30,15 @@ frmAbout::frmAbout(QWidget* owner, Purpose purpose)
     subtitle.setBold(true);
     QFont link = sansFont(points9_75);
     link.setUnderline(true);
-    const QFont version = firstInstalled({QStringLiteral("Lucida Console"),
-                                          QStringLiteral("Liberation Mono"),
-                                          QStringLiteral("DejaVu Sans Mono")},
-                                         points9_75);
+    const QFont version =
+        firstInstalled({QStringLiteral("Lucida Console"), QStringLiteral("Liberation Mono"),
+                        QStringLiteral("DejaVu Sans Mono")},
+                       points9_75);
 
     const modFunc::State& s = modFunc::state();
-    const QString versionText = QStringLiteral("Version %1, %2")
-                                    .arg(QString::fromStdString(s.ProgramVersion),
-                                         QString::fromStdString(s.ProgramDate));
+    const QString versionText =
+        QStringLiteral("Version %1, %2")
+            .arg(QString::fromStdString(s.ProgramVersion), QString::fromStdString(s.ProgramDate));
     addLine(this, "Label2", QStringLiteral("QUORVEN"), {960, 0, 3015, 615}, title, Qt::red);
     addLine(this, "Label1", tr("USB Programmer"), {120, 720, 4695, 375}, subtitle, Qt::yellow);
     addLine(this, "lblVersion", versionText, {120, 1080, 4695, 255}, version, Qt::yellow);
@@ -46,8 +46,8 @@ frmAbout::frmAbout(QWidget* owner, Purpose purpose)
             firstInstalled(hand, points12), Qt::green);
     addLine(this, "Label4", QStringLiteral("www.norvane.example"), {120, 1800, 4695, 255}, link,
             Qt::cyan);
-    addLine(this, "Label5", QStringLiteral("support@norvane.example"), {120, 2160, 4695, 255},
-            link, Qt::cyan);
+    addLine(this, "Label5", QStringLiteral("support@norvane.example"), {120, 2160, 4695, 255}, link,
+            Qt::cyan);
 
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1920, 2520, 855, 375});
     cmdOk->setDefault(true);

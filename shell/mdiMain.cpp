@@ -206,7 +206,9 @@ void mdiMain::FileLoad_Click() {
     }
 }
 
-void mdiMain::BufferEdit_Click() { Reopen(); }
+void mdiMain::BufferEdit_Click() {
+    Reopen();
+}
 
 void mdiMain::BufferClear_Click() {
     ClearImage();
@@ -221,13 +223,15 @@ void mdiMain::DeviceFunction_Click() {
         close();
 }
 
-void mdiMain::HelpAbout_Click() { frmAbout(this, frmAbout::Purpose::About).exec(); }
+void mdiMain::HelpAbout_Click() {
+    frmAbout(this, frmAbout::Purpose::About).exec();
+}
 
 void mdiMain::Reopen() {
     delete bufferWindow_;
-    bufferWindow_ = new QMdiSubWindow(area_, Qt::SubWindow | Qt::CustomizeWindowHint |
-                                                 Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                                                 Qt::WindowCloseButtonHint);
+    bufferWindow_ =
+        new QMdiSubWindow(area_, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                     Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     bufferWindow_->setAttribute(Qt::WA_DeleteOnClose);
     bufferWindow_->setWidget(new frmBuffer(bufferWindow_));
     bufferWindow_->setFixedSize(bufferWindow_->sizeHint());

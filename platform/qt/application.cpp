@@ -25,8 +25,7 @@ bool Application::notify(QObject* receiver, QEvent* event) {
 
 int Application::reportError(const std::exception& error) {
     QMessageBox box(QMessageBox::Critical, QStringLiteral("QUORVEN"),
-                    QString::fromUtf8(error.what()), QMessageBox::Ok,
-                    QApplication::activeWindow());
+                    QString::fromUtf8(error.what()), QMessageBox::Ok, QApplication::activeWindow());
     box.setTextFormat(Qt::PlainText);
     box.exec();
     return failureStatus;

@@ -53,7 +53,9 @@ Qt::WindowFlags flagsFor(Form::Frame frame) {
 
 } // namespace
 
-int pixels(int twips) { return qRound(twips / twipsPerPixel); }
+int pixels(int twips) {
+    return qRound(twips / twipsPerPixel);
+}
 
 QFont firstInstalled(const QStringList& families, int pixelSize) {
     static const QStringList installed = QFontDatabase::families();
@@ -69,11 +71,12 @@ QFont firstInstalled(const QStringList& families, int pixelSize) {
 }
 
 QFont sansFont(int pixelSize) {
-    QFont font = firstInstalled({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
-                           QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
-                           QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
-                           QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
-                          pixelSize);
+    QFont font =
+        firstInstalled({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
+                        QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
+                        QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
+                        QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
+                       pixelSize);
     // The tightest of all captions and the width of its place, at the smallest size.
     constexpr int captionWidth = 105;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
@@ -83,11 +86,11 @@ QFont sansFont(int pixelSize) {
 }
 
 QFont fixedFont(int pixelSize, QFont::Weight weight) {
-    QFont font = firstInstalled(
-        {QStringLiteral("Courier"), QStringLiteral("Courier New"),
-         QStringLiteral("Liberation Mono"), QStringLiteral("DejaVu Sans Mono"),
-         QFontDatabase::systemFont(QFontDatabase::FixedFont).family()},
-        pixelSize);
+    QFont font =
+        firstInstalled({QStringLiteral("Courier"), QStringLiteral("Courier New"),
+                        QStringLiteral("Liberation Mono"), QStringLiteral("DejaVu Sans Mono"),
+                        QFontDatabase::systemFont(QFontDatabase::FixedFont).family()},
+                       pixelSize);
     font.setStyleHint(QFont::Monospace);
     font.setFixedPitch(true);
     font.setWeight(weight);
@@ -106,8 +109,8 @@ void showText(QLabel* label, const QString& text) {
 void fitText(QAbstractButton* button, int extraPixels) {
     QString shown = button->text();
     shown.remove(u'&');
-    button->setFont(narrowed(button->font(), shown,
-                             QSize(button->width() - extraPixels, button->height())));
+    button->setFont(
+        narrowed(button->font(), shown, QSize(button->width() - extraPixels, button->height())));
 }
 
 QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place,

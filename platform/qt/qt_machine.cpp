@@ -17,7 +17,9 @@ QtTimer::QtTimer() {
     });
 }
 
-void QtTimer::setInterval(int milliseconds) { timer_.setInterval(milliseconds); }
+void QtTimer::setInterval(int milliseconds) {
+    timer_.setInterval(milliseconds);
+}
 
 void QtTimer::setEnabled(bool enabled) {
     if (!enabled)
@@ -43,8 +45,12 @@ void QtStatusBar::setPanel(int panel, const std::string& text) {
         Show(panel, QString::fromStdString(text));
 }
 
-bool QtFileDialog::ShowOpen() { return show(false); }
-bool QtFileDialog::ShowSave() { return show(true); }
+bool QtFileDialog::ShowOpen() {
+    return show(false);
+}
+bool QtFileDialog::ShowSave() {
+    return show(true);
+}
 
 // Qt's own dialog: the desktop's would test names and ask before overwriting.
 bool QtFileDialog::show(bool saving) {
@@ -69,4 +75,6 @@ QtMachine::QtMachine()
     platform::useMachine(&machine_);
 }
 
-QtMachine::~QtMachine() { platform::useMachine(nullptr); }
+QtMachine::~QtMachine() {
+    platform::useMachine(nullptr);
+}

@@ -74,7 +74,9 @@ QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)
 
 QtSerialPort::~QtSerialPort() = default;
 
-void QtSerialPort::setCommPort(int number) { line_->commPort = number; }
+void QtSerialPort::setCommPort(int number) {
+    line_->commPort = number;
+}
 
 // Baud rate, parity letter, data bits, stop bits.
 void QtSerialPort::setSettings(const std::string& settings) {
@@ -89,10 +91,14 @@ void QtSerialPort::setSettings(const std::string& settings) {
 }
 
 // The port is polled and its bytes are bytes: there is nothing else to it.
-void QtSerialPort::setRThreshold(int bytes) { Q_ASSERT(bytes == 0); }
+void QtSerialPort::setRThreshold(int bytes) {
+    Q_ASSERT(bytes == 0);
+}
 void QtSerialPort::setInputModeBinary() {}
 
-bool QtSerialPort::PortOpen() const { return line_->usable(); }
+bool QtSerialPort::PortOpen() const {
+    return line_->usable();
+}
 
 void QtSerialPort::Open() {
     const std::string name = line_->portName(line_->commPort);
@@ -110,7 +116,9 @@ void QtSerialPort::Open() {
     port.setRequestToSend(false);
 }
 
-void QtSerialPort::Close() { line_->close(); }
+void QtSerialPort::Close() {
+    line_->close();
+}
 
 void QtSerialPort::Output(const Bytes& frame) {
     if (!line_->usable())
@@ -136,8 +144,8 @@ Bytes QtSerialPort::Input() {
     if (!line_->usable())
         return bytes;
     takeBuffered();
-    while (line_->usable() && bytes.size() < INT16_MAX &&
-           waitingBytes(line_->port.handle()) > 0 && line_->port.waitForReadyRead(0))
+    while (line_->usable() && bytes.size() < INT16_MAX && waitingBytes(line_->port.handle()) > 0 &&
+           line_->port.waitForReadyRead(0))
         takeBuffered();
     return bytes;
 }

@@ -16,7 +16,8 @@ protected:
         ResetState();
         state().AppPath = folder.path();
         folder.write("quorven.cfg", "3\r\n2\r\n1\r\n\"1.0, beta\"\r\n24/07/2012\r\n");
-        folder.write("quorven.dev", "\"DIP40, 4K\",\"a\",b,1,4096,0,-1,9\nsecond\n,\n20,65536,64,0,0,x");
+        folder.write("quorven.dev",
+                     "\"DIP40, 4K\",\"a\",b,1,4096,0,-1,9\nsecond\n,\n20,65536,64,0,0,x");
         folder.write("auto.cfg", "2\r\n0\r\n5\r\n");
     }
     void readAll() {
@@ -80,13 +81,15 @@ TEST_F(StartUp, MissingAndDamagedFilesAreNamedWithTheirCause) {
     const Case cases[] = {
         {"quorven.cfg", nullptr, "quorven.cfg: cannot be opened: No such file"},
         {"quorven.cfg", "", "item 1 (port number): expected a whole number"},
-        {"quorven.cfg", "3\n51\n1\na\nb\n", "item 2 (device count): expected a whole number from 0 to 50"},
+        {"quorven.cfg", "3\n51\n1\na\nb\n",
+         "item 2 (device count): expected a whole number from 0 to 50"},
         {"quorven.cfg", "3\n-1\n1\na\nb\n", "item 2 (device count)"},
         {"quorven.cfg", "3\n2\n51\na\nb\n", "item 3 (selected device)"},
         {"quorven.cfg", "3\n2\n1\na\n", "item 5 (release date): expected a text, found the end"},
         {"quorven.cfg", "3\n2\n1\n1\"0\nb\n", "item 4 (version): expected a text without double"},
         {"quorven.dev", nullptr, "quorven.dev: cannot be opened"},
-        {"quorven.dev", "a,b,c,1,4096,0,0,0\n", "item 9 (row 2, name): expected a text, found the end"},
+        {"quorven.dev", "a,b,c,1,4096,0,0,0\n",
+         "item 9 (row 2, name): expected a text, found the end"},
         {"quorven.dev", "a,b,c,1,4K,0,0,0\n", "item 5 (row 1, size)"},
         {"auto.cfg", nullptr, "auto.cfg: cannot be opened"},
         {"auto.cfg", "21\n", "item 1 (entry count): expected a whole number from 0 to 20"},

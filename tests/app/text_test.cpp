@@ -38,7 +38,8 @@ TEST(HexText, ReadsStrictlyOneToFourDigits) {
 }
 
 TEST(DelimitedText, ItemsEndAtCommasAndAnyLineEnd) {
-    DelimitedReader all("f", "\xEF\xBB\xBFone,  two\r\n\t three x\rfour\n\n \"five, six\" \r\n,last");
+    DelimitedReader all("f",
+                        "\xEF\xBB\xBFone,  two\r\n\t three x\rfour\n\n \"five, six\" \r\n,last");
     std::vector<std::string> items;
     while (!all.atEnd())
         items.emplace_back(all.NextString("item"));

@@ -109,7 +109,8 @@ TEST_F(HexFile, WhatCannotBeRightChangesNothing) {
     };
     std::string many;
     for (int i = 0; i < 10000; ++i)
-        many += ":00000000" "00\r\n";
+        many += ":00000000"
+                "00\r\n";
     const Case cases[] = {
         {std::string(good) + ":0400100001020304E3\r\n" + end, "Checksum Error in hex file!", ""},
         {std::string(good) + ":0400100001020305E2\r\n" + end, "Checksum Error in hex file!", ""},
@@ -128,9 +129,9 @@ TEST_F(HexFile, WhatCannotBeRightChangesNothing) {
         vm.messages.clear();
         EXPECT_EQ(loadText(c.text), c.message != nullptr);
         if (c.message)
-            EXPECT_EQ(vm.messages, (std::vector<ShownMessage>{
-                                       {"File Load Error", c.message,
-                                        platform::MessageBox::Icon::Critical}}));
+            EXPECT_EQ(vm.messages,
+                      (std::vector<ShownMessage>{
+                          {"File Load Error", c.message, platform::MessageBox::Icon::Critical}}));
         else
             EXPECT_NE(cause.find(c.cause), std::string::npos) << cause;
         expectUntouched();

@@ -35,10 +35,10 @@ protected:
 } // namespace
 
 TEST_F(Faults, EveryFunctionEndsSafelyWhateverTheBoxDoes) {
-    const std::vector<std::string> kinds = {"silent@%",      "silent-from@%", "short@%:1",
-                                            "long@%:1",      "late@%:999ms",  "late@%:1001ms",
-                                            "torn@%:1:500ms", "double@%",     "status@%:00",
-                                            "status@%:45",   "pull@%"};
+    const std::vector<std::string> kinds = {"silent@%",       "silent-from@%", "short@%:1",
+                                            "long@%:1",       "late@%:999ms",  "late@%:1001ms",
+                                            "torn@%:1:500ms", "double@%",      "status@%:00",
+                                            "status@%:45",    "pull@%"};
     int cases = 0;
     for (const int family : {1, 4, 20, 31}) {
         for (int code = Read; code <= Lock; ++code) {
@@ -48,9 +48,9 @@ TEST_F(Faults, EveryFunctionEndsSafelyWhateverTheBoxDoes) {
             for (std::size_t frame = 1; frame <= frameCount; ++frame) {
                 for (std::string fault : kinds) {
                     fault.replace(fault.find('%'), 1, std::to_string(frame));
-                    SCOPED_TRACE(testing::Message() << "family " << family << ", "
-                                                    << functionNames.at(std::size_t(code)) << ", "
-                                                    << fault);
+                    SCOPED_TRACE(testing::Message()
+                                 << "family " << family << ", "
+                                 << functionNames.at(std::size_t(code)) << ", " << fault);
                     prepare(family, fault);
                     const Bytes before = state().BufferData;
                     const double start = vm.nowMs();

@@ -24,15 +24,21 @@ TEST_F(ProgramRun, SendsEachPathsFramesWithTheirPauses) {
         std::vector<std::string> firstAndSecondBlock;
     };
     const Case cases[] = {
-        {2, 1024, 0,
+        {2,
+         1024,
+         0,
          {"00 00 00 04 56 0C 00 32", "00 00 00 08 54 01 80 37 FA C8 F8 C0"},
          {"00 00 01 01 44 00 07 0E...", "00 00 00 08 57 00 00 00 FF 08 00 02",
           "00 00 01 01 44 01 08 0F...", "00 00 00 08 57 01 00 01 FF 08 00 02"}},
-        {20, 1024, 64,
+        {20,
+         1024,
+         64,
          {"00 00 00 04 56 00 00 00", "00 00 00 06 53 03 00 00 00 00"},
          {"00 00 00 41 44 00 07 0E...", "00 00 00 08 57 00 00 00 3F 14 00 40",
           "00 00 00 41 44 C0 C7 CE...", "00 00 00 08 57 00 40 00 7F 14 00 40"}},
-        {30, 512, 0,
+        {30,
+         512,
+         0,
          {"00 00 00 04 56 00 00 00", "00 00 00 06 53 04 00 00 00 00"},
          {"00 00 01 01 44 00 07 0E...", "00 00 00 08 57 00 00 00 FF 07 00 00",
           "00 00 01 01 44 01 08 0F...", "00 00 00 08 57 01 00 01 FF 07 00 00"}},
@@ -62,8 +68,8 @@ TEST_F(ProgramRun, ShowsThePercentBeforeEachBlock) {
     box();
     device(20, 1024, 64);
     run(Program);
-    EXPECT_EQ(window.percents, (std::vector{0,  0,  6,  12, 18, 25, 31, 37, 43,
-                                            50, 56, 62, 68, 75, 81, 87, 93, 100}));
+    EXPECT_EQ(window.percents,
+              (std::vector{0, 0, 6, 12, 18, 25, 31, 37, 43, 50, 56, 62, 68, 75, 81, 87, 93, 100}));
     EXPECT_EQ(window.buttons, "rcRC");
 }
 
@@ -109,8 +115,7 @@ TEST_F(ProgramRun, TellsEachFailureAndStopsThere) {
         const double start = vm.nowMs();
         run(Program);
         EXPECT_EQ(window.lines[0], c.line);
-        EXPECT_EQ(vm.messages,
-                  std::vector<ShownMessage>(c.message ? 1 : 0, communicationError()));
+        EXPECT_EQ(vm.messages, std::vector<ShownMessage>(c.message ? 1 : 0, communicationError()));
         EXPECT_EQ(vm.nowMs() - start, 1200 + c.ms);
         EXPECT_EQ(window.buttons, "rcRC");
         if (vm.box().cablePulled())
@@ -145,8 +150,8 @@ TEST_F(ProgramRun, RefusesDevicesOutsideTheLimitsWithoutAFrameOfItsOwn) {
     struct Case {
         int family, size, pageSize;
     };
-    const Case cases[] = {{1, 300, 0},    {1, 65792, 0},  {1, -256, 0},   {-1, 256, 0},
-                          {51, 256, 0},   {30, 128, 0},   {20, 1024, 0},  {20, 1024, -64},
+    const Case cases[] = {{1, 300, 0},    {1, 65792, 0},   {1, -256, 0},  {-1, 256, 0},
+                          {51, 256, 0},   {30, 128, 0},    {20, 1024, 0}, {20, 1024, -64},
                           {20, 1024, 48}, {20, 1024, 256}, {21, 1000, 64}};
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.family << ", " << c.size << ", " << c.pageSize);

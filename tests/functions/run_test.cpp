@@ -30,12 +30,11 @@ TEST_F(Runs, ReadTakesTheWholeChipThenClosesItsWindowAndShowsTheData) {
     chipHolds(1);
     device(1, 1024);
     run(Read);
-    EXPECT_EQ(frames(),
-              (std::vector<std::string>{
-                  "00 00 00 04 56 05 00 32", "00 00 00 06 53 01 A0 3F F8 C0",
-                  "00 00 00 06 52 00 00 00 FF 08", "00 00 00 06 52 01 00 01 FF 08",
-                  "00 00 00 06 52 02 00 02 FF 08", "00 00 00 06 52 03 00 03 FF 08",
-                  "00 00 00 04 56 00 00 00", "00 00 00 02 53 00"}));
+    EXPECT_EQ(frames(), (std::vector<std::string>{
+                            "00 00 00 04 56 05 00 32", "00 00 00 06 53 01 A0 3F F8 C0",
+                            "00 00 00 06 52 00 00 00 FF 08", "00 00 00 06 52 01 00 01 FF 08",
+                            "00 00 00 06 52 02 00 02 FF 08", "00 00 00 06 52 03 00 03 FF 08",
+                            "00 00 00 04 56 00 00 00", "00 00 00 02 53 00"}));
     EXPECT_EQ(vm.nowMs(), 200 + 200 + 500);
     EXPECT_EQ(times()[1], 200);
     EXPECT_EQ(bytesRead(), 1024);
@@ -51,9 +50,9 @@ TEST_F(Runs, ReadLeavesOutALastPartialBlock) {
         int size, frames, bytes, lastPercent;
     };
     // Of the percentages only the loop's last is told; 100 follows it.
-    for (const Case& c : {Case{0, 0, 0, 0}, Case{255, 0, 0, 0}, Case{256, 1, 256, 0},
-                          Case{300, 1, 256, 0}, Case{640, 2, 512, 50}, Case{896, 3, 768, 50},
-                          Case{65536, 256, 65536, 99}}) {
+    for (const Case& c :
+         {Case{0, 0, 0, 0}, Case{255, 0, 0, 0}, Case{256, 1, 256, 0}, Case{300, 1, 256, 0},
+          Case{640, 2, 512, 50}, Case{896, 3, 768, 50}, Case{65536, 256, 65536, 99}}) {
         SCOPED_TRACE(c.size);
         box();
         chipHolds(1);
@@ -73,7 +72,9 @@ TEST_F(Runs, ReadKeepsFinishedBlocksWhenABlockDoesNotCome) {
         for (const int block : {1, 2, 4}) {
             SCOPED_TRACE(fault + std::to_string(block));
             box({fault + std::to_string(block) +
-                 (fault == "short@R" ? ":259" : fault == "torn@R" ? ":100:1200ms" : "")});
+                 (fault == "short@R"  ? ":259"
+                  : fault == "torn@R" ? ":100:1200ms"
+                                      : "")});
             chipHolds(static_cast<std::uint8_t>(block));
             device(1, 1024);
             state().BufferData.assign(70001, 0xEE);
@@ -98,13 +99,11 @@ TEST_F(Runs, BlankCheckAndVerifyNameTheFirstWrongByte) {
         const char* line;
         int lastPercent;
     };
-    const Case cases[] = {{Blank, -1, "Blank Checking ...   OK!", 100},
-                          {Blank, 0, "Blank Error at 0000", 0},
-                          {Blank, 163, "Blank Error at 00A3", 0},
-                          {Blank, 0x3FF, "Blank Error at 03FF", 50},
-                          {Verify, -1, "Verifying ...   OK!", 100},
-                          {Verify, 0x123, "Verify Error at 0123", 0},
-                          {Verify, 0x400, "Verifying ...   OK!", 100}};
+    const Case cases[] = {
+        {Blank, -1, "Blank Checking ...   OK!", 100}, {Blank, 0, "Blank Error at 0000", 0},
+        {Blank, 163, "Blank Error at 00A3", 0},       {Blank, 0x3FF, "Blank Error at 03FF", 50},
+        {Verify, -1, "Verifying ...   OK!", 100},     {Verify, 0x123, "Verify Error at 0123", 0},
+        {Verify, 0x400, "Verifying ...   OK!", 100}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
         box();
@@ -148,9 +147,9 @@ TEST_F(Runs, SerialEraseWaitsForTheSecondAnswerAndOnceMore) {
     device(31, 1024);
     const double start = vm.nowMs();
     run(Erase);
-    EXPECT_EQ(frames(), (std::vector<std::string>{
-                            "00 00 00 06 53 04 00 00 00 00", "00 00 00 02 45 08",
-                            "00 00 00 04 56 00 00 00", "00 00 00 02 53 00"}));
+    EXPECT_EQ(frames(),
+              (std::vector<std::string>{"00 00 00 06 53 04 00 00 00 00", "00 00 00 02 45 08",
+                                        "00 00 00 04 56 00 00 00", "00 00 00 02 53 00"}));
     EXPECT_EQ(vm.nowMs() - start, 200 + 50 + 1000 + 500);
     EXPECT_EQ(window.lines[0], "Erasing ...OK");
 }
@@ -161,10 +160,10 @@ TEST_F(Runs, LockSendsItsStepsInTwoOrThreePasses) {
     run(Lock);
     const auto all = frames();
     EXPECT_EQ((std::vector(all.begin(), all.begin() + 7)),
-              (std::vector<std::string>{
-                  "00 00 00 04 56 0C 00 32", "00 00 00 06 53 01 A0 3F FB C0",
-                  "00 00 00 03 4C FF 00", "00 00 00 06 53 01 A0 3F FB 00", "00 00 00 03 4C FF 00",
-                  "00 00 00 06 53 01 A0 3F F9 40", "00 00 00 03 4C FF 00"}));
+              (std::vector<std::string>{"00 00 00 04 56 0C 00 32", "00 00 00 06 53 01 A0 3F FB C0",
+                                        "00 00 00 03 4C FF 00", "00 00 00 06 53 01 A0 3F FB 00",
+                                        "00 00 00 03 4C FF 00", "00 00 00 06 53 01 A0 3F F9 40",
+                                        "00 00 00 03 4C FF 00"}));
     EXPECT_EQ(all.size(), 14U + 2);
     EXPECT_EQ(vm.nowMs(), 2 * (500 + 600) + 500);
     EXPECT_EQ(window.percents, (std::vector{0, 33, 66, 100, 33, 66, 100}));
@@ -192,9 +191,12 @@ TEST_F(Runs, AutoWritesOneLineAnEntryAndSharesTheSixth) {
     image();
     autoSequence({Blank, Program, Verify, 9, Erase, Blank, Lock});
     run(Auto);
-    const std::array<std::string, 6> expected = {
-        "Blank Checking ...   OK!", "Programming ...   OK!", "Verifying ...   OK!",
-        "",                         "Erasing ...OK",         "Locking ...   OK!"};
+    const std::array<std::string, 6> expected = {"Blank Checking ...   OK!",
+                                                 "Programming ...   OK!",
+                                                 "Verifying ...   OK!",
+                                                 "",
+                                                 "Erasing ...OK",
+                                                 "Locking ...   OK!"};
     EXPECT_EQ(window.lines, expected);
 }
 

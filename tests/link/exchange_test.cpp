@@ -64,10 +64,10 @@ TEST_F(Exchanges, WaitReplyEndsByCountOrByTheSecond) {
         int waiting;
     };
     const Case cases[] = {
-        {"late@1:400ms", 400, false, true, 12},     // all of it: back at once
-        {"silent@1", 1000, true, true, 0},           // nothing
-        {"short@1:5", 1000, true, true, 5},      // too little: stays on the port
-        {"long@1:1", 0, false, false, 13},          // too much: the timer runs on
+        {"late@1:400ms", 400, false, true, 12},    // all of it: back at once
+        {"silent@1", 1000, true, true, 0},         // nothing
+        {"short@1:5", 1000, true, true, 5},        // too little: stays on the port
+        {"long@1:1", 0, false, false, 13},         // too much: the timer runs on
         {"torn@1:11:999ms", 999, false, true, 12}, // one line, sharp on both sides
         {"torn@1:11:1001ms", 1000, true, true, 11},
         {"torn@1:11:1000ms", 1000, true, true, 12}, // in the turn of the tick: a time-out

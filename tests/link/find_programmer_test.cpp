@@ -74,10 +74,9 @@ TEST_F(Discovery, ShowsFirmwareByteForByte) {
 TEST_F(Discovery, TellsThePortsOwnErrorAndLeavesTheDevicePanels) {
     vm.port.openError = "/dev/ttyUSB2: No such file or directory";
     FindProgrammer();
-    EXPECT_EQ(vm.messages,
-              (std::vector<ShownMessage>{{"Communication Port Error",
-                                          "COM7, /dev/ttyUSB2: No such file or directory",
-                                          Icon::Critical}}));
+    EXPECT_EQ(vm.messages, (std::vector<ShownMessage>{
+                               {"Communication Port Error",
+                                "COM7, /dev/ttyUSB2: No such file or directory", Icon::Critical}}));
     EXPECT_FALSE(state().ProgrammerFound);
     EXPECT_EQ(vm.panels[1], "FAIL");
     EXPECT_EQ(vm.panels[2], "Device:");

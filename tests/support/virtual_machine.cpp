@@ -62,7 +62,9 @@ VirtualMachine::VirtualMachine(simbox::Options options) {
     platform::useMachine(&machine_);
 }
 
-VirtualMachine::~VirtualMachine() { platform::useMachine(nullptr); }
+VirtualMachine::~VirtualMachine() {
+    platform::useMachine(nullptr);
+}
 
 void VirtualMachine::replaceBox(simbox::Options options) {
     port.box = std::make_unique<simbox::Box>(std::move(options));
@@ -74,8 +76,8 @@ void VirtualMachine::at(std::int64_t milliseconds, std::function<void()> action)
 
 void VirtualMachine::Yield() {
     constexpr std::int64_t never = INT64_MAX;
-    std::int64_t next = std::min(totmr.enabled ? totmr.dueUs : never,
-                                 tmrWait.enabled ? tmrWait.dueUs : never);
+    std::int64_t next =
+        std::min(totmr.enabled ? totmr.dueUs : never, tmrWait.enabled ? tmrWait.dueUs : never);
     if (port.open)
         next = std::min(next, port.box->nextEventUs().value_or(never));
     if (!actions_.empty())

@@ -139,11 +139,9 @@ TEST_F(Windows, TheMainJobByClicks) {
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Return); // the default button
-        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(),
-                  QStringLiteral("Programming ...   OK!"));
+        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(), QStringLiteral("Programming ...   OK!"));
         EXPECT_EQ(in<QLabel>(form, "lblProgress")->text(), QStringLiteral("100%"));
-        EXPECT_EQ(in<QWidget>(form, "shpProgress")->width(),
-                  in<QWidget>(form, "shpBG")->width());
+        EXPECT_EQ(in<QWidget>(form, "shpProgress")->width(), in<QWidget>(form, "shpBG")->width());
         QTest::keyClick(&form, Qt::Key_Escape);
     });
     trigger("DeviceFunction");
@@ -270,8 +268,7 @@ TEST_F(Windows, ThePageFitsItsBoxWithTheFirstDigitSelected) {
     EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("F"));
     EXPECT_EQ(page->textCursor().selectionStart(), 69);
     EXPECT_LE(page->document()->size().height(), page->viewport()->height());
-    EXPECT_LE(page->document()->idealWidth(),
-              in<QScrollBar>(*mdi, "vsc")->x() - page->x());
+    EXPECT_LE(page->document()->idealWidth(), in<QScrollBar>(*mdi, "vsc")->x() - page->x());
 }
 
 TEST_F(Windows, NoTextIsWiderThanItsPlace) {
