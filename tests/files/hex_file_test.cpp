@@ -48,9 +48,9 @@ TEST_F(HexFile, LoadsRealFilesToTheirBytes) {
     for (const std::string name : {"firmware", "full64k", "mixed"}) {
         state().BufferData.assign(70001, 0xFF);
         viewReopened = 0;
-        const std::string path = TEST_IMAGES "/" + name + ".hex";
+        const std::string path = TEST_FILES "/images/" + name + ".hex";
         ASSERT_TRUE(load(path)) << cause;
-        std::string expected = TemporaryFolder::readFile(TEST_IMAGES "/" + name + ".bin");
+        std::string expected = TemporaryFolder::readFile(TEST_FILES "/images/" + name + ".bin");
         ASSERT_GT(expected.size(), 4000U);
         expected.resize(70001, '\xFF');
         const Bytes& bytes = state().BufferData;
@@ -64,7 +64,7 @@ TEST_F(HexFile, LoadsRealFilesToTheirBytes) {
 }
 
 TEST_F(HexFile, AnyOtherRecordTypeEndsTheFileAsASuccess) {
-    EXPECT_TRUE(load(TEST_IMAGES "/starts-with-04.hex"));
+    EXPECT_TRUE(load(TEST_FILES "/images/starts-with-04.hex"));
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
     EXPECT_EQ(viewReopened, 1);
     EXPECT_TRUE(vm.messages.empty());

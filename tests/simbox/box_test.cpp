@@ -1,5 +1,7 @@
 #include "simbox/box.h"
 
+#include "tests/support/table_file.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,14 +23,19 @@ Bytes hex(const std::string& text) {
     return bytes;
 }
 
-// `count` is 64, 255 or 256.
+// A whole "D" frame.
 Bytes load(std::size_t count, std::uint8_t value) {
-    Bytes frame(5 + count, value);
-    const Bytes header = count == 256   ? hex("00 00 01 01 44")
-                         : count == 255 ? hex("00 00 01 00 44")
-                                        : hex("00 00 00 41 44");
-    std::copy(header.begin(), header.end(), frame.begin());
+    const auto length = static_cast<std::uint16_t>(count + 1);
+    Bytes frame = {0, 0, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length),
+                   'D'};
+    frame.insert(frame.end(), count, value);
     return frame;
+}
+
+// A frame as the table of nonsense has it.
+Bytes frameOf(const std::string& text) {
+    const auto at = text.find("load ");
+    return at == std::string::npos ? hex(text) : load(std::stoul(text.substr(at + 5)), 1);
 }
 
 // A box without pace whose program sends a frame a second and takes what has come by then.
@@ -42,11 +49,6 @@ public:
         return box.take(now);
     }
     Bytes send(const std::string& text) { return send(hex(text)); }
-    void expectRefused(const std::string& what, const Bytes& bytes) {
-        const std::size_t before = box.complaints().size();
-        EXPECT_EQ(send(bytes), Bytes()) << what;
-        EXPECT_EQ(box.complaints().size(), before + 1) << what;
-    }
     void setUpClass1() {
         send("00 00 00 04 56 0C 00 32");
         send("00 00 00 08 54 01 A0 3F FA C0 F8 C0");
@@ -153,73 +155,22 @@ TEST(Box, Class4EraseGivesASecondByteLater) {
 }
 
 TEST(Box, RefusesNonsense) {
-    const std::string on = "00 00 00 04 56 05 00 32";
-    const std::string off = "00 00 00 04 56 00 00 00";
-    const std::string set1 = "00 00 00 06 53 01 A0 3F F8 C0";
-    const std::string set3 = "00 00 00 06 53 03 00 00 00 00";
-    const std::string set4 = "00 00 00 06 53 04 00 00 00 00";
-    const std::string setT = "00 00 00 08 54 01 A0 3F FA C0 F8 C0";
-    const std::string read = "00 00 00 06 52 00 00 00 FF 08";
-    const std::string erase = "00 00 00 02 45 00";
-    const std::string lock = "00 00 00 03 4C FF 00";
-    const Bytes block = load(256, 1);
-    struct Row {
-        const char* name;
-        std::vector<Bytes> before;
-        Bytes refused;
-    };
-    const std::vector<Row> rows = {
-        {"unknown letter", {}, hex("00 00 00 01 58")},
-        {"no letter", {}, hex("00 00 00 00")},
-        {"identify too long", {}, hex("00 00 00 02 49 00")},
-        {"set-up of length 5", {}, hex("00 00 00 05 53 01 A0 3F F8")},
-        {"page of 255", {hex(set3)}, load(255, 1)},
-        {"length beyond all", {}, hex("00 01 00 01 49 49 49")},
-        {"release with class", {}, hex("00 00 00 02 53 01")},
-        {"class 5", {}, hex("00 00 00 06 53 05 00 00 00 00")},
-        {"writing set-up of class 3", {}, hex("00 00 00 08 54 03 00 00 00 00 00 00")},
-        {"read without set-up", {hex(on)}, hex(read)},
-        {"read after release", {hex(on), hex(set1), hex("00 00 00 02 53 00")}, hex(read)},
-        {"load without set-up", {hex(on)}, block},
-        {"read without supplies", {hex(on), hex(set1), hex(off)}, hex(read)},
-        {"erase without supplies", {hex(set1)}, hex(erase)},
-        {"write without supplies", {hex(setT), block}, hex(write0100)},
-        {"lock without supplies", {hex(set1)}, hex(lock)},
-        {"read from inside a block", {hex(set4)}, hex("00 00 00 06 52 00 80 00 FF 08")},
-        {"read over two blocks", {hex(set4)}, hex("00 00 00 06 52 00 00 01 FF 08")},
-        {"write without load", {hex(on), hex(setT)}, hex(write0100)},
-        {"second write of a load", {hex(on), hex(setT), block, hex(write0100)}, hex(write0100)},
-        {"write after plain set-up", {hex(on), hex(set1), block}, hex(write0100)},
-        {"write of half the load", {hex(set4), block}, hex("00 00 00 08 57 00 00 00 7F 07 00 00")},
-        {"page over the block's end",
-         {hex(set3), load(64, 1)},
-         hex("00 00 00 08 57 00 E0 01 1F 14 00 40")},
-        {"page size of another",
-         {hex(set3), load(64, 1)},
-         hex("00 00 00 08 57 00 00 00 3F 14 00 20")},
-        {"block to a page device", {hex(set3)}, block},
-        {"page to a flash chip", {hex(set4)}, load(64, 1)},
-        {"load after load", {hex(set4), block}, block},
-        {"read after load", {hex(set4), block}, hex(read)},
-        {"supplies after load", {hex(set4), block}, hex(on)},
-        {"set-up after load", {hex(set4), block}, hex(set4)},
-        {"erase with a chip code", {hex(on), hex(set1)}, hex("00 00 00 02 45 08")},
-        {"erase of a page device", {hex(set3)}, hex(erase)},
-        {"lock of class 4", {hex(set4)}, hex(lock)},
-        {"lock twice on one set-up", {hex(on), hex(set1), hex(lock)}, hex(lock)},
-    };
-    for (const Row& row : rows) {
+    const auto table = readTable(TEST_FILES "/simbox/nonsense.txt");
+    ASSERT_EQ(table.size(), 34U);
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.at(0));
         Bench bench;
-        for (const Bytes& frame : row.before) {
-            bench.send(frame);
-        }
-        EXPECT_EQ(bench.box.complaints(), std::vector<std::string>()) << row.name;
-        bench.expectRefused(row.name, row.refused);
-        EXPECT_EQ(bench.send("00 00 00 01 49"), identity) << row.name;
-        bench.send(off);
+        std::istringstream before(row.at(1));
+        for (std::string frame; std::getline(before, frame, ',');)
+            bench.send(frameOf(frame));
+        EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
+        EXPECT_EQ(bench.send(frameOf(row.at(2))), Bytes());
+        EXPECT_EQ(bench.box.complaints().size(), 1U);
+        EXPECT_EQ(bench.send("00 00 00 01 49"), identity);
+        bench.send("00 00 00 04 56 00 00 00");
         bench.send("00 00 00 02 53 00");
-        EXPECT_EQ(bench.box.complaints().size(), 1U) << row.name;
-        EXPECT_TRUE(bench.box.socketReleased() && !bench.box.powered()) << row.name;
+        EXPECT_EQ(bench.box.complaints().size(), 1U);
+        EXPECT_TRUE(bench.box.socketReleased() && !bench.box.powered());
     }
 }
 

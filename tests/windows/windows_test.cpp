@@ -1,4 +1,4 @@
-// Real windows, clicked and typed into, on a real pseudo-terminal with the simulated box behind it.
+// Real windows, clicked and typed into, with the simulated box on a real pseudo-terminal.
 #include "app/family_table.h"
 #include "app/startup.h"
 #include "app/state.h"
@@ -9,7 +9,6 @@
 #include "shell/frmAbout.h"
 #include "shell/mdiMain.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/windows/pty_box.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -18,14 +17,15 @@
 #include <QListWidget>
 #include <QMdiSubWindow>
 #include <QMessageBox>
+#include <QProcess>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
-#include <map>
 
 using namespace modFunc;
 
@@ -37,7 +37,6 @@ protected:
         ResetState();
         for (const auto& file : std::filesystem::directory_iterator(SHIPPED_DATA))
             std::filesystem::copy(file, folder.path());
-        std::filesystem::create_symlink(line.pty.name(), folder.file("com5"));
         state().AppPath = folder.path();
         ReadSettings();
         ReadDeviceList();
@@ -50,7 +49,34 @@ protected:
         QObject::connect(&watch, &QTimer::timeout, &watch, [this] { serveDialogs(); });
         watch.start(5);
     }
-    // The main window, loaded and shown; the box is found.
+    ~Windows() override {
+        box.terminate();
+        EXPECT_TRUE(box.state() == QProcess::NotRunning || box.waitForFinished(5000));
+    }
+    // The box, with a chip of 64 KiB of `fill`.
+    void startBox(char fill = '\xFF') {
+        folder.write("chip.bin", std::string(65536, fill));
+        const auto file = [this](const char* name) {
+            return QString::fromStdString(folder.file(name));
+        };
+        box.start(QStringLiteral(SIMBOX),
+                  {QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
+                   file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
+                   QStringLiteral("--no-pace")});
+        ASSERT_TRUE(box.waitForReadyRead(5000)) << "the simulated box does not start";
+    }
+    // The frames that the box got, as its trace tells them.
+    QStringList frames() {
+        return QString::fromStdString(folder.read("trace.txt"))
+            .split(u'\n')
+            .filter(QStringLiteral(" > "));
+    }
+    std::string chip(std::size_t bytes) { return folder.read("chip.bin").substr(0, bytes); }
+    static std::string image(std::size_t bytes) {
+        const Bytes& data = state().BufferData;
+        return {data.begin(), data.begin() + std::ptrdiff_t(bytes)};
+    }
+    // The main window, loaded and shown.
     void start() {
         machine = std::make_unique<QtMachine>();
         mdi = std::make_unique<mdiMain>(*machine);
@@ -76,8 +102,8 @@ protected:
     QMdiSubWindow* bufferWindow() const { return mdi->findChild<QMdiSubWindow*>(); }
     QString panel(const char* name) { return in<QLabel>(*mdi, name)->text(); }
 
-    PtyBox line;
     TemporaryFolder folder;
+    QProcess box;
     std::unique_ptr<QtMachine> machine;
     std::unique_ptr<mdiMain> mdi;
     QStringList messages; // "title: text" of each message box
@@ -87,9 +113,9 @@ private:
         QWidget* window = QApplication::activeModalWidget();
         if (!window || !window->isVisible())
             return;
-        if (auto* box = qobject_cast<QMessageBox*>(window)) {
-            messages << box->windowTitle() + QStringLiteral(": ") + box->text();
-            box->button(QMessageBox::Ok)->click();
+        if (auto* message = qobject_cast<QMessageBox*>(window)) {
+            messages << message->windowTitle() + QStringLiteral(": ") + message->text();
+            message->button(QMessageBox::Ok)->click();
         } else if (const auto action = actions.take(window->objectName())) {
             // Out of a timer of its own: this one shall go on ticking while the action runs.
             QTimer::singleShot(0, window, [action, window] { action(*window); });
@@ -109,6 +135,7 @@ void loadSample(QWidget& fileDialog) {
 } // namespace
 
 TEST_F(Windows, StartFindsTheBoxAndFillsThePanels) {
+    startBox();
     start();
     EXPECT_EQ(messages, QStringList{QStringLiteral("Device Found!: Firmware: SimBox v1.00")});
     EXPECT_EQ(mdi->windowTitle(), QStringLiteral("QUORVEN ~ USB Programmer - Ver.1.0"));
@@ -121,6 +148,7 @@ TEST_F(Windows, StartFindsTheBoxAndFillsThePanels) {
 }
 
 TEST_F(Windows, TheMainJobByClicks) {
+    startBox();
     start();
     when("cdia", loadSample);
     when("frmFileLoad", [](QWidget& form) {
@@ -145,10 +173,9 @@ TEST_F(Windows, TheMainJobByClicks) {
         QTest::keyClick(&form, Qt::Key_Escape);
     });
     trigger("DeviceFunction");
-    const auto& chip = line.box->chip().memory();
-    EXPECT_TRUE(std::equal(chip.begin(), chip.begin() + 4096, state().BufferData.begin()));
-    EXPECT_TRUE(line.box->complaints().empty());
-    EXPECT_FALSE(line.box->powered());
+    EXPECT_EQ(chip(4096), image(4096));
+    EXPECT_EQ(chip(65536).substr(4096), std::string(65536 - 4096, '\xFF'));
+    EXPECT_TRUE(frames().last().endsWith(QStringLiteral("release socket")));
 }
 
 TEST_F(Windows, CancelInEitherFileDialogLoadsNothing) {
@@ -167,11 +194,11 @@ TEST_F(Windows, CancelInEitherFileDialogLoadsNothing) {
 // Read closes its window in the middle of an Auto sequence. The rest of the run has the program to
 // itself: no key, no click, and the wish to close waits for the last frame.
 TEST_F(Windows, TheRestOfARunAfterReadKeepsTheMainWindowFromInput) {
+    startBox('\x3C');
     start();
     state().AutoCount = 2;
     state().AutoList[1] = Read;
     state().AutoList[2] = Verify;
-    line.box->chip().fill(0x3C);
     QTimer meddler;
     int tries = 0;
     QObject::connect(&meddler, &QTimer::timeout, &meddler, [&] {
@@ -195,15 +222,16 @@ TEST_F(Windows, TheRestOfARunAfterReadKeepsTheMainWindowFromInput) {
     });
     trigger("DeviceFunction");
     EXPECT_GT(tries, 5);
-    EXPECT_EQ(state().BufferData[4095], 0x3C);
-    EXPECT_EQ(line.box->frames().back().bytes, (Bytes{0, 0, 0, 2, 'S', 0}));
-    EXPECT_EQ(line.box->frames().size(), 1U + 2 * (2 + 16 + 2));
+    EXPECT_EQ(image(4096), std::string(4096, '\x3C'));
+    EXPECT_EQ(frames().size(), 1 + 2 * (2 + 16 + 2));
+    EXPECT_TRUE(frames().last().endsWith(QStringLiteral("release socket")));
     EXPECT_FALSE(mdi->isVisible()) << "the request to close was not carried out";
     EXPECT_EQ(TemporaryFolder::readFile(folder.file("quorven.cfg")),
               "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
 }
 
 TEST_F(Windows, TheFunctionWindowCannotBeLeftDuringARun) {
+    startBox();
     start();
     when("frmFunction", [](QWidget& form) {
         QTimer::singleShot(100, &form, [&form] {
@@ -221,13 +249,14 @@ TEST_F(Windows, TheFunctionWindowCannotBeLeftDuringARun) {
         EXPECT_FALSE(form.isVisible());
     });
     trigger("DeviceFunction");
-    EXPECT_EQ(line.box->frames().size(), 1U + 2 + 16 + 2);
+    EXPECT_EQ(frames().size(), 1 + 2 + 16 + 2);
 }
 
 TEST_F(Windows, APulledCableEndsTheRunByItsTimeOuts) {
+    startBox();
     start();
     when("frmFunction", [this](QWidget& form) {
-        QTimer::singleShot(600, &form, [this] { line.pty.hangUp(); });
+        QTimer::singleShot(600, &form, [this] { box.kill(); });
         state().DeviceList[1].Size = 65536;
         in<QListWidget>(form, "listFunction")->setCurrentRow(Program);
         click(form, "cmdRun");
@@ -241,7 +270,6 @@ TEST_F(Windows, APulledCableEndsTheRunByItsTimeOuts) {
 }
 
 TEST_F(Windows, WithoutABoxRunIsDisabledAndTheRestWorks) {
-    line.pty.hangUp();
     start();
     EXPECT_TRUE(messages.value(0).startsWith(QStringLiteral("Communication Port Error: COM5, ")));
     EXPECT_EQ(panel("sbar1"), QStringLiteral("FAIL"));

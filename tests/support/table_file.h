@@ -1,0 +1,30 @@
+#pragma once
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// A table of expected values in a text file: a row a line, cells separated by " | " and trimmed;
+// empty lines and lines that begin with "#" are for the reader.
+inline std::vector<std::vector<std::string>> readTable(const std::string& path) {
+    std::ifstream file(path);
+    if (!file)
+        throw std::runtime_error("no table " + path);
+    std::vector<std::vector<std::string>> rows;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line.starts_with('#'))
+            continue;
+        std::vector<std::string> row;
+        std::istringstream cells(line + "|");
+        for (std::string cell; std::getline(cells, cell, '|');) {
+            const std::size_t first = cell.find_first_not_of(' ');
+            row.push_back(first == std::string::npos
+                              ? ""
+                              : cell.substr(first, cell.find_last_not_of(' ') + 1 - first));
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
