@@ -86,4 +86,12 @@ void ReadAutoFile() {
             reader.NextInt16("function code of entry " + std::to_string(entry));
 }
 
+void WriteAutoFile() {
+    const State& s = state();
+    std::string text = DelimitedLine(s.AutoCount);
+    for (int entry = 1; entry <= s.AutoCount; ++entry)
+        text += DelimitedLine(s.AutoList.at(static_cast<std::size_t>(entry)));
+    platform::ReplaceFile(DataFile(autoFile), text);
+}
+
 } // namespace modFunc

@@ -27,5 +27,7 @@ void ReadDeviceList();
 
 // auto.cfg: AutoCount (0..20), then as many function codes into AutoList.
 void ReadAutoFile();
+// Replaces auto.cfg by AutoCount and its entries, whole or not at all. Throws platform::FileError.
+void WriteAutoFile();
 
 } // namespace modFunc

@@ -7,8 +7,11 @@
 #include "platform/qt/form.h"
 
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QTextBlockFormat>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -25,6 +28,40 @@ int documentPosition(int index) {
     if (index < headingLength)
         return index;
     return index - 1 - (index - headingLength) / lineLength;
+}
+
+// The way back.
+int pageIndex(int documentPosition) {
+    constexpr int documentHeading = headingLength - 1;
+    constexpr int documentLine = lineLength - 1;
+    if (documentPosition < documentHeading)
+        return documentPosition;
+    return documentPosition + 1 + (documentPosition - documentHeading) / documentLine;
+}
+
+// The page's text as the box takes it. Character 127 has no glyph in today's fonts and would upset
+// the columns: it shows as the house that stood there on old screens.
+QString shown(const std::string& text) {
+    QString page = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+    page.remove(u'\r');
+    page.chop(1);
+    page.replace(QChar(127), QChar(0x2302));
+    return page;
+}
+
+int keyCodeFor(int key) {
+    switch (key) {
+    case Qt::Key_Left:
+        return KeyLeft;
+    case Qt::Key_Up:
+        return KeyUp;
+    case Qt::Key_Right:
+        return KeyRight;
+    case Qt::Key_Down:
+        return KeyDown;
+    default:
+        return 0;
+    }
 }
 
 // White on navy, in the middle.
@@ -64,13 +101,15 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
     setPalette(colours);
 }
 
-void PageBox::showPage(const QString& text) {
+void PageBox::showPage(const std::string& text) {
     QTextBlockFormat line;
     line.setLineHeight((height() - 2 * frameWidth()) / shownLines, QTextBlockFormat::FixedHeight);
     QTextCursor all(document());
+    all.beginEditBlock();
     all.select(QTextCursor::Document);
     all.setBlockFormat(line);
-    all.insertText(text);
+    all.insertText(shown(text));
+    all.endEditBlock();
 }
 
 void PageBox::selectCharacter(int index) {
@@ -80,11 +119,31 @@ void PageBox::selectCharacter(int index) {
     setTextCursor(caret);
 }
 
+// Modifiers are not looked at for the arrows; a letter with Ctrl or Alt is no character.
+void PageBox::keyPressEvent(QKeyEvent* event) {
+    Q_EMIT keyDown(keyCodeFor(event->key()));
+    const bool command =
+        event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    if (const QString text = event->text(); !command && text.size() == 1)
+        Q_EMIT keyPress(text.at(0).toLatin1());
+    event->setAccepted(keyCodeFor(event->key()) != 0);
+}
+
+// The character whose cell was hit, not the gap that is nearest.
+void PageBox::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    QTextCursor hit = cursorForPosition(event->pos());
+    if (cursorRect(hit).left() > event->pos().x())
+        hit.movePosition(QTextCursor::PreviousCharacter);
+    Q_EMIT clicked(pageIndex(hit.position()));
+}
+
 void PageBox::wheelEvent(QWheelEvent* event) {
     QCoreApplication::sendEvent(wheelBar, event);
 }
 
-frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent) {
+frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent), editor_(selectedDevice().Size) {
     setObjectName(QStringLiteral("frmBuffer"));
     setWindowTitle(QStringLiteral("Buffer"));
     setFixedSize(pixels(10215), pixels(4410));
@@ -109,25 +168,57 @@ frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent) {
     followInTabOrder({txtBuffer, vsc});
     setFocusProxy(txtBuffer);
 
-    vsc->setRange(0, LastTopLine(selectedDevice().Size));
+    vsc->setRange(0, editor_.LastLine());
     connectHandlers();
     UpdateBuffer();
 }
 
 void frmBuffer::connectHandlers() {
+    connect(txtBuffer, &PageBox::clicked, this, &frmBuffer::txtBuffer_Click);
+    connect(txtBuffer, &PageBox::keyDown, this, &frmBuffer::txtBuffer_KeyDown);
+    connect(txtBuffer, &PageBox::keyPress, this, &frmBuffer::txtBuffer_KeyPress);
     connect(vsc, &QScrollBar::valueChanged, this, &frmBuffer::vsc_Change);
 }
 
-void frmBuffer::vsc_Change(int value) {
-    TopLine = value;
-    UpdateBuffer();
+void frmBuffer::UpdateBuffer() {
+    editor_.Home();
+    showPage();
 }
 
-void frmBuffer::UpdateBuffer() {
-    txtBuffer->showPage(QString::fromStdString(PageText(TopLine)).remove(u'\r').chopped(1));
-    CaretPos = firstDigit;
-    txtBuffer->selectCharacter(CaretPos);
-    lblAddress->setText(QString::fromStdString(HexWord(TopLine * lineBytes)));
+void frmBuffer::txtBuffer_Click(int index) {
+    editor_.Click(index);
+    showCaret();
+}
+
+void frmBuffer::txtBuffer_KeyDown(int keyCode) {
+    const std::int32_t topLine = editor_.TopLine();
+    editor_.Key(keyCode);
+    if (editor_.TopLine() != topLine)
+        showPage();
+    else
+        showCaret();
+}
+
+void frmBuffer::txtBuffer_KeyPress(char character) {
+    if (editor_.Type(character))
+        showPage();
+}
+
+void frmBuffer::vsc_Change(int value) {
+    editor_.ScrollTo(value);
+    showPage();
+}
+
+void frmBuffer::showPage() {
+    const QSignalBlocker quiet(vsc); // its handler would take the caret back to the page's start
+    vsc->setValue(editor_.TopLine());
+    txtBuffer->showPage(PageText(editor_.TopLine()));
+    showCaret();
     ComputeCheckSum();
     lblCheckSum->setText(QString::fromStdString(HexWord(state().BufferCheckSum)));
+}
+
+void frmBuffer::showCaret() {
+    txtBuffer->selectCharacter(editor_.CaretPos());
+    lblAddress->setText(QString::fromStdString(HexWord(editor_.Address())));
 }

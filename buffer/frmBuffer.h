@@ -1,27 +1,38 @@
 #pragma once
 
+#include "buffer/hex_editor.h"
+
 #include <QTextEdit>
 #include <QWidget>
-
-#include <cstdint>
 
 class QLabel;
 class QScrollBar;
 
-// The page's text box: locked, without a scroll bar of its own; the wheel turns the view's bar.
+// The page's text box: locked, without a scroll bar of its own. It tells what is pressed and
+// clicked and changes nothing by itself; the wheel turns the view's bar. Characters are told by
+// their index in the page's text, where a line end counts as two characters.
 class PageBox : public QTextEdit {
     Q_OBJECT
 
 public:
     explicit PageBox(QWidget* parent);
     // Replaces the text, each line at the fixed height that lets all 17 fit.
-    void showPage(const QString& text);
-    // Selects one character by its index in the page's text, line ends counted as two characters.
+    void showPage(const std::string& text);
     void selectCharacter(int index);
 
     QScrollBar* wheelBar = nullptr;
 
+Q_SIGNALS:
+    void clicked(int index);
+    void keyDown(int keyCode);
+    void keyPress(char character); // behind keyDown, for a key that gives one character
+
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent*) override {}
+    void mouseReleaseEvent(QMouseEvent*) override {}
+    void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
     void wheelEvent(QWheelEvent* event) override;
 };
 
@@ -32,16 +43,20 @@ class frmBuffer : public QWidget {
 public:
     explicit frmBuffer(QWidget* parent);
 
-    // Redraws the page at TopLine with the caret on its first digit, and computes the checksum.
+    // Redraws the page, puts the caret on its first digit and computes the checksum.
     void UpdateBuffer();
 
 private:
     void connectHandlers();
+    void txtBuffer_Click(int index);
+    void txtBuffer_KeyDown(int keyCode);
+    void txtBuffer_KeyPress(char character);
     void vsc_Change(int value);
 
-    std::int32_t TopLine = 0; // the 16-byte line at the top of the page
-    int CaretPos = 0;         // index of the selected digit in the page's text
+    void showPage();
+    void showCaret();
 
+    modFunc::HexEditor editor_;
     PageBox* txtBuffer;
     QScrollBar* vsc;
     QLabel* lblAddress;

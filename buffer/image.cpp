@@ -11,6 +11,12 @@ void ClearImage() {
     std::ranges::fill(state().BufferData, erasedByte);
 }
 
+void FillImage() {
+    State& s = state();
+    for (std::int32_t index = s.FillStart; index < s.FillStart + s.FillLength; ++index)
+        s.BufferData.at(static_cast<std::size_t>(index)) = s.FillByte;
+}
+
 void ComputeCheckSum() {
     State& s = state();
     const auto bytes = std::clamp<std::int32_t>(selectedDevice().Size, 0, lastBufferIndex + 1);

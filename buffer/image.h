@@ -10,6 +10,10 @@ inline constexpr std::uint8_t erasedByte = 0xFF;
 // Every byte of BufferData, 0..70000, becomes FF.
 void ClearImage();
 
+// FillLength bytes of BufferData from FillStart on become FillByte. The range lies within the
+// image: frmBufferFill sees to it.
+void FillImage();
+
 // BufferCheckSum := the sum of the selected device's bytes modulo 65536, each byte 0..255. A Size
 // beyond the image sums the image; a Size of 0 or below gives 0.
 void ComputeCheckSum();

@@ -4,6 +4,7 @@
 #include "app/hex_text.h"
 #include "app/state.h"
 #include "buffer/buffer_view.h"
+#include "buffer/image.h"
 #include "platform/file_error.h"
 #include "platform/files.h"
 #include "platform/machine.h"
@@ -16,6 +17,8 @@ namespace {
 
 using platform::FileError;
 using platform::machine;
+
+constexpr std::int32_t writtenRecordBytes = 16;
 
 enum class ParseResult { Complete, WrongCheckSum, NoEndRecord };
 
@@ -100,6 +103,20 @@ void placeRecords() {
     }
 }
 
+// A data record with its line end. The line is built in the text of element 0.
+const std::string& writtenRecord(std::int32_t address) {
+    State& s = state();
+    std::string& line = s.HexRecords[0].Line;
+    line = ":10" + HexWord(address) + "00";
+    int sum = byteAt(line, 2) + byteAt(line, 4) + byteAt(line, 6);
+    for (std::int32_t i = address; i < address + writtenRecordBytes; ++i) {
+        const std::uint8_t byte = i <= lastBufferIndex ? s.BufferData[std::size_t(i)] : erasedByte;
+        line += HexByte(byte);
+        sum += byte;
+    }
+    return line += HexByte(static_cast<std::uint8_t>(-sum)) + "\r\n";
+}
+
 void refuse(const char* text) {
     machine().msgBox.Show("File Load Error", text, platform::MessageBox::Icon::Critical);
 }
@@ -120,6 +137,18 @@ void OpenHexFile() {
     placeRecords();
     ShowFileName();
     bufferView().Reopen();
+}
+
+void SaveHexFile() {
+    const std::string& fileName = machine().cdia.FileName;
+    const std::int32_t size = selectedDevice().Size;
+    if (size > lastBufferIndex + 1)
+        throw FileError(fileName + ": the device is larger than the image");
+    std::string text;
+    for (std::int32_t address = 0; address < size; address += writtenRecordBytes)
+        text += writtenRecord(address);
+    platform::ReplaceFile(fileName, text + ":00000001FF\r\n");
+    ShowFileName();
 }
 
 void ShowFileName() {

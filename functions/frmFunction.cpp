@@ -17,21 +17,9 @@ constexpr Place track{1680, 2760, 3015, 135};
 
 } // namespace
 
-Shape::Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place)
-    : QWidget(parent) {
-    setObjectName(QString::fromLatin1(name));
-    setGeometry(place.rect());
-    setAutoFillBackground(true);
-    setPalette(QPalette(colour));
-}
-
 frmFunction::frmFunction(QWidget* owner)
     : Form(owner, "frmFunction", tr("Function"), 6300, 3330, Frame::Title) {
-    listFunction = new QListWidget(this);
-    listFunction->setObjectName(QStringLiteral("listFunction"));
-    listFunction->setGeometry(Place{120, 240, 1455, 2400}.rect());
-    listFunction->setFont(sansFont());
-    listFunction->setAccessibleName(tr("Function"));
+    listFunction = addList(this, "listFunction", tr("Function"), {120, 240, 1455, 2400});
     for (const char* name : functionNames)
         listFunction->addItem(QString::fromLatin1(name));
     listFunction->setCurrentRow(0);

@@ -9,14 +9,6 @@ class QLabel;
 class QLineEdit;
 class QListWidget;
 
-// A filled rectangle.
-class Shape : public QWidget {
-    Q_OBJECT
-
-public:
-    Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place);
-};
-
 // The window from which a chip is driven. It shows a run and starts it; the run itself knows no
 // window and outlives this one when Read closes it.
 class frmFunction : public Form, private modFunc::RunWindow {

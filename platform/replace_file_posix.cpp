@@ -30,10 +30,7 @@ public:
             unlink(name_.c_str());
     }
 
-    void takePermissionsOf(const std::string& path) {
-        struct stat old {};
-        constexpr mode_t ordinary = 0644;
-        const mode_t mode = stat(path.c_str(), &old) == 0 ? old.st_mode & 07777 : ordinary;
+    void setPermissions(mode_t mode) {
         if (fchmod(descriptor_, mode) != 0)
             fail("cannot be given its permissions");
     }
@@ -72,6 +69,21 @@ private:
     bool renamed_ = false;
 };
 
+// The permissions that the new file gets: the old one's, or ordinary ones. What must not be written
+// or is no ordinary file is not replaced, though renaming over it would work.
+mode_t permissionsFor(const std::string& target) {
+    constexpr mode_t all = 07777;
+    constexpr mode_t ordinary = 0644;
+    struct stat old {};
+    if (stat(target.c_str(), &old) != 0)
+        return ordinary;
+    if (!S_ISREG(old.st_mode))
+        throw FileError(target + ": cannot be replaced: it is no ordinary file");
+    if (access(target.c_str(), W_OK) != 0)
+        throw FileError(target + ": cannot be written: " + std::strerror(errno));
+    return old.st_mode & all;
+}
+
 // The rename itself lasts only when the directory has reached the disk. Not every file system can
 // do that, and the file is whole either way, so a failure is no failure of the replacement.
 void syncDirectory(const std::filesystem::path& directory) {
@@ -90,8 +102,9 @@ void ReplaceFile(const std::string& path, std::string_view contents) {
     if (none)
         target = path;
 
+    const mode_t permissions = permissionsFor(target.string());
     TemporaryFile file(target.string());
-    file.takePermissionsOf(target.string());
+    file.setPermissions(permissions);
     file.write(contents);
     file.finish();
     const std::filesystem::path directory = target.parent_path();

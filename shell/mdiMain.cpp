@@ -3,17 +3,21 @@
 #include "app/startup.h"
 #include "app/state.h"
 #include "buffer/frmBuffer.h"
+#include "buffer/frmBufferFill.h"
 #include "buffer/image.h"
+#include "files/binary_file.h"
 #include "files/frmFileLoad.h"
 #include "files/hex_file.h"
 #include "functions/device_run.h"
 #include "functions/frmFunction.h"
 #include "link/exchange.h"
 #include "link/find_programmer.h"
-#include "platform/file_error.h"
 #include "platform/qt/form.h"
 #include "platform/qt/input_block.h"
 #include "shell/frmAbout.h"
+#include "shell/frmEditAuto.h"
+#include "shell/frmSelectDevice.h"
+#include "shell/frmSettings.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -25,6 +29,8 @@
 #include <QPainter>
 #include <QStatusBar>
 #include <QStyle>
+
+#include <exception>
 
 using namespace modFunc;
 
@@ -157,9 +163,14 @@ void mdiMain::connectHandlers() {
                 handler);
     };
     on("FileLoad", &mdiMain::FileLoad_Click);
+    on("FileSave", &mdiMain::FileSave_Click);
     on("BufferEdit", &mdiMain::BufferEdit_Click);
     on("BufferClear", &mdiMain::BufferClear_Click);
+    on("BufferFill", &mdiMain::BufferFill_Click);
+    on("DeviceSelect", &mdiMain::DeviceSelect_Click);
     on("DeviceFunction", &mdiMain::DeviceFunction_Click);
+    on("OptionsEditAuto", &mdiMain::OptionsEditAuto_Click);
+    on("OptionsSettings", &mdiMain::OptionsSettings_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
     connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
             &QWidget::close);
@@ -194,15 +205,27 @@ void mdiMain::closeEvent(QCloseEvent* event) {
     QCoreApplication::exit(0);
 }
 
-// Any failure ends the command without a word; what it leaves behind is told by the loaders.
+// Any failure ends the command without a word; what it leaves behind is told by the loaders and
+// savers.
 void mdiMain::FileLoad_Click() {
     try {
         if (!machine_.cdia.ShowOpen())
             return;
         frmFileLoad(this).exec();
-        if (!state().FileCancelled && state().FileIsHex)
-            OpenHexFile();
-    } catch (const platform::FileError&) {
+        if (!state().FileCancelled)
+            state().FileIsHex ? OpenHexFile() : OpenBinFile();
+    } catch (const std::exception&) {
+    }
+}
+
+void mdiMain::FileSave_Click() {
+    try {
+        if (!machine_.cdia.ShowSave())
+            return;
+        frmFileLoad(this).exec();
+        if (!state().FileCancelled)
+            state().FileIsHex ? SaveHexFile() : SaveBinFile();
+    } catch (const std::exception&) {
     }
 }
 
@@ -215,12 +238,39 @@ void mdiMain::BufferClear_Click() {
     Reopen();
 }
 
+void mdiMain::BufferFill_Click() {
+    frmBufferFill(this).exec();
+    if (!state().FillConfirmed)
+        return;
+    FillImage();
+    if (bufferWindow_)
+        qobject_cast<frmBuffer*>(bufferWindow_->widget())->UpdateBuffer();
+    else
+        Reopen();
+}
+
+// The view's range and checksum belong to the device that was selected before.
+void mdiMain::DeviceSelect_Click() {
+    if (frmSelectDevice(this).exec() == QDialog::Accepted)
+        delete bufferWindow_;
+}
+
 // A run started here has ended when the dialog's event loop returns, even if its window went
 // before.
 void mdiMain::DeviceFunction_Click() {
     frmFunction(this).exec();
     if (closeRequested_)
         close();
+}
+
+void mdiMain::OptionsEditAuto_Click() {
+    frmEditAuto(this).exec();
+}
+
+// However the window was left: this is the one way to find a box plugged in later.
+void mdiMain::OptionsSettings_Click() {
+    frmSettings(this).exec();
+    FindProgrammer();
 }
 
 void mdiMain::HelpAbout_Click() {

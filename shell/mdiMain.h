@@ -36,16 +36,21 @@ private:
     void connectHandlers();
 
     void FileLoad_Click();
+    void FileSave_Click();
     void BufferEdit_Click();
     void BufferClear_Click();
+    void BufferFill_Click();
+    void DeviceSelect_Click();
     void DeviceFunction_Click();
+    void OptionsEditAuto_Click();
+    void OptionsSettings_Click();
     void HelpAbout_Click();
 
     void Reopen() override;
 
     QtMachine& machine_;
     QMdiArea* area_;
-    QPointer<QMdiSubWindow> bufferWindow_;
+    QPointer<QMdiSubWindow> bufferWindow_; // frmBuffer in its frame; null when unloaded
     std::array<QLabel*, 4> panels_{};
     bool closeRequested_ = false;
 };

@@ -5,6 +5,7 @@
 #include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
@@ -141,6 +142,14 @@ QPushButton* addButton(QWidget* parent, const char* name, const QString& text, c
     return button;
 }
 
+QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
+                     const Place& place) {
+    auto* list = placed(new QListWidget(parent), name, place);
+    list->setFont(sansFont());
+    list->setAccessibleName(accessibleName);
+    return list;
+}
+
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place) {
     auto* frame = placed(new CaptionFrame(text, parent), name, place);
     frame->setFont(sansFont());
@@ -154,6 +163,13 @@ void followInTabOrder(std::initializer_list<QWidget*> widgets) {
             QWidget::setTabOrder(previous, widget);
         previous = widget;
     }
+}
+
+Shape::Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place)
+    : QWidget(parent) {
+    placed(this, name, place);
+    setAutoFillBackground(true);
+    setPalette(QPalette(colour));
 }
 
 void CaptionFrame::paintEvent(QPaintEvent*) {

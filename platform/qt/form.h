@@ -11,6 +11,7 @@
 class QAbstractButton;
 class QLabel;
 class QLineEdit;
+class QListWidget;
 class QPushButton;
 
 // Positions and sizes are given in twips, 1440 to the inch, 15 to a device-independent pixel.
@@ -48,12 +49,22 @@ QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const P
 void setTextColour(QWidget* widget, const QColor& colour);
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text, const Place& place);
+QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
+                     const Place& place);
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place);
 // Condenses the font of a button or option button until its text fits.
 void fitText(QAbstractButton* button, int extraPixels);
 
 // Makes the widgets follow each other in the tab order as listed.
 void followInTabOrder(std::initializer_list<QWidget*> widgets);
+
+// A filled rectangle.
+class Shape : public QWidget {
+    Q_OBJECT
+
+public:
+    Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place);
+};
 
 // A frame with its caption on the upper line, so that what stands inside keeps its place.
 class CaptionFrame : public QGroupBox {

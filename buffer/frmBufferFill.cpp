@@ -1,0 +1,82 @@
+#include "buffer/frmBufferFill.h"
+
+#include "app/hex_text.h"
+#include "app/state.h"
+#include "buffer/image.h"
+#include "platform/machine.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace modFunc;
+
+frmBufferFill::frmBufferFill(QWidget* owner)
+    : Form(owner, "frmBufferFill", tr("Buffer Fill"), 3195, 1695, Frame::TitleAndCloseBox) {
+    struct Row {
+        QLineEdit** box;
+        const char* name;
+        const char* label;
+        const char* unit;
+        QString caption;
+        QString text;
+        int digits;
+    };
+    const Row rows[] = {
+        {&txtFillWith, "txtFillWith", "Label1", "Label2", tr("Fill with:"), QStringLiteral("FF"),
+         2},
+        {&txtStart, "txtStart", "Label3", "Label5", tr("Start:"), QStringLiteral("0000"), 4},
+        {&txtLength, "txtLength", "Label4", "Label6", tr("Length:"), QStringLiteral("1"), 4},
+    };
+    int top = 120;
+    for (const Row& row : rows) {
+        addLabel(this, row.label, row.caption, {240, top, 735, 255})
+            ->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        *row.box = addTextBox(this, row.name, row.text, {1320, top, 615, 285});
+        (*row.box)->setMaxLength(row.digits);
+        (*row.box)->setAccessibleName(row.caption.chopped(1));
+        addLabel(this, row.unit, QStringLiteral("H"), {2040, top, 255, 255});
+        top += 360;
+    }
+    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {360, 1200, 1095, 375});
+    cmdOk = addButton(this, "cmdOk", tr("OK"), {1680, 1200, 1095, 375});
+    cmdOk->setDefault(true);
+    followInTabOrder({cmdCancel, cmdOk, txtFillWith, txtStart, txtLength});
+
+    state().FillConfirmed = false;
+    state().FillByte = erasedByte;
+    connectHandlers();
+}
+
+void frmBufferFill::connectHandlers() {
+    connect(cmdOk, &QPushButton::clicked, this, &frmBufferFill::cmdOk_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void frmBufferFill::cmdOk_Click() {
+    const std::string with = txtFillWith->text().toStdString();
+    const auto start = StrictHex(txtStart->text().toStdString());
+    const auto length = StrictHex(txtLength->text().toStdString());
+    if (!start)
+        return refuse(txtStart, "The start is no hexadecimal number of one to four digits.");
+    if (!length)
+        return refuse(txtLength, "The length is no hexadecimal number of one to four digits.");
+    if (*start + *length - 1 > lastBufferIndex)
+        return refuse(txtLength, "The length reaches behind the end of the buffer: from " +
+                                     HexWord(*start) + "H on there is room for " +
+                                     HexDigits(lastBufferIndex + 1 - *start) + "H bytes.");
+    State& s = state();
+    if (!with.empty())
+        s.FillByte = static_cast<std::uint8_t>(TolerantHex(with));
+    s.FillStart = *start;
+    s.FillLength = *length;
+    s.FillConfirmed = true;
+    accept();
+}
+
+// The dialog stays open with the box in question selected.
+void frmBufferFill::refuse(QLineEdit* box, const std::string& cause) {
+    platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
+    box->setFocus();
+    box->selectAll();
+}

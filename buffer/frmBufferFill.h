@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+class QLineEdit;
+
+// What Buffer Fill writes and where. Leaves FillConfirmed, and on OK FillByte, FillStart and
+// FillLength, within the image.
+class frmBufferFill : public Form {
+    Q_OBJECT
+
+public:
+    explicit frmBufferFill(QWidget* owner);
+
+private:
+    void connectHandlers();
+    void cmdOk_Click();
+    void refuse(QLineEdit* box, const std::string& cause);
+
+    QLineEdit* txtFillWith;
+    QLineEdit* txtStart;
+    QLineEdit* txtLength;
+    QPushButton* cmdCancel;
+    QPushButton* cmdOk;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+class QListWidget;
+
+// Edits the Auto sequence. OK stores it in AutoCount and AutoList and at once in auto.cfg.
+class frmEditAuto : public Form {
+    Q_OBJECT
+
+public:
+    explicit frmEditAuto(QWidget* owner);
+
+private:
+    void connectHandlers();
+    void enableArrows();
+    void cmdMoveRight_Click();
+    void cmdMoveLeft_Click();
+    void cmdMoveLeftAll_Click();
+    void cmdOk_Click();
+
+    QListWidget* lstIn;  // the functions on offer
+    QListWidget* lstOut; // the sequence, in running order
+    QPushButton* cmdMoveRight;
+    QPushButton* cmdMoveLeft;
+    QPushButton* cmdMoveLeftAll;
+    QPushButton* cmdCancel;
+    QPushButton* cmdOk;
+};

@@ -1,0 +1,97 @@
+#include "shell/frmSelectDevice.h"
+
+#include "app/state.h"
+#include "link/find_programmer.h"
+
+#include <QListWidget>
+#include <QPainter>
+#include <QPushButton>
+
+using namespace modFunc;
+
+namespace {
+
+// An outline, one pixel wide, around the place it was given.
+class Outline : public QWidget {
+public:
+    Outline(QWidget* parent, const char* name, const QColor& colour, const Place& place)
+        : QWidget(parent), colour_(colour) {
+        setObjectName(QString::fromLatin1(name));
+        setGeometry(place.rect());
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setPen(colour_);
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+
+private:
+    QColor colour_;
+};
+
+} // namespace
+
+frmSelectDevice::frmSelectDevice(QWidget* owner)
+    : Form(owner, "frmSelectDevice", tr("Select Device"), 4215, 2895, Frame::TitleAndCloseBox) {
+    listDevice = addList(this, "listDevice", tr("Device"), {240, 120, 2055, 2595});
+    addSocket();
+    cmdOk = addButton(this, "cmdOk", tr("OK"), {2520, 2400, 735, 375});
+    cmdOk->setDefault(true);
+    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {3360, 2400, 735, 375});
+    followInTabOrder({listDevice, cmdOk, cmdCancel});
+
+    const State& s = state();
+    for (int row = 1; row <= s.DeviceCount; ++row)
+        listDevice->addItem(
+            QString::fromStdString(s.DeviceList.at(static_cast<std::size_t>(row)).Name));
+    listDevice->setCurrentRow(s.SelectedDevice - 1);
+    showOutline(s.SelectedDevice);
+    connectHandlers();
+}
+
+// The socket, and a chip in it at the lower end, whatever its length.
+void frmSelectDevice::addSocket() {
+    const QColor blue(0, 0, 255);
+    constexpr Place stroke{3565, 2040, 75, 120}; // five pixels wide, its middle at 3600
+    new Outline(this, "Shape1", palette().color(QPalette::WindowText), {3000, 120, 615, 1935});
+    new Shape(this, "Line1", palette().color(QPalette::WindowText), stroke);
+    shp1[1] = new Outline(this, "shp1(1)", blue, {3120, 240, 375, 1695});
+    shp1[2] = new Outline(this, "shp1(2)", blue, {3120, 960, 375, 975});
+    shp1[3] = new Outline(this, "shp1(3)", blue, {3120, 1560, 375, 375});
+    shp1[0] = new Outline(this, "shp1(0)", blue, {3240, 1800, 135, 135});
+}
+
+void frmSelectDevice::connectHandlers() {
+    connect(listDevice, &QListWidget::itemSelectionChanged, this,
+            &frmSelectDevice::listDevice_Click);
+    connect(listDevice, &QListWidget::itemDoubleClicked, this, &frmSelectDevice::cmdOk_Click);
+    connect(cmdOk, &QPushButton::clicked, this, &frmSelectDevice::cmdOk_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void frmSelectDevice::showOutline(int row) {
+    const int family = state().DeviceList.at(static_cast<std::size_t>(row)).Family;
+    const std::size_t visible = family < 10 ? 1 : family < 20 ? 2 : 3;
+    for (std::size_t outline = 1; outline < shp1.size(); ++outline)
+        shp1.at(outline)->setVisible(outline == visible);
+}
+
+// Catalogue row of the highlight; 0, the empty row, when there is none. A row that only has the
+// keyboard's focus is not highlighted.
+int frmSelectDevice::highlightedRow() const {
+    const auto selected = listDevice->selectedItems();
+    return selected.isEmpty() ? 0 : listDevice->row(selected.first()) + 1;
+}
+
+void frmSelectDevice::listDevice_Click() {
+    showOutline(highlightedRow());
+}
+
+void frmSelectDevice::cmdOk_Click() {
+    state().SelectedDevice = static_cast<std::int16_t>(highlightedRow());
+    ShowDevice();
+    accept();
+}

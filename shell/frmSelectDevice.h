@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+#include <array>
+
+class QListWidget;
+
+// The device catalogue, with a drawing of where the chip goes in the socket. OK or a double click
+// makes the highlighted device the selected one; the caller closes the buffer view then.
+class frmSelectDevice : public Form {
+    Q_OBJECT
+
+public:
+    explicit frmSelectDevice(QWidget* owner);
+
+private:
+    void addSocket();
+    void connectHandlers();
+    int highlightedRow() const;
+    void listDevice_Click();
+    void cmdOk_Click();
+    // Shows the chip outline for the family of a row of the catalogue.
+    void showOutline(int row);
+
+    QListWidget* listDevice;
+    QPushButton* cmdOk;
+    QPushButton* cmdCancel;
+    std::array<QWidget*, 4> shp1{}; // 0 the mark, then long, middle and short outline
+};

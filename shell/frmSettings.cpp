@@ -1,0 +1,59 @@
+#include "shell/frmSettings.h"
+
+#include "app/state.h"
+#include "platform/machine.h"
+
+#include <QComboBox>
+#include <QCompleter>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace modFunc;
+
+namespace {
+constexpr int portCount = 16;
+}
+
+frmSettings::frmSettings(QWidget* owner)
+    : Form(owner, "frmSettings", tr("Settings"), 2535, 1605, Frame::TitleAndCloseBox) {
+    auto* Frame1 = addFrame(this, "Frame1", tr("Select Port:"), {120, 120, 2055, 855});
+    cmbCOM = new QComboBox(Frame1);
+    cmbCOM->setObjectName(QStringLiteral("cmbCOM"));
+    cmbCOM->setGeometry(Place{360, 360, 1335, 315}.rect());
+    cmbCOM->setFont(sansFont());
+    cmbCOM->setAccessibleName(tr("Port"));
+    cmbCOM->setEditable(true);
+    cmbCOM->setInsertPolicy(QComboBox::NoInsert); // a typed text becomes no entry
+    cmbCOM->setCompleter(nullptr);                // nor does a part of one
+    cmbCOM->setMaxVisibleItems(portCount);
+    for (int port = 1; port <= portCount; ++port)
+        cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
+    cmbCOM->setCurrentIndex(state().ComPort - 1);
+    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {120, 1080, 975, 375});
+    cmdOk = addButton(this, "cmdOk", tr("OK"), {1200, 1080, 975, 375});
+    cmdOk->setDefault(true);
+    followInTabOrder({cmdCancel, cmdOk, cmbCOM});
+    connectHandlers();
+}
+
+void frmSettings::connectHandlers() {
+    connect(cmdOk, &QPushButton::clicked, this, &frmSettings::cmdOk_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+// The text decides: it may have been typed.
+void frmSettings::cmdOk_Click() {
+    const QString text = cmbCOM->currentText();
+    const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // but for case
+    if (entry < 0) {
+        platform::machine().msgBox.Show(
+            "Settings", "\"" + text.toStdString() + "\" is no port. Choose one of COM1 to COM16.",
+            platform::MessageBox::Icon::Critical);
+        cmbCOM->setFocus();
+        cmbCOM->lineEdit()->selectAll();
+        return;
+    }
+    state().ComPort = static_cast<std::int16_t>(entry + 1);
+    accept();
+}

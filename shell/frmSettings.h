@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/qt/form.h"
+
+class QComboBox;
+
+// The serial port. OK sets ComPort, 1..16; whoever opened the window looks for the box afterwards,
+// however it was left.
+class frmSettings : public Form {
+    Q_OBJECT
+
+public:
+    explicit frmSettings(QWidget* owner);
+
+private:
+    void connectHandlers();
+    void cmdOk_Click();
+
+    QComboBox* cmbCOM;
+    QPushButton* cmdCancel;
+    QPushButton* cmdOk;
+};
