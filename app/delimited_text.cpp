@@ -18,11 +18,13 @@ bool isLineEnd(char character) {
 
 // What stands in a file, short enough for a message.
 std::string shown(std::string_view item) {
-    constexpr std::size_t most = 40;
+    std::size_t most = 40;
     if (item.empty())
         return "nothing";
     if (item.size() <= most)
         return "\"" + std::string(item) + "\"";
+    while (most > 0 && (item[most] & 0xC0) == 0x80) // inside a UTF-8 character
+        --most;
     return "\"" + std::string(item.substr(0, most)) + "...\"";
 }
 

@@ -22,11 +22,13 @@ inline constexpr int lastHexRecord = 10000;
 struct State {
     // Program and device.
 
-    // Directory of all data files: the current directory at start. Written by Main.
+    // Directory of all data files: the current directory at start. Written by Main;
+    // read by DataFile and the port names.
     std::string AppPath;
     // Serial port number, 1..16. Written by ReadSettings, frmSettings; read by FindProgrammer.
     std::int16_t ComPort = 0;
-    // Rows of DeviceList in use, 0..50. Written by ReadSettings alone.
+    // Rows of DeviceList in use, 0..50. Written by ReadSettings alone; read by
+    // ReadDeviceList, frmSelectDevice, WriteSettings.
     std::int16_t DeviceCount = 0;
     // Row of DeviceList in use, 0..50. Written by ReadSettings, frmSelectDevice; read by all that
     // depends on the chip.
@@ -35,14 +37,17 @@ struct State {
     std::string ProgramVersion;
     // Release date text. Written by ReadSettings alone; shown by frmAbout.
     std::string ProgramDate;
-    // The device catalogue, rows 1..DeviceCount; row 0 stays empty. Written by Main.
+    // The device catalogue, rows 1..DeviceCount; row 0 stays empty. Written by
+    // ReadDeviceList; read through selectedDevice() and by frmSelectDevice.
     std::array<DeviceRec, lastDeviceRow + 1> DeviceList{};
-    // The family parameters, rows 0..50. Written by InitFamilyTable.
+    // The family parameters, rows 0..50. Written by InitFamilyTable; read through
+    // selectedFamily() by the device functions.
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
-    // Entries of the Auto sequence, 0..20. Written by ReadAutoFile; read by RunAuto.
+    // Entries of the Auto sequence, 0..20. Written by ReadAutoFile, frmEditAuto; read by RunAuto,
+    // frmEditAuto, WriteAutoFile.
     std::int16_t AutoCount = 0;
     // The Auto sequence, entries 1..AutoCount, each a function code 0..5; entry 0 is not used.
-    // Written by ReadAutoFile; read by RunAuto.
+    // Written and read as AutoCount.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.
@@ -70,20 +75,24 @@ struct State {
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
     // Data records in HexRecords. Written and read by OpenHexFile.
     std::int16_t HexRecordCount = 0;
-    // frmFileLoad ended with the type Intel HEX chosen. Written by frmFileLoad's OK.
+    // frmFileLoad ended with the type Intel HEX chosen. Written by frmFileLoad's OK;
+    // read by File Load and File Save.
     bool FileIsHex = false;
-    // frmFileLoad ended by Cancel. Written by frmFileLoad.
+    // frmFileLoad ended by Cancel. Written by frmFileLoad; read by File Load, File Save.
     bool FileCancelled = false;
-    // Lower limit on the file's addresses, 0 or above. Written by frmFileLoad's OK.
+    // Lower limit on the file's addresses, 0 or above. Written by frmFileLoad's OK; read by
+    // OpenHexFile, OpenBinFile.
     std::int32_t FileAddress = 0;
-    // Added to every file address, 0 or above. Written by frmFileLoad's OK.
+    // Added to every file address, 0 or above. Written by frmFileLoad's OK; read
+    // by OpenHexFile, OpenBinFile.
     std::int32_t BufferAddress = 0;
 
     // Programmer link.
 
-    // The frame being sent. Written by Send.
+    // The frame being sent. Written and read by SendAndWait.
     Bytes TxFrame;
-    // The bytes last taken from the port. Written by every read of the port.
+    // The bytes last taken from the port. Written by every read of the port; read by
+    // the device functions and FindProgrammer.
     Bytes RxText;
     // The same bytes where a caller examines them, index 0 first. Written by the device functions
     // that look at a reply and by FindProgrammer.
@@ -92,7 +101,7 @@ struct State {
     // WaitReply.
     std::int16_t RxExpected = 0;
     // totmr has ticked since this was last cleared. Set by totmr_Timer; cleared by WaitReply,
-    // FindProgrammer and the splash.
+    // FindProgrammer and the splash; read by these and the functions that look at time-outs.
     bool TimedOut = false;
     // The box answered at discovery. Written by FindProgrammer; read by frmFunction.
     bool ProgrammerFound = false;

@@ -4,6 +4,7 @@
 #include "buffer/buffer_view.h"
 #include "files/hex_file.h"
 #include "platform/file_error.h"
+#include "platform/files.h"
 #include "platform/machine.h"
 
 #include <algorithm>
@@ -28,6 +29,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // For reading and writing, not cut; made when there is none.
 File openForBoth() {
+    platform::RefuseSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();
     std::FILE* file = std::fopen(name, "r+b");
     if (!file && errno == ENOENT)

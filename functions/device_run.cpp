@@ -1,6 +1,7 @@
 #include "functions/device_run.h"
 
 #include "app/state.h"
+#include "link/exchange.h"
 #include "link/frames.h"
 #include "platform/machine.h"
 
@@ -16,7 +17,10 @@ bool runUnderWay = false;
 
 struct UnderWayMark {
     UnderWayMark() { runUnderWay = true; }
-    ~UnderWayMark() { runUnderWay = false; }
+    ~UnderWayMark() {
+        runUnderWay = false;
+        machine().tmrWait.Tick = nullptr; // it names the run
+    }
     UnderWayMark(const UnderWayMark&) = delete;
     UnderWayMark& operator=(const UnderWayMark&) = delete;
 };
@@ -31,8 +35,9 @@ bool DeviceRun::UnderWay() {
 }
 
 void DeviceRun::Run(int index) {
-    if (UnderWay())
+    if (LinkInUse())
         return;
+    const LinkUse use;
     const UnderWayMark mark;
     machine().tmrWait.Tick = [this] { tmrWait_Timer(); };
 
@@ -46,15 +51,20 @@ void DeviceRun::Run(int index) {
     try {
         RunFunction(index);
     } catch (...) {
-        machine().cm.Output(SuppliesOffFrame());
-        machine().cm.Output(ReleaseFrame());
+        PowerDownIfUnderWay();
         throw;
     }
-    machine().tmrWait.Tick = nullptr;
     if (window_) {
         window_->EnableRun(true);
         window_->EnableClose(true);
     }
+}
+
+void DeviceRun::PowerDownIfUnderWay() {
+    if (!UnderWay())
+        return;
+    machine().cm.Output(SuppliesOffFrame());
+    machine().cm.Output(ReleaseFrame());
 }
 
 void DeviceRun::RunFunction(int index) {

@@ -39,11 +39,15 @@ public:
 
     // Runs what stands at `index` of listFunction against the selected device and returns when its
     // last frame and pause are over. An index outside 0..6 runs nothing. While a run is under way
-    // nothing happens. Should an error escape, the power-down frames go out before it is passed on.
+    // nothing happens, and while discovery has the link. Should an error escape, the power-down
+    // frames go out before it is passed on.
     void Run(int index);
 
     // A run is between its start and its end, on whatever window.
     static bool UnderWay();
+    // For an error that no one handles: while a run is under way, sends the two power-down frames
+    // without waiting for a reply, since the event queue can no longer be trusted.
+    static void PowerDownIfUnderWay();
 
 private:
     // Fields named as the window's own; their ranges in parentheses.

@@ -9,6 +9,22 @@ namespace modFunc {
 
 using platform::machine;
 
+namespace {
+bool inUse = false;
+}
+
+LinkUse::LinkUse() {
+    inUse = true;
+}
+
+LinkUse::~LinkUse() {
+    inUse = false;
+}
+
+bool LinkInUse() {
+    return inUse;
+}
+
 void totmr_Timer() {
     state().TimedOut = true;
     machine().totmr.setEnabled(false);

@@ -11,6 +11,17 @@ namespace modFunc {
 
 inline constexpr int replyTimeoutMs = 1000;
 
+// Marks the link as in use, by discovery or by a run, for as long as it lives. While it is, no
+// other use begins and the main window takes no input.
+class LinkUse {
+public:
+    LinkUse();
+    ~LinkUse();
+    LinkUse(const LinkUse&) = delete;
+    LinkUse& operator=(const LinkUse&) = delete;
+};
+bool LinkInUse();
+
 // Tick of totmr: sets TimedOut and stops the timer, which is thus a one-shot.
 void totmr_Timer();
 

@@ -2,6 +2,7 @@
 
 #include "app/hex_text.h"
 #include "app/state.h"
+#include "link/exchange.h"
 #include "link/frames.h"
 #include "platform/machine.h"
 
@@ -51,6 +52,7 @@ void ShowDevice() {
 }
 
 void FindProgrammer() {
+    const LinkUse use;
     State& s = state();
     auto& m = machine();
     const std::string port = std::to_string(s.ComPort);
@@ -67,9 +69,11 @@ void FindProgrammer() {
         return;
     }
 
-    if (m.cm.InBufferCount() == identifyReplyBytes) {
-        s.RxText = m.cm.Input();
-        s.RxBytes = s.RxText;
+    const bool complete = m.cm.InBufferCount() == identifyReplyBytes;
+    if (complete)
+        s.RxText = m.cm.Input(); // the line may be lost, or one byte more come, between the two
+    if (complete && s.RxText.size() >= identifyReplyBytes) {
+        s.RxBytes.assign(s.RxText.begin(), s.RxText.begin() + identifyReplyBytes);
         m.msgBox.Show("Device Found!", "Firmware: " + characters(s.RxBytes), Icon::Information);
         s.ProgrammerFound = true;
     } else {

@@ -10,6 +10,10 @@ namespace platform {
 // wrongly picked disk image from filling the memory.
 inline constexpr std::size_t largestTextFile = 16u * 1024 * 1024;
 
+// Throws FileError for a path that is there and no ordinary file: a device or a pipe would keep the
+// program waiting.
+void RefuseSpecialFile(const std::string& path);
+
 // The contents of a file, byte for byte. Throws FileError when it cannot be opened or read, or is
 // larger than largestTextFile.
 std::string ReadWholeFile(const std::string& path);

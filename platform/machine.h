@@ -45,7 +45,8 @@ struct SerialPort {
     virtual Bytes Input() = 0;
 };
 
-// A repeating timer. Its ticks come out of EventQueue::Yield alone.
+// A repeating timer. Its ticks are events: they come out of EventQueue::Yield and of the loops of
+// message boxes and dialogs.
 struct Timer {
     virtual ~Timer() = default;
     // Milliseconds, at least 1. A running timer starts counting anew.
@@ -90,7 +91,7 @@ struct FileDialog {
 };
 
 // The machine as the core sees it: the controls of the main window and of the function window
-// that have no picture. Whoever starts the program fills it in before anything of the core runs.
+// that have no picture. Whoever starts the program makes it before the main window.
 struct Machine {
     SerialPort& cm;
     Timer& totmr;   // reply time-out, and the splash

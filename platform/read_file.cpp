@@ -5,11 +5,20 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 namespace platform {
 
+void RefuseSpecialFile(const std::string& path) {
+    std::error_code none;
+    const auto status = std::filesystem::status(path, none);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw FileError(path + ": is no ordinary file");
+}
+
 std::string ReadWholeFile(const std::string& path) {
+    RefuseSpecialFile(path);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                                &std::fclose);
     if (!file)

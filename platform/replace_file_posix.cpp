@@ -30,9 +30,9 @@ public:
             unlink(name_.c_str());
     }
 
+    // Not every file system has permissions, and the contents count for more.
     void setPermissions(mode_t mode) {
-        if (fchmod(descriptor_, mode) != 0)
-            fail("cannot be given its permissions");
+        [[maybe_unused]] const int ignored = fchmod(descriptor_, mode);
     }
 
     void write(std::string_view contents) {
@@ -69,16 +69,22 @@ private:
     bool renamed_ = false;
 };
 
+// The file that a chain of symbolic links leads to, whether it exists or not.
+std::filesystem::path linkedTarget(std::filesystem::path path) {
+    constexpr int longestChain = 40;
+    for (int links = 0; links < longestChain && std::filesystem::is_symlink(path); ++links)
+        path = path.parent_path() / std::filesystem::read_symlink(path);
+    return path;
+}
+
 // The permissions that the new file gets: the old one's, or ordinary ones. What must not be written
-// or is no ordinary file is not replaced, though renaming over it would work.
+// is not replaced, though renaming over it would work.
 mode_t permissionsFor(const std::string& target) {
     constexpr mode_t all = 07777;
     constexpr mode_t ordinary = 0644;
     struct stat old {};
     if (stat(target.c_str(), &old) != 0)
         return ordinary;
-    if (!S_ISREG(old.st_mode))
-        throw FileError(target + ": cannot be replaced: it is no ordinary file");
     if (access(target.c_str(), W_OK) != 0)
         throw FileError(target + ": cannot be written: " + std::strerror(errno));
     return old.st_mode & all;
@@ -97,11 +103,8 @@ void syncDirectory(const std::filesystem::path& directory) {
 } // namespace
 
 void ReplaceFile(const std::string& path, std::string_view contents) {
-    std::error_code none;
-    std::filesystem::path target = std::filesystem::canonical(path, none);
-    if (none)
-        target = path;
-
+    const std::filesystem::path target = linkedTarget(path);
+    RefuseSpecialFile(target.string());
     const mode_t permissions = permissionsFor(target.string());
     TemporaryFile file(target.string());
     file.setPermissions(permissions);

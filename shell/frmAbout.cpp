@@ -26,7 +26,9 @@ frmAbout::frmAbout(QWidget* owner, Purpose purpose)
                               QStringLiteral("Comic Relief"), QStringLiteral("DejaVu Sans")};
     QFont title = firstInstalled(hand, points24);
     title.setBold(true);
-    QFont subtitle = sansFont(points12);
+    QFont subtitle = firstInstalled({QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
+                                     QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans")},
+                                    points12);
     subtitle.setBold(true);
     QFont link = sansFont(points9_75);
     link.setUnderline(true);
@@ -52,7 +54,11 @@ frmAbout::frmAbout(QWidget* owner, Purpose purpose)
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1920, 2520, 855, 375});
     cmdOk->setDefault(true);
     cmdOk->setVisible(purpose == Purpose::About);
-    connect(cmdOk, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cmdOk, &QPushButton::clicked, this, &frmAbout::cmdOk_Click);
+}
+
+void frmAbout::cmdOk_Click() {
+    accept();
 }
 
 void frmAbout::reject() {

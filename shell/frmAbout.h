@@ -13,5 +13,7 @@ public:
     void reject() override; // the splash cannot be closed by hand
 
 private:
+    void cmdOk_Click();
+
     QPushButton* cmdOk;
 };

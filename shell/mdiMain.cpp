@@ -8,7 +8,6 @@
 #include "files/binary_file.h"
 #include "files/frmFileLoad.h"
 #include "files/hex_file.h"
-#include "functions/device_run.h"
 #include "functions/frmFunction.h"
 #include "link/exchange.h"
 #include "link/find_programmer.h"
@@ -62,7 +61,7 @@ mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(thi
     addStatusBar();
     // The stored size is that of the client area, below the menu bar.
     resize(pixels(11070), pixels(6900) + menuBar()->sizeHint().height());
-    new InputBlock(this, [] { return DeviceRun::UnderWay(); });
+    new InputBlock(this, LinkInUse);
     connectHandlers();
 
     useBufferView(this);
@@ -85,6 +84,7 @@ QAction* mdiMain::addEntry(QMenu* menu, const char* name, const QString& caption
 }
 
 void mdiMain::addMenus() {
+    menuBar()->setNativeMenuBar(false); // a desktop's own bar would go round what blocks input
     struct Entry {
         const char* name;
         QString caption; // "-" for a separator
@@ -172,8 +172,7 @@ void mdiMain::connectHandlers() {
     on("OptionsEditAuto", &mdiMain::OptionsEditAuto_Click);
     on("OptionsSettings", &mdiMain::OptionsSettings_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
-    connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
-            &QWidget::close);
+    on("FileExit", &mdiMain::FileExit_Click);
 }
 
 void mdiMain::Load() {
@@ -195,7 +194,7 @@ void mdiMain::Load() {
 }
 
 void mdiMain::closeEvent(QCloseEvent* event) {
-    if (DeviceRun::UnderWay()) {
+    if (LinkInUse()) {
         closeRequested_ = true;
         event->ignore();
         return;
@@ -229,6 +228,10 @@ void mdiMain::FileSave_Click() {
     }
 }
 
+void mdiMain::FileExit_Click() {
+    close();
+}
+
 void mdiMain::BufferEdit_Click() {
     Reopen();
 }
@@ -259,6 +262,11 @@ void mdiMain::DeviceSelect_Click() {
 // before.
 void mdiMain::DeviceFunction_Click() {
     frmFunction(this).exec();
+    closeIfRequested();
+}
+
+// Carries out a request to close that came while the link was in use.
+void mdiMain::closeIfRequested() {
     if (closeRequested_)
         close();
 }
@@ -271,6 +279,7 @@ void mdiMain::OptionsEditAuto_Click() {
 void mdiMain::OptionsSettings_Click() {
     frmSettings(this).exec();
     FindProgrammer();
+    closeIfRequested();
 }
 
 void mdiMain::HelpAbout_Click() {

@@ -26,7 +26,7 @@ public:
 
 protected:
     // Unloads the window: the settings are written and the program ends. While a run goes on the
-    // request is kept until its last frame.
+    // request is kept until its last frame, and while discovery waits.
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -34,9 +34,11 @@ private:
     QAction* addEntry(QMenu* menu, const char* name, const QString& caption);
     void addStatusBar();
     void connectHandlers();
+    void closeIfRequested();
 
     void FileLoad_Click();
     void FileSave_Click();
+    void FileExit_Click();
     void BufferEdit_Click();
     void BufferClear_Click();
     void BufferFill_Click();

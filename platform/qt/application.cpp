@@ -1,32 +1,41 @@
 #include "platform/qt/application.h"
 
-#include <QMessageBox>
+#include "platform/qt/qt_machine.h"
+
+#include <QSettings>
 
 #include <cstdlib>
-
-namespace {
-constexpr int failureStatus = 1;
-}
+#include <exception>
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
     setApplicationDisplayName(QString()); // captions stand as they are given
     setQuitOnLastWindowClosed(false);     // message boxes come before the main window; it ends us
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings_.path());
 }
 
 bool Application::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
-    } catch (const std::exception& error) {
+    } catch (...) {
         // Nothing below can be trusted to unwind through the event loops that are under way.
-        std::_Exit(reportError(error));
+        if (beforeReport)
+            beforeReport();
+        const int status = reportError();
+        settings_.remove();
+        std::_Exit(status);
     }
 }
 
-int Application::reportError(const std::exception& error) {
-    QMessageBox box(QMessageBox::Critical, QStringLiteral("QUORVEN"),
-                    QString::fromUtf8(error.what()), QMessageBox::Ok, QApplication::activeWindow());
-    box.setTextFormat(Qt::PlainText);
-    box.exec();
+int Application::reportError() {
+    constexpr int failureStatus = 1;
+    std::string cause = "An error of unknown kind.";
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        cause = error.what();
+    } catch (...) { // the words above
+    }
+    QtMessageBox().Show("QUORVEN", cause, platform::MessageBox::Icon::Critical);
     return failureStatus;
 }

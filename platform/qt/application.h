@@ -2,7 +2,10 @@
 
 #include <QApplication>
 
-#include <exception>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <string>
 
 // The application, with the one place where errors end that nothing else has handled.
 class Application : public QApplication {
@@ -11,9 +14,16 @@ class Application : public QApplication {
 public:
     Application(int& argc, char** argv);
 
-    // An error that escapes an event handler is reported and ends the program with status 1.
+    // An error that escapes an event handler: beforeReport runs, the cause is reported and the
+    // program ends with status 1.
     bool notify(QObject* receiver, QEvent* event) override;
+    std::function<void()> beforeReport;
 
-    // Shows the cause in a critical message box; returns the exit status.
-    static int reportError(const std::exception& error);
+    // Shows the cause of the error being handled in a critical message box; returns the exit
+    // status. To be called in a catch clause.
+    static int reportError();
+
+private:
+    // Qt's file dialog stores where it was last; this program keeps no state but its own files.
+    QTemporaryDir settings_;
 };

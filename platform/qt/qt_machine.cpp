@@ -4,6 +4,7 @@
 #include "platform/port_names.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -32,10 +33,27 @@ void QtEventQueue::Yield() {
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
+namespace {
+
+// The window that a message box belongs to, even when another program is the active one: a box
+// that hides behind its window would keep the socket powered.
+QWidget* boxOwner() {
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    if (QWidget* modal = QApplication::activeModalWidget())
+        return modal;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->inherits("QMainWindow"))
+            return window;
+    return nullptr;
+}
+
+} // namespace
+
 void QtMessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
     QMessageBox box(icon == Icon::Critical ? QMessageBox::Critical : QMessageBox::Information,
                     QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
-                    QApplication::activeWindow());
+                    boxOwner());
     box.setTextFormat(Qt::PlainText); // the text may come from the box or a file
     box.exec();
 }
@@ -62,7 +80,9 @@ bool QtFileDialog::show(bool saving) {
     dialog.setFileMode(QFileDialog::AnyFile);
     if (auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
         name->setMaxLength(longestName);
-    if (!FileName.empty())
+    if (FileName.empty())
+        dialog.setDirectory(QDir::currentPath());
+    else
         dialog.selectFile(QFile::decodeName(FileName.c_str()));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return false;

@@ -83,6 +83,14 @@ TEST_F(Discovery, TellsThePortsOwnErrorAndLeavesTheDevicePanels) {
     EXPECT_EQ(vm.panels[3], "Size:");
 }
 
+TEST_F(Discovery, KeepsARunFromStartingMeanwhile) {
+    vm.at(50, [this] { run(Erase); });
+    FindProgrammer();
+    EXPECT_TRUE(state().ProgrammerFound);
+    EXPECT_EQ(frames().size(), 1U);
+    EXPECT_EQ(window.buttons, "");
+}
+
 TEST_F(Discovery, RunsAgainOnAnOpenPortAndMayLoseTheBox) {
     FindProgrammer();
     state().ComPort = 8;
