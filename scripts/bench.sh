@@ -60,7 +60,7 @@ leave() {
         local deadline=$(($(now_ms) + 1000))
         while (($(now_ms) < deadline)); do
             if ended "$program_pid"; then
-                expect_status 0 "$program_pid" quorven >&2
+                expect_status 0 "$program_pid" quorven >/dev/null
                 return
             fi
         done
@@ -70,8 +70,8 @@ leave() {
 
 memory_kb() { awk -v item="$2:" '$1 == item { print $2 }' "$1"; }
 
-# From the trace: bytes both ways from the run's first frame ("set supplies") on, as time on the
-# wire; and the time from that frame's first bit to the end of the last reply. A frame's time in
+# Two words, from the trace: the time from the first bit of the run's first frame ("set supplies")
+# to the end of its last reply, and what all bytes both ways take on the wire. A frame's time in
 # the trace is that of its last byte. Both in milliseconds, without the pause at the end.
 run_and_wire_ms() {
     awk '
@@ -87,7 +87,7 @@ run_and_wire_ms() {
     ' "$folder/trace.txt"
 }
 
-# Two words: run, wire. The pauses: 500 and 200 ms before the blocks, 500 ms behind the last reply.
+# note_run RUN WIRE. The pauses: 500 and 200 ms before the blocks, 500 ms behind the last reply.
 note_run() {
     run_ms+=($(($1 + 500)))
     wire_ms+=($(($2 + 500 + 200 + 500)))
@@ -118,7 +118,7 @@ close_function_window() {
 }
 
 measure_program_run() {
-    local before after began
+    local before after began run wire
     rm -f "$folder/chip.bin"
     start_box build/simbox "$folder" --fill FF --chip "$folder/chip.bin"
     start_measured
@@ -138,21 +138,22 @@ measure_program_run() {
     pss_kb+=("$(memory_kb "/proc/$program_pid/smaps_rollup" Pss)")
 
     leave
-    stop_box >&2
+    stop_box >/dev/null
     cmp "$folder/chip.bin" tests/images/full64k.bin || fail "the chip is not what the image says"
-    note_run $(run_and_wire_ms)
+    read -r run wire <<<"$(run_and_wire_ms)"
+    note_run "$run" "$wire"
 }
 
 measure_start() {
     start_box build/simbox "$folder" --fill FF
     start_measured
     leave
-    stop_box >&2
+    stop_box >/dev/null
 }
 
 median() { printf '%s\n' "$@" | sort -n | sed -n "$((($# + 1) / 2))p"; }
 tenths() { printf '%d.%d' $(($1 / 10)) $(($1 % 10)); }
-row() { printf '%-44s %12s %12s %8s\n' "$@"; }
+row() { printf '%-48s %10s %10s %6s\n' "$@"; }
 
 print_table() {
     local run wire

@@ -6,6 +6,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/setup.sh
 
+code_folders=(app link functions buffer files shell platform simbox)
 results=$PWD/build/ci/results.xml
 test_status=0
 format_status=0
@@ -22,13 +23,18 @@ run_tests() {
         --output-junit "$results" </dev/null || test_status=$?
 }
 
-# Files of the repository; new ones too, before they are known to git.
-sources() { git ls-files --cached --others --exclude-standard -- "$@"; }
+# Sources under the given folders, those that there are.
+sources() {
+    local folder
+    for folder in "$@"; do
+        [[ ! -d $folder ]] || find "$folder" -name '*.cpp' -o -name '*.h'
+    done
+}
 
 check_format() {
     echo
     local files
-    mapfile -t files < <(sources '*.cpp' '*.h')
+    mapfile -t files < <(sources "${code_folders[@]}" tests bench)
     if clang-format --dry-run -Werror "${files[@]}"; then
         echo "formatting: ${#files[@]} files as .clang-format has them"
     else
@@ -42,8 +48,8 @@ code_lines() { sources "$@" | xargs -r -d '\n' cat | grep -cvE '^[[:space:]]*(//
 
 show_test_share() {
     local code tests
-    code=$(code_lines {app,link,functions,buffer,files,shell,platform,simbox}/'*.'{cpp,h})
-    tests=$(code_lines tests/'*.'{cpp,h})
+    code=$(code_lines "${code_folders[@]}")
+    tests=$(code_lines tests)
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 

@@ -24,7 +24,7 @@ start_program() {
     program_pid=$!
 }
 enter_and_run() {
-    cd "$1"
+    cd "$1" || exit
     on_screen "$2"
 }
 

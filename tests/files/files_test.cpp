@@ -1,30 +1,38 @@
+#include "files/binary_file.h"
 #include "files/hex_file.h"
 
 #include "platform/file_error.h"
 #include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
 
+#include <algorithm>
+#include <csignal>
+#include <random>
+#include <sys/resource.h>
+#include <tuple>
+
 using namespace modFunc;
 
 namespace {
 
-class HexFile : public RunTest {
+class Files : public RunTest {
 protected:
-    HexFile() {
+    Files() {
         state().BufferData.assign(70001, 0xFF);
         vm.panels[4] = "File:";
     }
-    // True when the load ended without an error.
-    bool load(const std::string& path) {
+    // True when the command ended without an error.
+    bool attempt(void (*command)(), const std::string& path) {
         vm.fileName() = path;
         try {
-            OpenHexFile();
+            command();
             return true;
         } catch (const platform::FileError& error) {
             cause = error.what();
             return false;
         }
     }
+    bool load(const std::string& path) { return attempt(OpenHexFile, path); }
     bool loadText(const std::string& text) {
         folder.write("a.hex", text);
         return load(folder.file("a.hex"));
@@ -44,7 +52,7 @@ constexpr char end[] = ":00000001FF\r\n";
 
 } // namespace
 
-TEST_F(HexFile, LoadsRealFilesToTheirBytes) {
+TEST_F(Files, LoadsRealFilesToTheirBytes) {
     for (const std::string name : {"firmware", "full64k", "mixed"}) {
         state().BufferData.assign(70001, 0xFF);
         viewReopened = 0;
@@ -63,7 +71,7 @@ TEST_F(HexFile, LoadsRealFilesToTheirBytes) {
     EXPECT_TRUE(load(SHIPPED_DATA "/sample.hex")) << cause;
 }
 
-TEST_F(HexFile, AnyOtherRecordTypeEndsTheFileAsASuccess) {
+TEST_F(Files, AnyOtherRecordTypeEndsTheFileAsASuccess) {
     EXPECT_TRUE(load(TEST_FILES "/images/starts-with-04.hex"));
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
     EXPECT_EQ(viewReopened, 1);
@@ -73,7 +81,7 @@ TEST_F(HexFile, AnyOtherRecordTypeEndsTheFileAsASuccess) {
     EXPECT_EQ(state().BufferData[0x10], 1);
 }
 
-TEST_F(HexFile, OffsetsCutBelowAndMoveUp) {
+TEST_F(Files, OffsetsCutBelowAndMoveUp) {
     state().FileAddress = 0x12;
     state().BufferAddress = 0x1000;
     EXPECT_TRUE(loadText(std::string(good) + end));
@@ -87,14 +95,14 @@ TEST_F(HexFile, OffsetsCutBelowAndMoveUp) {
     EXPECT_TRUE(loadText(std::string(good) + end)); // nothing is left to place
 }
 
-TEST_F(HexFile, LaterRecordsWinAndOddFormsLoad) {
+TEST_F(Files, LaterRecordsWinAndOddFormsLoad) {
     EXPECT_TRUE(loadText("x0100100001EE,:02001000aabb89\n:00FFFF0002\r  ?00000001FF"));
     EXPECT_EQ(state().BufferData[0x10], 0xAA);
     EXPECT_EQ(state().BufferData[0x11], 0xBB);
     EXPECT_EQ(state().BufferData[0x12], 0xFF);
 }
 
-TEST_F(HexFile, WhatCannotBeRightChangesNothing) {
+TEST_F(Files, WhatCannotBeRightChangesNothing) {
     const std::string data51 = ":33000000" + std::string(102, '0') + "CD\r\n";
     const std::string data52 = ":34000000" + std::string(104, '0') + "CC\r\n";
     ASSERT_TRUE(loadText(data51 + end)) << cause;
@@ -142,7 +150,7 @@ TEST_F(HexFile, WhatCannotBeRightChangesNothing) {
     }
 }
 
-TEST_F(HexFile, EveryBumpedOrCutByteOfARecordIsNoticedOrHarmless) {
+TEST_F(Files, EveryBumpedOrCutByteOfARecordIsNoticedOrHarmless) {
     // A good record changed in one place: either refused, or the byte is one that no rule looks at.
     const std::string record = good;
     for (std::size_t at = 1; at < record.size() - 2; ++at) {
@@ -163,7 +171,7 @@ TEST_F(HexFile, EveryBumpedOrCutByteOfARecordIsNoticedOrHarmless) {
     }
 }
 
-TEST_F(HexFile, ATargetBehindTheImageStopsThereAndKeepsWhatWasPlaced) {
+TEST_F(Files, ATargetBehindTheImageStopsThereAndKeepsWhatWasPlaced) {
     state().BufferAddress = 70000 - 0x12;
     EXPECT_FALSE(loadText(std::string(good) + end));
     EXPECT_NE(cause.find("record 1: reaches behind the end of the image"), std::string::npos);
@@ -171,6 +179,111 @@ TEST_F(HexFile, ATargetBehindTheImageStopsThereAndKeepsWhatWasPlaced) {
     EXPECT_EQ(state().BufferData[70000], 3);
     EXPECT_EQ(vm.panels[4], "File:");
     EXPECT_EQ(viewReopened, 0);
+}
+
+TEST_F(Files, SavesTheDeviceInRecordsOfSixteen) {
+    device(1, 40);
+    for (int i = 0; i < 16; ++i)
+        state().BufferData[std::size_t(16 + i)] = std::uint8_t(i * 17);
+    const std::string blank = std::string(32, 'F');
+    folder.write("a.hex",
+                 "what was there before, and longer than what comes\n" + blank + blank + blank);
+    state().FileAddress = state().BufferAddress = 5; // no matter
+    EXPECT_TRUE(attempt(SaveHexFile, folder.file("a.hex")));
+    EXPECT_EQ(folder.read("a.hex"), ":10000000" + blank + "00\r\n" +
+                                        ":1000100000112233445566778899AABBCCDDEEFFE8\r\n" +
+                                        ":10002000" + blank + "E0\r\n:00000001FF\r\n");
+    EXPECT_EQ(vm.panels[4], "File: " + folder.file("a.hex"));
+    EXPECT_EQ(viewReopened, 0);
+}
+
+TEST_F(Files, WhatIsSavedLoadsBackTheSame) {
+    std::mt19937 random(3);
+    for (const auto& [save, open, name] : {std::tuple(&SaveHexFile, &OpenHexFile, "a.hex"),
+                                           std::tuple(&SaveBinFile, &OpenBinFile, "a.bin")}) {
+        for (const std::int32_t size : {256, 65536}) {
+            device(1, size);
+            std::ranges::generate(state().BufferData, [&] { return std::uint8_t(random()); });
+            Bytes saved(state().BufferData.begin(), state().BufferData.begin() + size);
+            ASSERT_TRUE(attempt(save, folder.file(name)));
+            state().BufferData.assign(70001, 0x55);
+            ASSERT_TRUE(attempt(open, folder.file(name)));
+            saved.resize(70001, 0x55);
+            EXPECT_EQ(state().BufferData, saved) << name << ", " << size;
+        }
+    }
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.bin", "a.hex"}));
+}
+
+TEST_F(Files, AFullDiskLeavesTheOldFileWhole) {
+    device(1, 4096);
+    folder.write("a.hex", good);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t limit : {0, 1, 4096, 11000}) {
+        rlimit old{};
+        getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit small{limit, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        const bool saved = attempt(SaveHexFile, folder.file("a.hex"));
+        setrlimit(RLIMIT_FSIZE, &old);
+        EXPECT_FALSE(saved);
+        EXPECT_EQ(folder.read("a.hex"), good);
+        EXPECT_EQ(folder.names(), std::vector<std::string>{"a.hex"});
+        EXPECT_EQ(vm.panels[4], "File:");
+    }
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_FALSE(attempt(SaveHexFile, folder.file("no folder/a.hex")));
+    std::filesystem::create_symlink("b.hex", folder.file("link")); // to a file yet to come
+    EXPECT_TRUE(attempt(SaveHexFile, folder.file("link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
+    EXPECT_EQ(folder.read("b.hex").substr(0, 9), ":10000000");
+}
+
+TEST_F(Files, BinaryLoadsPlaceEachByteByItsOffset) {
+    struct Case {
+        std::size_t length;
+        std::int32_t fileAddress, bufferAddress;
+        bool ends;                // as a success
+        std::size_t first, count; // of the bytes that changed
+    };
+    const Case cases[] = {{300, 0, 0, true, 0, 300},      {300, 16, 0x1000, true, 0x1010, 284},
+                          {300, 300, 0, true, 0, 0},      {300, 2147483647, 2147483647, true, 0, 0},
+                          {0, 0, 0, true, 0, 0},          {70001, 0, 0, true, 0, 70001},
+                          {70002, 0, 0, false, 0, 70001}, {300, 0, 69900, false, 69900, 101},
+                          {300, 0, 70001, false, 0, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << c.length << ", " << c.fileAddress << ", " << c.bufferAddress);
+        state().BufferData.assign(70001, 0xFF);
+        state().FileAddress = c.fileAddress;
+        state().BufferAddress = c.bufferAddress;
+        vm.panels[4] = "File:";
+        viewReopened = 0;
+        std::string contents(c.length, '\0');
+        for (std::size_t i = 0; i < c.length; ++i)
+            contents[i] = char(i % 251);
+        folder.write("a.bin", contents);
+        EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), c.ends);
+        Bytes expected(70001, 0xFF);
+        for (std::size_t i = 0; i < c.count; ++i)
+            expected[c.first + i] = std::uint8_t((std::size_t(c.fileAddress) + i) % 251);
+        EXPECT_EQ(state().BufferData, expected);
+        EXPECT_EQ(vm.panels[4] != "File:", c.ends);
+        EXPECT_EQ(viewReopened, c.ends ? 1 : 0);
+    }
+    EXPECT_TRUE(attempt(OpenBinFile, folder.file("new.bin")));
+    EXPECT_EQ(folder.read("new.bin"), "");
+    EXPECT_FALSE(attempt(OpenBinFile, folder.path()));
+    EXPECT_FALSE(attempt(OpenBinFile, "/dev/zero"));
+}
+
+TEST_F(Files, BinarySaveKeepsTheTailOfALongerFile) {
+    device(1, 2048);
+    folder.write("a.bin", std::string(4096, 'x'));
+    EXPECT_TRUE(attempt(SaveBinFile, folder.file("a.bin")));
+    EXPECT_EQ(folder.read("a.bin"), std::string(2048, '\xFF') + std::string(2048, 'x'));
+    EXPECT_EQ(viewReopened, 0);
+    EXPECT_FALSE(attempt(SaveBinFile, "/dev/full"));
 }
 
 TEST(HexFileName, TheLastThreeLettersProposeTheType) {
