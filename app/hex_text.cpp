@@ -1,12 +1,27 @@
 #include "app/hex_text.h"
 
+#include <array>
 #include <limits>
 
 namespace modFunc {
 
 namespace {
 constexpr char digits[] = "0123456789ABCDEF";
-}
+
+// By character code; -1 for what is no digit. A table, since files of a hundred thousand digits are
+// read through it.
+constexpr std::array<std::int8_t, 256> digitValues = [] {
+    std::array<std::int8_t, 256> values{};
+    values.fill(-1);
+    for (std::int8_t value = 0; value < 16; ++value) {
+        const char digit = digits[value];
+        values[static_cast<std::uint8_t>(digit)] = value;
+        if (value >= 10)
+            values[static_cast<std::uint8_t>(digit - 'A' + 'a')] = value;
+    }
+    return values;
+}();
+} // namespace
 
 std::string HexByte(std::uint8_t value) {
     return {digits[value >> 4], digits[value & 15]};
@@ -30,13 +45,7 @@ std::string HexWord(std::int32_t value) {
 }
 
 int HexDigitValue(char character) {
-    if (character >= '0' && character <= '9')
-        return character - '0';
-    if (character >= 'A' && character <= 'F')
-        return character - 'A' + 10;
-    if (character >= 'a' && character <= 'f')
-        return character - 'a' + 10;
-    return -1;
+    return digitValues[static_cast<std::uint8_t>(character)];
 }
 
 std::int32_t TolerantHex(std::string_view text) {

@@ -22,7 +22,7 @@ DelimitedReader openDataFile(const char* name) {
 
 // Settings texts are written back in double quotes at exit, which a quote inside would break.
 std::string settingsText(DelimitedReader& reader, const char* meaning) {
-    const std::string text(reader.NextString(meaning));
+    std::string text(reader.NextString(meaning));
     if (text.find('"') != std::string::npos)
         reader.Refuse(meaning, "a text without double quotes inside", text);
     return text;

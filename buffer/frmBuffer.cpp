@@ -102,8 +102,9 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
 }
 
 void PageBox::showPage(const std::string& text) {
+    const int lineHeight = (height() - 2 * frameWidth()) / shownLines;
     QTextBlockFormat line;
-    line.setLineHeight((height() - 2 * frameWidth()) / shownLines, QTextBlockFormat::FixedHeight);
+    line.setLineHeight(lineHeight, QTextBlockFormat::FixedHeight);
     QTextCursor all(document());
     all.beginEditBlock();
     all.select(QTextCursor::Document);

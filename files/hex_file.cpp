@@ -27,8 +27,16 @@ std::string_view field(std::string_view line, std::size_t position, std::size_t 
     return line.substr(std::min(position - 1, line.size()), count);
 }
 
+// The two characters from `position` on, tolerantly.
 std::uint8_t byteAt(std::string_view line, std::size_t position) {
-    return static_cast<std::uint8_t>(TolerantHex(field(line, position, 2)));
+    const auto digitAt = [line](std::size_t index) {
+        return index < line.size() ? HexDigitValue(line[index]) : -1;
+    };
+    const int high = digitAt(position - 1);
+    const int low = digitAt(position);
+    if (high < 0)
+        return 0;
+    return static_cast<std::uint8_t>(low < 0 ? high : high * 16 + low);
 }
 
 std::string place(int record) {
@@ -139,15 +147,18 @@ void OpenHexFile() {
     bufferView().Reopen();
 }
 
-void SaveHexFile() {
-    const std::string& fileName = machine().cdia.FileName;
+std::string HexFileText() {
     const std::int32_t size = selectedDevice().Size;
     if (size > lastBufferIndex + 1)
-        throw FileError(fileName + ": the device is larger than the image");
+        throw FileError(machine().cdia.FileName + ": the device is larger than the image");
     std::string text;
     for (std::int32_t address = 0; address < size; address += writtenRecordBytes)
         text += writtenRecord(address);
-    platform::ReplaceFile(fileName, text + ":00000001FF\r\n");
+    return text + ":00000001FF\r\n";
+}
+
+void SaveHexFile() {
+    platform::ReplaceFile(machine().cdia.FileName, HexFileText());
     ShowFileName();
 }
 

@@ -25,10 +25,13 @@ namespace modFunc {
 // target lies behind the image: what was placed before it stays.
 void OpenHexFile();
 
-// Writes the selected device's bytes to cdia.FileName in records of 16, blank or not, and an end
-// record; a last record that the Size does not fill takes its tail from the image. Replaces an
-// existing file, whole or not at all. Then status bar panel 4 names the file. Every failure throws
-// platform::FileError.
+// The selected device's bytes in records of 16, blank or not, and an end record, each line ended by
+// CR LF; a last record that the Size does not fill takes its tail from the image. Throws
+// platform::FileError for a device larger than the image.
+std::string HexFileText();
+
+// Writes that text to cdia.FileName, in the place of an existing file, whole or not at all. Then
+// status bar panel 4 names the file. Every failure throws platform::FileError.
 void SaveHexFile();
 
 // Status bar panel 4 names the file of the last load or save.

@@ -15,6 +15,7 @@
 #include "platform/qt/input_block.h"
 #include "shell/frmAbout.h"
 #include "shell/frmEditAuto.h"
+#include "shell/frmHelp.h"
 #include "shell/frmSelectDevice.h"
 #include "shell/frmSettings.h"
 
@@ -42,9 +43,9 @@ public:
     using QLabel::QLabel;
 
 protected:
-    void paintEvent(QPaintEvent* event) override {
-        QFrame::paintEvent(event);
+    void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
+        drawFrame(&painter);
         const QRect box = contentsRect().adjusted(2, 0, -2, 0);
         style()->drawItemText(&painter, box, Qt::AlignLeft | Qt::AlignVCenter, palette(), true,
                               fontMetrics().elidedText(text(), Qt::ElideMiddle, box.width()),
@@ -171,6 +172,7 @@ void mdiMain::connectHandlers() {
     on("DeviceFunction", &mdiMain::DeviceFunction_Click);
     on("OptionsEditAuto", &mdiMain::OptionsEditAuto_Click);
     on("OptionsSettings", &mdiMain::OptionsSettings_Click);
+    on("HelpContents", &mdiMain::HelpContents_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
     on("FileExit", &mdiMain::FileExit_Click);
 }
@@ -281,6 +283,8 @@ void mdiMain::OptionsSettings_Click() {
     FindProgrammer();
     closeIfRequested();
 }
+
+void mdiMain::HelpContents_Click() { frmHelp(this).exec(); }
 
 void mdiMain::HelpAbout_Click() {
     frmAbout(this, frmAbout::Purpose::About).exec();

@@ -46,6 +46,7 @@ private:
     void DeviceFunction_Click();
     void OptionsEditAuto_Click();
     void OptionsSettings_Click();
+    void HelpContents_Click();
     void HelpAbout_Click();
 
     void Reopen() override;

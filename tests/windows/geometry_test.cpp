@@ -1,0 +1,104 @@
+// Every window held against tests/windows/geometry.txt, and no text wider than its place.
+#include "app/startup.h"
+#include "app/state.h"
+#include "buffer/frmBuffer.h"
+#include "buffer/frmBufferFill.h"
+#include "files/frmFileLoad.h"
+#include "functions/frmFunction.h"
+#include "platform/qt/qt_machine.h"
+#include "shell/frmAbout.h"
+#include "shell/frmEditAuto.h"
+#include "shell/frmSelectDevice.h"
+#include "shell/frmSettings.h"
+#include "tests/support/table_file.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+
+using namespace modFunc;
+
+namespace {
+
+class Geometry : public testing::Test {
+protected:
+    Geometry() {
+        ResetState();
+        state().AppPath = SHIPPED_DATA;
+        ReadSettings();
+        ReadDeviceList();
+        for (QWidget* window : std::initializer_list<QWidget*>{
+                 new frmFunction(nullptr), new frmFileLoad(nullptr), new frmBuffer(nullptr),
+                 new frmBufferFill(nullptr), new frmSelectDevice(nullptr), new frmSettings(nullptr),
+                 new frmEditAuto(nullptr), new frmAbout(nullptr, frmAbout::Purpose::About)})
+            windows[window->objectName().toStdString()].reset(window);
+    }
+    static QString textOf(const QWidget* widget) {
+        if (widget->isWindow())
+            return widget->windowTitle();
+        const char* const property = widget->inherits("QGroupBox") ? "title" : "text";
+        return widget->property(property).toString();
+    }
+
+    QtMachine machine;
+    std::map<std::string, std::unique_ptr<QWidget>> windows;
+};
+
+} // namespace
+
+TEST_F(Geometry, EveryControlStandsWhereItBelongs) {
+    for (const auto& row : readTable(TEST_FILES "/windows/geometry.txt")) {
+        SCOPED_TRACE(row.at(0) + " " + row.at(1));
+        QWidget* widget = windows.at(row[0]).get();
+        if (!row[1].empty())
+            widget = widget->findChild<QWidget*>(QString::fromStdString(row[1]));
+        ASSERT_NE(widget, nullptr);
+        int left = 0, top = 0, width = 0, height = 0;
+        std::istringstream(row.at(2)) >> left >> top >> width >> height;
+        const QRect place = row[1].empty() ? widget->rect() : widget->geometry();
+        EXPECT_NEAR(place.left(), left / 15.0, 1);
+        EXPECT_NEAR(place.top(), top / 15.0, 1);
+        EXPECT_NEAR(place.width(), width / 15.0, 1);
+        EXPECT_NEAR(place.height(), height / 15.0, 1);
+        EXPECT_EQ(textOf(widget).toStdString(),
+                  row.size() > 3 ? row[3] : textOf(widget).toStdString());
+        EXPECT_TRUE(!row[1].empty() || widget->minimumSize() == widget->maximumSize());
+    }
+}
+
+TEST_F(Geometry, NoTextIsWiderThanItsPlace) {
+    auto* line = windows["frmFunction"]->findChild<QLabel*>(QStringLiteral("lblMsg(0)"));
+    showText(line, QStringLiteral("Blank Checking ...   Device Fault!"));
+    for (const auto& [name, window] : windows) {
+        for (const auto* label : window->findChildren<QLabel*>()) {
+            const QSize text = label->fontMetrics().tightBoundingRect(label->text()).size();
+            EXPECT_LE(label->fontMetrics().horizontalAdvance(label->text()), label->width())
+                << name << ": " << label->text().toStdString();
+            EXPECT_LE(text.height(), label->height())
+                << name << ": " << label->text().toStdString();
+        }
+        for (const auto* option : window->findChildren<QRadioButton*>())
+            EXPECT_LE(option->sizeHint().width(), option->width()) << option->text().toStdString();
+        for (const auto* button : window->findChildren<QPushButton*>())
+            EXPECT_LE(button->fontMetrics().horizontalAdvance(button->text()), button->width() - 8)
+                << name << ": " << button->text().toStdString();
+    }
+}
+
+TEST_F(Geometry, ThePageFitsItsBoxWithTheFirstDigitSelected) {
+    auto& window = *windows["frmBuffer"];
+    window.show();
+    auto* page = window.findChild<QTextEdit*>();
+    EXPECT_EQ(page->toPlainText().size(), 1201 - 17 - 1); // line ends are one character here
+    EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("0"));
+    EXPECT_EQ(page->textCursor().selectionStart(), 69);
+    EXPECT_LE(page->document()->size().height(), page->viewport()->height());
+    EXPECT_LE(page->document()->idealWidth(),
+              window.findChild<QScrollBar*>(QStringLiteral("vsc"))->x() - page->x());
+}
