@@ -221,5 +221,7 @@ void frmBuffer::showPage() {
 
 void frmBuffer::showCaret() {
     txtBuffer->selectCharacter(editor_.CaretPos());
-    lblAddress->setText(QString::fromStdString(HexWord(editor_.Address())));
+    const QString address = QString::fromStdString(HexWord(editor_.Address()));
+    lblAddress->setText(address);
+    txtBuffer->setAccessibleDescription(tr("Address %1").arg(address));
 }

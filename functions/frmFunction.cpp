@@ -3,6 +3,7 @@
 #include "app/hex_text.h"
 #include "app/state.h"
 
+#include <QAccessible>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,6 +15,12 @@ using namespace modFunc;
 namespace {
 
 constexpr Place track{1680, 2760, 3015, 135};
+
+// Has a screen reader say what a label shows now, wherever the focus is.
+void announce(QLabel* label) {
+    QAccessibleEvent said(label, QAccessible::Alert);
+    QAccessible::updateAccessibility(&said);
+}
 
 } // namespace
 
@@ -95,11 +102,14 @@ void frmFunction::reject() {
 }
 
 void frmFunction::ShowLine(int line, const std::string& text) {
-    showText(lblMsg.at(static_cast<std::size_t>(line)), QString::fromStdString(text));
+    QLabel* label = lblMsg.at(static_cast<std::size_t>(line));
+    showText(label, QString::fromStdString(text));
+    announce(label);
 }
 
 void frmFunction::ShowProgress(int percent) {
     lblProgress->setText(QStringLiteral("%1%").arg(percent));
+    announce(lblProgress);
     const float width = static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;
     shpProgress->resize(qRound(width), shpProgress->height());
 }

@@ -284,7 +284,9 @@ void mdiMain::OptionsSettings_Click() {
     closeIfRequested();
 }
 
-void mdiMain::HelpContents_Click() { frmHelp(this).exec(); }
+void mdiMain::HelpContents_Click() {
+    frmHelp(this).exec();
+}
 
 void mdiMain::HelpAbout_Click() {
     frmAbout(this, frmAbout::Purpose::About).exec();

@@ -2,6 +2,7 @@
 
 #include "platform/qt/qt_machine.h"
 
+#include <QIcon>
 #include <QSettings>
 
 #include <cstdlib>
@@ -11,6 +12,10 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
     setApplicationDisplayName(QString()); // captions stand as they are given
     setQuitOnLastWindowClosed(false);     // message boxes come before the main window; it ends us
+    QIcon icon;
+    for (const int size : {16, 32, 48, 256})
+        icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
+    setWindowIcon(icon);
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings_.path());
 }
 

@@ -388,6 +388,26 @@ TEST_F(Windows, SelectingADeviceClosesTheViewAndKeepsTheImage) {
     EXPECT_EQ(bufferWindow(), nullptr);
 }
 
+TEST_F(Windows, HelpShowsTheGuideOrWhyItCannot) {
+    start();
+    const auto textOfHelp = [this] {
+        QString text;
+        when("frmHelp", [&text](QWidget& form) {
+            text = in<QTextEdit>(form, "rtb")->toPlainText();
+            QTest::keyClick(&form, Qt::Key_Escape);
+        });
+        trigger("HelpContents");
+        return text;
+    };
+    EXPECT_TRUE(textOfHelp().contains(QStringLiteral("Finding the box")));
+    folder.write("quorven help.rtf", "no rich text");
+    EXPECT_TRUE(textOfHelp().contains(QStringLiteral("quorven help.rtf")));
+    folder.remove("quorven help.rtf");
+    EXPECT_TRUE(textOfHelp().contains(QStringLiteral("No such file")));
+    EXPECT_EQ(mdi->findChild<QAction*>(QStringLiteral("HelpContents"))->shortcut(),
+              QKeySequence(Qt::Key_F1));
+}
+
 TEST_F(Windows, LeavingSettingsLooksForTheBoxEveryTime) {
     start();
     when("frmSettings", [](QWidget& form) {
