@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -52,10 +51,11 @@ protected:
         limit.Tick = [&] { over = true; };
         limit.setInterval(1000);
         limit.setEnabled(true);
-        while (!over && port.InBufferCount() < bytes)
+        for (; !over && port.InBufferCount() < bytes; ++yields)
             QtEventQueue().Yield();
     }
 
+    int yields = 0;
     Pty pty;
     QtSerialPort port{[name = pty.name()](int) { return name; }};
 };
@@ -94,21 +94,10 @@ TEST_F(SerialPort, DropsWhatWasQueuedWhenClosedAndOpensAgain) {
     EXPECT_EQ(port.Input(), Bytes{4});
 }
 
-TEST_F(SerialPort, KeepsMoreThanItsOwnBufferHolds) {
-    const Bytes block(1000, 0xA5);
-    for (int i = 0; i < 3; ++i) {
-        pty.write(block);
-        waitFor(1000 * (i + 1));
-    }
-    EXPECT_EQ(port.InBufferCount(), 3000);
-    EXPECT_EQ(port.Input(), Bytes(3000, 0xA5));
-}
-
 TEST_F(SerialPort, AHungUpLineGivesNothingAndCostsNothing) {
     pty.hangUp();
-    const std::clock_t before = std::clock();
     waitFor(1); // a second
-    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 2) << "the dead line is still listened to";
+    EXPECT_LT(yields, 100) << "the dead line is still listened to";
     EXPECT_FALSE(port.PortOpen());
     EXPECT_EQ(port.InBufferCount(), 0);
     EXPECT_TRUE(port.Input().empty());
@@ -116,15 +105,13 @@ TEST_F(SerialPort, AHungUpLineGivesNothingAndCostsNothing) {
 }
 
 TEST_F(SerialPort, AFailedOpeningNamesThePortAndTheCause) {
-    QtSerialPort none([](int) { return std::string("/dev/no-such-port"); });
-    none.setSettings("57600,N,8,1");
+    QtSerialPort none([](int) { return "/dev/no-such-port"; });
     try {
         none.Open();
         ADD_FAILURE();
     } catch (const platform::PortError& error) {
-        EXPECT_EQ(std::string(error.what()), "/dev/no-such-port: No such file or directory");
+        EXPECT_STREQ(error.what(), "/dev/no-such-port: No such file or directory");
     }
     EXPECT_FALSE(none.PortOpen());
-    QtSerialPort noNumber([](int) { return std::string(); });
-    EXPECT_THROW(noNumber.Open(), platform::PortError);
+    EXPECT_THROW(QtSerialPort([](int) { return ""; }).Open(), platform::PortError);
 }

@@ -243,23 +243,6 @@ TEST_F(Windows, TheFunctionWindowCannotBeLeftDuringARun) {
     EXPECT_EQ(frames().size(), 1 + 2 + 16 + 2);
 }
 
-TEST_F(Windows, APulledCableEndsTheRunByItsTimeOuts) {
-    startBox();
-    start();
-    when("frmFunction", [this](QWidget& form) {
-        QTimer::singleShot(600, &form, [this] { box.kill(); });
-        state().DeviceList[1].Size = 65536;
-        in<QListWidget>(form, "listFunction")->setCurrentRow(Program);
-        click(form, "cmdRun");
-        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(),
-                  QStringLiteral("Programming ...   Device Fault!"));
-        EXPECT_TRUE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
-        click(form, "cmdClose");
-    });
-    trigger("DeviceFunction");
-    EXPECT_EQ(messages.last(), QStringLiteral("Device Error: Communication Error!"));
-}
-
 TEST_F(Windows, WithoutABoxRunIsDisabledAndTheRestWorks) {
     start();
     EXPECT_TRUE(messages.value(0).startsWith(QStringLiteral("Communication Port Error: COM5, ")));
