@@ -3,6 +3,7 @@
 #include "functions/device_run.h"
 #include "platform/qt/application.h"
 #include "platform/qt/qt_machine.h"
+#include "platform/qt/sudden_end_posix.h"
 #include "shell/mdiMain.h"
 
 int main(int argc, char** argv) {
@@ -11,6 +12,11 @@ int main(int argc, char** argv) {
         modFunc::Main();
         QtMachine machine;
         application.beforeReport = modFunc::DeviceRun::PowerDownIfUnderWay;
+        const EndSignals endSignals([&application] {
+            modFunc::DeviceRun::PowerDownIfUnderWay();
+            modFunc::WriteSettings();
+            application.endNow(0);
+        });
         mdiMain window(machine);
         window.Load();
         window.show();

@@ -15,10 +15,21 @@ namespace {
 
 bool runUnderWay = false;
 
+Bytes powerDownFrames() {
+    Bytes frames = SuppliesOffFrame();
+    const Bytes release = ReleaseFrame();
+    frames.insert(frames.end(), release.begin(), release.end());
+    return frames;
+}
+
 struct UnderWayMark {
-    UnderWayMark() { runUnderWay = true; }
+    UnderWayMark() {
+        runUnderWay = true;
+        machine().cm.setLastFrames(powerDownFrames());
+    }
     ~UnderWayMark() {
         runUnderWay = false;
+        machine().cm.setLastFrames({});
         machine().tmrWait.Tick = nullptr; // it names the run
     }
     UnderWayMark(const UnderWayMark&) = delete;
@@ -61,10 +72,8 @@ void DeviceRun::Run(int index) {
 }
 
 void DeviceRun::PowerDownIfUnderWay() {
-    if (!UnderWay())
-        return;
-    machine().cm.Output(SuppliesOffFrame());
-    machine().cm.Output(ReleaseFrame());
+    if (UnderWay())
+        machine().cm.Output(powerDownFrames());
 }
 
 void DeviceRun::RunFunction(int index) {

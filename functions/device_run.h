@@ -45,8 +45,9 @@ public:
 
     // A run is between its start and its end, on whatever window.
     static bool UnderWay();
-    // For an error that no one handles: while a run is under way, sends the two power-down frames
-    // without waiting for a reply, since the event queue can no longer be trusted.
+    // For an error that no one handles, and for an end from outside: while a run is under way,
+    // sends the two power-down frames without waiting for a reply, since nothing may be relied on
+    // to wait with.
     static void PowerDownIfUnderWay();
 
 private:

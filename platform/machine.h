@@ -43,6 +43,10 @@ struct SerialPort {
     virtual std::int16_t InBufferCount() = 0;
     // Takes all waiting bytes; empty when none wait.
     virtual Bytes Input() = 0;
+
+    // Frames that go out by themselves should the process end in a way that no one can handle any
+    // more. Empty: none.
+    virtual void setLastFrames(const Bytes& frames) = 0;
 };
 
 // A repeating timer. Its ticks are events: they come out of EventQueue::Yield and of the loops of

@@ -26,10 +26,13 @@ bool Application::notify(QObject* receiver, QEvent* event) {
         // Nothing below can be trusted to unwind through the event loops that are under way.
         if (beforeReport)
             beforeReport();
-        const int status = reportError();
-        settings_.remove();
-        std::_Exit(status);
+        endNow(reportError());
     }
+}
+
+void Application::endNow(int status) {
+    settings_.remove();
+    std::_Exit(status);
 }
 
 int Application::reportError() {

@@ -19,6 +19,9 @@ public:
     bool notify(QObject* receiver, QEvent* event) override;
     std::function<void()> beforeReport;
 
+    // Ends the process at once, from within whatever event loops are under way.
+    [[noreturn]] void endNow(int status);
+
     // Shows the cause of the error being handled in a critical message box; returns the exit
     // status. To be called in a catch clause.
     static int reportError();

@@ -1,6 +1,7 @@
 #include "platform/qt/qt_serial_port.h"
 
 #include "platform/qt/serial_line_posix.h"
+#include "platform/qt/sudden_end_posix.h"
 
 #include <QSerialPort>
 #include <QSocketNotifier>
@@ -27,6 +28,7 @@ struct QtSerialPort::Line {
     std::function<std::string(int)> portName;
     int commPort = 0;
     QSerialPort port;
+    Bytes lastFrames;
     bool dead = false; // hung up; closed as soon as its handlers have returned
 
     bool usable() const { return port.isOpen() && !dead; }
@@ -57,6 +59,7 @@ void QtSerialPort::Line::errorOccurred(QSerialPort::SerialPortError error) {
 void QtSerialPort::Line::close() {
     if (!port.isOpen())
         return;
+    GuardPort(-1);
     if (!std::exchange(dead, false))
         port.clear(QSerialPort::Input); // a terminal keeps unread bytes for whoever opens it next
     port.close();
@@ -72,7 +75,10 @@ QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)
                      [this](QSerialPort::SerialPortError error) { line_->errorOccurred(error); });
 }
 
-QtSerialPort::~QtSerialPort() = default;
+QtSerialPort::~QtSerialPort() {
+    setLastFrames({});
+    line_->close();
+}
 
 void QtSerialPort::setCommPort(int number) {
     line_->commPort = number;
@@ -111,6 +117,7 @@ void QtSerialPort::Open() {
         line_->close();
         throw platform::PortError(name + ": " + cause.toStdString());
     }
+    GuardPort(port.handle());
     // A pseudo-terminal has neither line; that is no error.
     port.setDataTerminalReady(true);
     port.setRequestToSend(false);
@@ -148,4 +155,12 @@ Bytes QtSerialPort::Input() {
            line_->port.waitForReadyRead(0))
         takeBuffered();
     return bytes;
+}
+
+void QtSerialPort::setLastFrames(const Bytes& frames) {
+    SetLastBytes(nullptr, 0);
+    line_->lastFrames = frames;
+    if (!frames.empty())
+        SetLastBytes(reinterpret_cast<const char*>(line_->lastFrames.data()),
+                     static_cast<int>(frames.size()));
 }

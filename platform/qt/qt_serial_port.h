@@ -23,6 +23,7 @@ public:
     void Output(const Bytes& frame) override;
     std::int16_t InBufferCount() override;
     Bytes Input() override;
+    void setLastFrames(const Bytes& frames) override;
 
 private:
     struct Line;

@@ -38,12 +38,14 @@ struct BoxPort final : platform::SerialPort {
     void Output(const Bytes& frame) override;
     std::int16_t InBufferCount() override;
     Bytes Input() override;
+    void setLastFrames(const Bytes& frames) override { lastFrames = frames; }
 
     const std::int64_t& nowUs;
     std::unique_ptr<simbox::Box> box;
     std::string openError; // not empty: opening fails with it
     int commPort = 0;
     bool open = false;
+    Bytes lastFrames;
     Bytes queue; // arrived and not read; a test may put stale bytes here
 };
 
