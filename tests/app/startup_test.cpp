@@ -61,15 +61,6 @@ TEST_F(StartUp, WritesSettingsThatReadBackTheSame) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"auto.cfg", "quorven.cfg", "quorven.dev"}));
 }
 
-TEST_F(StartUp, SettingsThatCannotBeReplacedStayWhole) {
-    ReadSettings();
-    const std::string before = folder.read("quorven.cfg");
-    folder.write("blocked/file", "");
-    state().AppPath = folder.path() + "/blocked/file";
-    EXPECT_THROW(WriteSettings(), platform::FileError);
-    EXPECT_EQ(folder.read("quorven.cfg"), before);
-}
-
 TEST_F(StartUp, MissingAndDamagedFilesAreNamedWithTheirCause) {
     for (const auto& row : readTable(TEST_FILES "/app/damaged_files.txt")) {
         const std::string& file = row.at(0);

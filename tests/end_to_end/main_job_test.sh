@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The real program against the simulated box on a real pseudo-terminal, under a virtual X screen:
-# the main job from start to exit, and the cable lost in the middle of it.
+# the main job from start to exit, the cable lost in the middle of it, and the box found again.
 #
 #   main_job_test.sh QUORVEN SIMBOX SCRATCH
 set -euo pipefail
@@ -56,10 +56,10 @@ programs_a_chip_from_a_hex_file() {
     start_box "$simbox" "$scratch" --fill FF --chip "$chip"
     start_and_find_box
 
-    load_hex_file sample.hex
+    load_file sample.hex "Intel Hex"
     open_function_window
     run_function "$scratch" Program
-    wait_for_end_of_run "Programming ...   OK!" 60
+    wait_for_end_of_run 60 "Programming ...   OK!"
     wait_for_line "label: 100%"
     close_function_window
     exit_program
@@ -104,21 +104,28 @@ survives_the_loss_of_the_box() {
     wait_for_line "push button: Run"
     expect_idle
     close_function_window
-    exit_program
-    expect_settings_kept
-    expect_silent_console
 }
 
 expect_run_under_way() {
     shows "push button: Close (off)" || fail "the run was over before the box was killed"
 }
 
+# In the same session. Another firmware text tells the new box from what is left of the old one.
 finds_the_box_again() {
-    step "The box is back"
-    start_box "$simbox" "$scratch" --fill FF
-    start_and_find_box
+    step "The box is back: found by leaving the settings"
+    start_box "$simbox" "$scratch" --fill FF --firmware "SimBox again"
+    choose o Settings
+    wait_for_window Settings
+    press Escape
+    answer "Device Found!" "Firmware: SimBox again" found-again
+    wait_for_window "$main_title"
+    open_function_window
+    run_function "$scratch" Erase
+    wait_for_end_of_run 60 "Erasing ...OK"
+    close_function_window
     exit_program
     stop_box
+    expect_settings_kept
     expect_silent_console
 }
 
