@@ -208,26 +208,23 @@ void mdiMain::closeEvent(QCloseEvent* event) {
 
 // Any failure ends the command without a word; what it leaves behind is told by the loaders and
 // savers.
-void mdiMain::FileLoad_Click() {
+void mdiMain::fileCommand(bool (QtFileDialog::*ask)(), void (*hex)(), void (*binary)()) {
     try {
-        if (!machine_.cdia.ShowOpen())
+        if (!(machine_.cdia.*ask)())
             return;
         frmFileLoad(this).exec();
         if (!state().FileCancelled)
-            state().FileIsHex ? OpenHexFile() : OpenBinFile();
-    } catch (const std::exception&) {
+            state().FileIsHex ? hex() : binary();
+    } catch (const std::exception&) { // nothing is said
     }
 }
 
+void mdiMain::FileLoad_Click() {
+    fileCommand(&QtFileDialog::ShowOpen, OpenHexFile, OpenBinFile);
+}
+
 void mdiMain::FileSave_Click() {
-    try {
-        if (!machine_.cdia.ShowSave())
-            return;
-        frmFileLoad(this).exec();
-        if (!state().FileCancelled)
-            state().FileIsHex ? SaveHexFile() : SaveBinFile();
-    } catch (const std::exception&) {
-    }
+    fileCommand(&QtFileDialog::ShowSave, SaveHexFile, SaveBinFile);
 }
 
 void mdiMain::FileExit_Click() {

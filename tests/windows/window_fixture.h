@@ -1,0 +1,122 @@
+// The main window with the simulated box on a real pseudo-terminal, and verbs to use it.
+#pragma once
+
+#include "app/family_table.h"
+#include "app/startup.h"
+#include "app/state.h"
+#include "shell/mdiMain.h"
+#include "tests/support/temporary_folder.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMdiSubWindow>
+#include <QMessageBox>
+#include <QProcess>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextEdit>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+class Windows : public testing::Test {
+protected:
+    Windows() {
+        modFunc::ResetState();
+        for (const auto& file : std::filesystem::directory_iterator(SHIPPED_DATA))
+            std::filesystem::copy(file, folder.path());
+        modFunc::state().AppPath = folder.path();
+        modFunc::ReadSettings();
+        modFunc::ReadDeviceList();
+        modFunc::ReadAutoFile();
+        modFunc::InitFamilyTable();
+        // An earlier test has ended the program: as long as no event loop was begun anew, all
+        // dialogs would return at once.
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QApplication::exec();
+        QObject::connect(&watch, &QTimer::timeout, &watch, [this] { serveDialogs(); });
+        watch.start(5);
+    }
+    ~Windows() override {
+        box.terminate();
+        EXPECT_TRUE(box.state() == QProcess::NotRunning || box.waitForFinished(5000));
+    }
+    // The box, with a chip of 64 KiB of `fill`.
+    void startBox(char fill = '\xFF') {
+        folder.write("chip.bin", std::string(65536, fill));
+        const auto file = [this](const char* name) {
+            return QString::fromStdString(folder.file(name));
+        };
+        box.start(QStringLiteral(SIMBOX),
+                  {QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
+                   file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
+                   QStringLiteral("--no-pace")});
+        ASSERT_TRUE(box.waitForReadyRead(5000)) << "the simulated box does not start";
+    }
+    // The frames that the box got, as its trace tells them.
+    QStringList frames() {
+        return QString::fromStdString(folder.read("trace.txt"))
+            .split(u'\n')
+            .filter(QStringLiteral(" > "));
+    }
+    std::string chip(std::size_t bytes) { return folder.read("chip.bin").substr(0, bytes); }
+    static std::string image(std::size_t bytes) {
+        const Bytes& data = modFunc::state().BufferData;
+        return {data.begin(), data.begin() + std::ptrdiff_t(bytes)};
+    }
+    // The main window, loaded and shown.
+    void start() {
+        machine = std::make_unique<QtMachine>();
+        mdi = std::make_unique<mdiMain>(*machine);
+        modFunc::state().TimedOut = false;
+        mdi->Load();
+        mdi->show();
+    }
+    // What is done when a modal window of this name is up; message boxes are answered by
+    // themselves.
+    void when(const char* window, std::function<void(QWidget&)> action) {
+        actions[QString::fromLatin1(window)] = std::move(action);
+    }
+    void trigger(const char* entry) {
+        mdi->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+    }
+    template <class Widget>
+    static Widget* in(QWidget& window, const char* name) {
+        return window.findChild<Widget*>(QString::fromLatin1(name));
+    }
+    static void click(QWidget& window, const char* button) {
+        QTest::mouseClick(in<QAbstractButton>(window, button), Qt::LeftButton);
+    }
+    QMdiSubWindow* bufferWindow() const { return mdi->findChild<QMdiSubWindow*>(); }
+    QString panel(const char* name) { return in<QLabel>(*mdi, name)->text(); }
+
+    TemporaryFolder folder;
+    QProcess box;
+    std::unique_ptr<QtMachine> machine;
+    std::unique_ptr<mdiMain> mdi;
+    QStringList messages; // "title: text" of each message box
+
+private:
+    void serveDialogs() {
+        QWidget* window = QApplication::activeModalWidget();
+        if (!window || !window->isVisible())
+            return;
+        if (auto* message = qobject_cast<QMessageBox*>(window)) {
+            messages << message->windowTitle() + QStringLiteral(": ") + message->text();
+            message->button(QMessageBox::Ok)->click();
+        } else if (const auto action = actions.take(window->objectName())) {
+            // Out of a timer of its own: this one shall go on ticking while the action runs.
+            QTimer::singleShot(0, window, [action, window] { action(*window); });
+        }
+    }
+
+    QTimer watch;
+    QMap<QString, std::function<void(QWidget&)>> actions;
+};
