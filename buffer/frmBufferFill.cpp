@@ -13,6 +13,10 @@ using namespace modFunc;
 
 frmBufferFill::frmBufferFill(QWidget* owner)
     : Form(owner, "frmBufferFill", tr("Buffer Fill"), 3195, 1695, Frame::TitleAndCloseBox) {
+    // The buttons come first in the tab order, so they are made first.
+    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {360, 1200, 1095, 375});
+    cmdOk = addButton(this, "cmdOk", tr("OK"), {1680, 1200, 1095, 375});
+    cmdOk->setDefault(true);
     struct Row {
         QLineEdit** box;
         const char* name;
@@ -38,10 +42,8 @@ frmBufferFill::frmBufferFill(QWidget* owner)
         addLabel(this, row.unit, QStringLiteral("H"), {2040, top, 255, 255});
         top += 360;
     }
-    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {360, 1200, 1095, 375});
-    cmdOk = addButton(this, "cmdOk", tr("OK"), {1680, 1200, 1095, 375});
-    cmdOk->setDefault(true);
-    followInTabOrder({cmdCancel, cmdOk, txtFillWith, txtStart, txtLength});
+    txtFillWith->setFocus(); // to be typed into at once
+    txtFillWith->selectAll();
 
     state().FillConfirmed = false;
     state().FillByte = erasedByte;

@@ -46,9 +46,9 @@ std::string PageText(std::int32_t topLine) {
 }
 
 std::int32_t LastTopLine(std::int32_t size) {
-    constexpr std::int32_t lastOfImage = (lastBufferIndex + 1) / lineBytes - pageLines;
+    constexpr std::int32_t lastOfFourDigits = 0x10000 / lineBytes - pageLines;
     const double lines = std::nearbyint(static_cast<double>(size) / lineBytes - pageLines);
-    return std::clamp(static_cast<std::int32_t>(lines), 0, lastOfImage);
+    return std::clamp(static_cast<std::int32_t>(lines), 0, lastOfFourDigits);
 }
 
 } // namespace modFunc

@@ -32,8 +32,8 @@ inline constexpr int firstDigit = headingLength + firstDigitColumn; // index 70
 std::string PageText(std::int32_t topLine);
 
 // Highest line that may stand at the top of the page for a device of `size` bytes:
-// size / 16 - 16 to the nearest whole number, ties to even, at least 0, and never beyond the last
-// whole page of the image.
+// size / 16 - 16 to the nearest whole number, ties to even, at least 0, and at most 4080: the
+// address column has four digits.
 std::int32_t LastTopLine(std::int32_t size);
 
 } // namespace modFunc

@@ -13,10 +13,18 @@ namespace platform {
 
 namespace {
 
+struct FileRights {
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+};
+
 // A temporary file beside its target; gone again unless it was renamed over it.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::string& target) : target_(target), name_(target + ".XXXXXX") {
+    // Its name is short: the target's may be as long as names can be.
+    explicit TemporaryFile(const std::filesystem::path& target)
+        : target_(target.string()), name_((target.parent_path() / ".quorven.XXXXXX").string()) {
         descriptor_ = mkstemp(name_.data());
         if (descriptor_ < 0)
             fail("cannot be written");
@@ -30,9 +38,10 @@ public:
             unlink(name_.c_str());
     }
 
-    // Not every file system has permissions, and the contents count for more.
-    void setPermissions(mode_t mode) {
-        [[maybe_unused]] const int ignored = fchmod(descriptor_, mode);
+    // Not every file system has owners and permissions, and the contents count for more.
+    void takeOver(const FileRights& rights) {
+        [[maybe_unused]] int ignored = fchown(descriptor_, rights.owner, rights.group);
+        ignored = fchmod(descriptor_, rights.mode);
     }
 
     void write(std::string_view contents) {
@@ -72,22 +81,28 @@ private:
 // The file that a chain of symbolic links leads to, whether it exists or not.
 std::filesystem::path linkedTarget(std::filesystem::path path) {
     constexpr int longestChain = 40;
-    for (int links = 0; links < longestChain && std::filesystem::is_symlink(path); ++links)
-        path = path.parent_path() / std::filesystem::read_symlink(path);
+    std::error_code none;
+    for (int links = 0; std::filesystem::is_symlink(path, none); ++links) {
+        if (links == longestChain)
+            throw FileError(path.string() + ": is a link that leads nowhere");
+        path = path.parent_path() / std::filesystem::read_symlink(path, none);
+    }
     return path;
 }
 
-// The permissions that the new file gets: the old one's, or ordinary ones. What must not be written
-// is not replaced, though renaming over it would work.
-mode_t permissionsFor(const std::string& target) {
-    constexpr mode_t all = 07777;
-    constexpr mode_t ordinary = 0644;
+// What the new file gets: the old one's, or what any new file gets. What must not be written is not
+// replaced, though renaming over it would work.
+FileRights rightsFor(const std::string& target) {
+    constexpr mode_t permissionBits = 07777;
     struct stat old {};
-    if (stat(target.c_str(), &old) != 0)
-        return ordinary;
+    if (stat(target.c_str(), &old) != 0) {
+        const mode_t mask = umask(0); // the only way to ask for it
+        umask(mask);
+        return {0666 & ~mask, geteuid(), getegid()};
+    }
     if (access(target.c_str(), W_OK) != 0)
         throw FileError(target + ": cannot be written: " + std::strerror(errno));
-    return old.st_mode & all;
+    return {old.st_mode & permissionBits, old.st_uid, old.st_gid};
 }
 
 // The rename itself lasts only when the directory has reached the disk. Not every file system can
@@ -105,9 +120,9 @@ void syncDirectory(const std::filesystem::path& directory) {
 void ReplaceFile(const std::string& path, std::string_view contents) {
     const std::filesystem::path target = linkedTarget(path);
     RefuseSpecialFile(target.string());
-    const mode_t permissions = permissionsFor(target.string());
-    TemporaryFile file(target.string());
-    file.setPermissions(permissions);
+    const FileRights rights = rightsFor(target.string());
+    TemporaryFile file(target);
+    file.takeOver(rights);
     file.write(contents);
     file.finish();
     const std::filesystem::path directory = target.parent_path();

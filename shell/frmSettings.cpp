@@ -17,6 +17,10 @@ constexpr int portCount = 16;
 
 frmSettings::frmSettings(QWidget* owner)
     : Form(owner, "frmSettings", tr("Settings"), 2535, 1605, Frame::TitleAndCloseBox) {
+    // The buttons come first in the tab order, so they are made first.
+    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {120, 1080, 975, 375});
+    cmdOk = addButton(this, "cmdOk", tr("OK"), {1200, 1080, 975, 375});
+    cmdOk->setDefault(true);
     auto* Frame1 = addFrame(this, "Frame1", tr("Select Port:"), {120, 120, 2055, 855});
     cmbCOM = new QComboBox(Frame1);
     cmbCOM->setObjectName(QStringLiteral("cmbCOM"));
@@ -30,10 +34,7 @@ frmSettings::frmSettings(QWidget* owner)
     for (int port = 1; port <= portCount; ++port)
         cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
     cmbCOM->setCurrentIndex(state().ComPort - 1);
-    cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {120, 1080, 975, 375});
-    cmdOk = addButton(this, "cmdOk", tr("OK"), {1200, 1080, 975, 375});
-    cmdOk->setDefault(true);
-    followInTabOrder({cmdCancel, cmdOk, cmbCOM});
+    cmbCOM->setFocus();
     connectHandlers();
 }
 

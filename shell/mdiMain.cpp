@@ -53,6 +53,14 @@ protected:
     }
 };
 
+// The system menu of a window that can be closed and nothing else; Qt's own would offer to size it.
+QMenu* closeMenu(QMdiSubWindow* window) {
+    auto* menu = new QMenu(window);
+    QAction* close = menu->addAction(QObject::tr("&Close"), window, &QWidget::close);
+    close->setShortcuts(QKeySequence::Close);
+    return menu;
+}
+
 } // namespace
 
 mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(this)) {
@@ -298,6 +306,7 @@ void mdiMain::Reopen() {
     bufferWindow_->setWidget(new frmBuffer(bufferWindow_));
     bufferWindow_->setFixedSize(bufferWindow_->sizeHint());
     area_->addSubWindow(bufferWindow_, bufferWindow_->windowFlags());
+    bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));
     bufferWindow_->move(0, 0);
     bufferWindow_->show();
     bufferWindow_->setFocus();

@@ -3,9 +3,9 @@
 #include <QAbstractButton>
 #include <QFontDatabase>
 #include <QFontMetrics>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
@@ -144,7 +144,7 @@ QPushButton* addButton(QWidget* parent, const char* name, const QString& text, c
 
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const Place& place) {
-    auto* list = placed(new QListWidget(parent), name, place);
+    auto* list = placed(new List(parent), name, place);
     list->setFont(sansFont());
     list->setAccessibleName(accessibleName);
     return list;
@@ -170,6 +170,15 @@ Shape::Shape(QWidget* parent, const char* name, const QColor& colour, const Plac
     placed(this, name, place);
     setAutoFillBackground(true);
     setPalette(QPalette(colour));
+}
+
+void List::keyPressEvent(QKeyEvent* event) {
+    const bool moves = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down ||
+                       event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
+    if (moves && currentItem() && selectedItems().isEmpty())
+        currentItem()->setSelected(true);
+    else
+        QListWidget::keyPressEvent(event);
 }
 
 void CaptionFrame::paintEvent(QPaintEvent*) {

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QFont>
 #include <QGroupBox>
+#include <QListWidget>
 #include <QString>
 
 #include <initializer_list>
@@ -11,7 +12,6 @@
 class QAbstractButton;
 class QLabel;
 class QLineEdit;
-class QListWidget;
 class QPushButton;
 
 // Positions and sizes are given in twips, 1440 to the inch, 15 to a device-independent pixel.
@@ -64,6 +64,18 @@ class Shape : public QWidget {
 
 public:
     Shape(QWidget* parent, const char* name, const QColor& colour, const Place& place);
+};
+
+// A list box in which nothing need be highlighted. The first key that moves then highlights the row
+// that it stands on, so that none is passed over.
+class List : public QListWidget {
+    Q_OBJECT
+
+public:
+    using QListWidget::QListWidget;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 };
 
 // A frame with its caption on the upper line, so that what stands inside keeps its place.

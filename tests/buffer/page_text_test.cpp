@@ -73,6 +73,6 @@ TEST_F(Image, LastTopLineRoundsToEvenAndStaysInTheImage) {
     EXPECT_EQ(LastTopLine(256 + 8), 0);  // 0.5 to 0
     EXPECT_EQ(LastTopLine(256 + 24), 2); // 1.5 to 2
     EXPECT_EQ(LastTopLine(256 + 25), 2);
-    EXPECT_EQ(LastTopLine(2147483647), 4359);
+    EXPECT_EQ(LastTopLine(2147483647), 4080);
     EXPECT_EQ(LastTopLine(-2147483647), 0);
 }

@@ -72,6 +72,19 @@ TEST_F(Geometry, EveryControlStandsWhereItBelongs) {
     }
 }
 
+TEST_F(Geometry, TabGoesTheListedWay) {
+    for (const auto& row : readTable(TEST_FILES "/windows/tab_order.txt")) {
+        const QWidget* const window = windows.at(row.at(0)).get();
+        std::string names;
+        for (auto* next = window->nextInFocusChain(); next != window;
+             next = next->nextInFocusChain())
+            if ((next->focusPolicy() & Qt::TabFocus) && !next->focusProxy() &&
+                !next->objectName().startsWith(QLatin1String("qt_")))
+                names += (names.empty() ? "" : " ") + next->objectName().toStdString();
+        EXPECT_EQ(names, row.at(1)) << row[0];
+    }
+}
+
 TEST_F(Geometry, NoTextIsWiderThanItsPlace) {
     auto* line = windows["frmFunction"]->findChild<QLabel*>(QStringLiteral("lblMsg(0)"));
     showText(line, QStringLiteral("Blank Checking ...   Device Fault!"));
