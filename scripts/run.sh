@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds, and runs the program with the simulated box at port 5, in build/run. Where
-# there is no display the main job is played on a virtual one: load an image, program the chip,
-# read it back.
+# there is no display the program is played through on a virtual one instead, with real keys; the
+# steps stand in scripts/lib/play.sh.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -9,6 +9,7 @@ scripts/build.sh
 source scripts/lib/common.sh
 source scripts/lib/screen.sh
 source scripts/lib/session.sh
+source scripts/lib/play.sh
 
 run_folder=$PWD/build/run
 
@@ -32,81 +33,10 @@ run_for_a_person() {
     return "$status"
 }
 
-finish_play() {
-    local status=$?
-    ((status == 0)) || show_wreck "$run_folder"
-    remove_screen
-    exit "$status"
-}
-
-check_settings() {
-    [[ $(setting "$run_folder" 1) == 5 ]] ||
-        fail "the settings in build/run say port $(setting "$run_folder" 1), the box is at port 5;" \
-             "remove build/run for a fresh start"
-}
-
-prepare_play() {
-    picture_folder=$run_folder/pictures
-    chip=$run_folder/chip-of-the-play.bin
-    rm -rf "$picture_folder" "$chip" "$chip.lock"
-    mkdir -p "$picture_folder"
-    expected_chip data/sample.hex "$(device_size "$run_folder")" "$run_folder/expected.bin"
-    cp data/sample.hex "$run_folder/"
-    start_screen "$run_folder/screen"
-    start_reader
-    start_box build/simbox "$run_folder" --fill FF --chip "$chip"
-}
-
-play_main_job() {
-    local page
-    trap finish_play EXIT
-    check_settings
-    prepare_play
-
-    step "Start: the program finds the box"
-    start_program "$PWD/build/quorven" "$run_folder"
-    answer "Device Found!" "Firmware: SimBox v1.00" device-found
-    wait_for_window "$main_title"
-
-    step "File Load: sample.hex"
-    load_hex_file sample.hex
-    say "$main_title" loaded
-    page=$(buffer_page)
-
-    step "Device Function: Program"
-    open_function_window
-    run_function "$run_folder" Program
-    wait_for_end_of_run "Programming ...   OK!" 60
-    say Function programmed
-    close_function_window
-    compare_chip "$chip" "$run_folder/expected.bin"
-
-    step "Buffer Clear, then close the buffer window: what Read brings comes from the chip"
-    open_menu b Clear
-    press c
-    wait_until 20 "a cleared buffer" page_is_not "$page"
-    press ctrl+w
-    wait_until 20 "the buffer window to close" buffer_window_closed
-
-    step "Device Function: Read closes its window and opens the buffer window"
-    open_function_window
-    run_function "$run_folder" Read
-    wait_until_gone Function 60
-    wait_for_line "frame: Buffer"
-    say "$main_title" read
-    [[ $(buffer_page) == "$page" ]] || fail "Read brought another page than was loaded"
-
-    step "File Exit"
-    exit_program
-    stop_box
-    step "The main job is done; pictures: build/run/pictures"
-}
-
-page_is_not() { [[ $(buffer_page) != "$1" ]]; }
-
 make_run_folder
 if [[ -n ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
     run_for_a_person
 else
-    play_main_job
+    play "$PWD/build/quorven" "$PWD/build/simbox" "$PWD/build/play" "$run_folder/pictures"
+    step "All played; pictures: build/run/pictures"
 fi

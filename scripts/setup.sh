@@ -8,6 +8,8 @@ packages=(
     cmake ninja-build g++ qt6-base-dev qt6-serialport-dev
     # tests and their checks
     libgtest-dev clang-format
+    # measuring
+    libbenchmark-dev
     # a screen of its own for the program, with a window manager, keys and pictures
     xvfb openbox xdotool imagemagick
     # reading what the windows say: the accessibility bus and a client for it

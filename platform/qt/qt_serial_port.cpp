@@ -113,9 +113,9 @@ void QtSerialPort::Open() {
     QSerialPort& port = line_->port;
     port.setPortName(QString::fromStdString(name));
     if (!port.open(QIODevice::ReadWrite)) {
-        const QString cause = port.errorString();
+        const std::string cause = port.errorString().toStdString();
         line_->close();
-        throw platform::PortError(name + ": " + cause.toStdString());
+        throw platform::PortError(name + ": " + whyNotOpened(name, cause));
     }
     GuardPort(port.handle());
     // A pseudo-terminal has neither line; that is no error.

@@ -1,6 +1,13 @@
 // What Qt's serial port does not tell of its line.
 #pragma once
 
+#include <string>
+
+// Why the port `path` could not be opened, in words that tell what to do: there is none, it is no
+// serial port, its group has to be joined, another program holds it. `otherwise` where it is none
+// of these.
+std::string whyNotOpened(const std::string& path, const std::string& otherwise);
+
 // Bytes that have arrived and wait in the system's queue, at least 0.
 int waitingBytes(int descriptor);
 

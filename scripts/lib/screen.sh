@@ -4,8 +4,9 @@
 
 lib_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
-# start_screen FOLDER: a virtual X screen and a window manager, logs in FOLDER.
+# start_screen FOLDER [SIZE]: a virtual X screen and a window manager, logs in FOLDER.
 start_screen() {
+    local size=${2:-1024x768}
     screen_folder=$1
     # Sockets live here: their names may not be long, so it is not in FOLDER. Only ours (0700).
     runtime_folder=$(mktemp -d "${TMPDIR:-/tmp}/quorven.XXXXXX")
@@ -15,7 +16,7 @@ start_screen() {
     local number_file=$runtime_folder/display
     : >"$number_file"
     background "$screen_folder/xvfb.log" \
-        Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$number_file"
+        Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$number_file"
     wait_until 20 "the virtual screen" test -s "$number_file"
     DISPLAY=:$(<"$number_file")
     export DISPLAY
@@ -49,6 +50,8 @@ remove_screen() {
 # What a program on this screen is told of message buses. Without a reader: that there is none, or
 # it would have one started that outlives it.
 bus_environment=(DBUS_SESSION_BUS_ADDRESS=disabled:)
+# What else it is told, NAME=VALUE each.
+program_environment=()
 
 # on_screen COMMAND...: becomes the command, as a program on this screen, with nothing of the
 # caller's environment that could change what it looks like or where it keeps what.
@@ -59,13 +62,23 @@ on_screen() {
     done
     exec env -i "${kept[@]}" "${bus_environment[@]}" PATH="$PATH" HOME="$runtime_folder/home" \
         LC_ALL=C.UTF-8 XDG_RUNTIME_DIR="$runtime_folder" DISPLAY="$DISPLAY" QT_QPA_PLATFORM=xcb \
-        "$@"
+        "${program_environment[@]}" "$@"
 }
 
 # --- reading -----------------------------------------------------------------------------------
 
 # The text of all windows, or of the one with the title $1.
 read_windows() { /usr/bin/python3 "$lib_folder/window_texts.py" "$@"; }
+
+# The text of the label that follows the label $2 in the window with the title $1.
+label_after() { read_windows "$1" | sed 's/^ *label: //' | grep -xF -A 1 -- "$2" | tail -n +2; }
+
+# The rows of the list $2 in the window with the title $1, one a line.
+rows_of() {
+    read_windows "$1" | awk -v list="list: $2" '
+        /list item: / { if (inside) { sub(/^ *list item: /, ""); sub(/ \(selected\)$/, ""); print } next }
+        { sub(/^ */, ""); inside = $0 == list }'
+}
 
 # Whether any window has this very line, blanks in front aside.
 shows() {
@@ -92,14 +105,47 @@ open_menu() {
     local tries
     for ((tries = 10; tries > 0; --tries)); do
         press "alt+$1"
-        local deadline=$(($(now_ms) + 1000))
-        while (($(now_ms) < deadline)); do
-            if shows "menu item: $2"; then
-                return
-            fi
-        done
+        if within_a_second shows "menu item: $2"; then
+            return
+        fi
     done
     fail "the menu with the entry \"$2\" does not open"
+}
+
+within_a_second() {
+    local deadline=$(($(now_ms) + 1000))
+    until "$@"; do
+        (($(now_ms) < deadline)) || return
+    done
+}
+
+# choose KEY ENTRY: opens that menu and carries out ENTRY.
+choose() {
+    open_menu "$1" "$2"
+    move_to Down "menu item: $2"
+    press Return
+}
+
+# move_to KEY ITEM: presses the key until ITEM, "role: name", has the focus.
+move_to() {
+    local before tries
+    for ((tries = 20; tries > 0; --tries)); do
+        before=$(focused_items)
+        ! grep -qxF -- "$2" <<<"$before" || return 0
+        press "$1"
+        within_a_second focus_left "$before" || true # the key is pressed again
+    done
+    fail "the focus does not come to \"$2\""
+}
+focused_items() { read_windows --focus; }
+focus_left() { [[ $(focused_items) != "$1" ]]; }
+
+# fill_in BOX TEXT: goes to the text box and replaces what stands there.
+fill_in() {
+    move_to Tab "text: $1"
+    press ctrl+a
+    type_text "$2"
+    wait_for_line "text: $1: $2"
 }
 
 # --- pictures ----------------------------------------------------------------------------------

@@ -60,25 +60,37 @@ answer() {
     wait_until_gone "$1"
 }
 
-# File Load of an Intel HEX file in the program's current directory, both offsets 0.
-load_hex_file() {
-    open_menu f Load
-    press l
-    wait_for_window Open
-    type_text "$1"
-    wait_for_line "text: File name:: $1"
-    press Return
-    wait_for_window "$file_title"
-    wait_for_line "radio button: Intel Hex (chosen)"
-    say "$file_title" file-options
+# load_file NAME TYPE: File Load of a file in the program's current directory, both offsets 0.
+load_file() {
+    choose f Load
+    name_file Open "$1" "$2"
     press Return
     wait_for_line "frame: Buffer"
     wait_for_window "$main_title"
 }
 
+# save_file NAME TYPE: File Save into the program's current directory.
+save_file() {
+    choose f Save
+    name_file "Save As" "$1" "$2"
+    press Return
+    wait_for_window "$main_title"
+}
+
+# name_file TITLE NAME TYPE: goes through the file dialog to the file options, which have to
+# propose TYPE.
+name_file() {
+    wait_for_window "$1"
+    type_text "$2"
+    wait_for_line "text: File name:: $2"
+    press Return
+    wait_for_window "$file_title"
+    wait_for_line "radio button: $3 (chosen)"
+    say "$file_title" "file-options-$2"
+}
+
 open_function_window() {
-    open_menu d Function
-    press Down Return
+    choose d Function
     wait_for_window Function
 }
 
@@ -91,11 +103,15 @@ run_function() {
     press Return
 }
 
-# wait_for_end_of_run LINE SECONDS: waits for the end of the run just started and checks that it
-# left LINE among the messages.
+# wait_for_end_of_run SECONDS LINE...: waits for the end of the run just started and checks that it
+# left each LINE among the messages.
 wait_for_end_of_run() {
-    wait_until "$2" "the run to end" run_is_over
-    shows "label: $1" || fail "the run did not end with the line \"$1\""
+    local line seconds=$1
+    shift
+    wait_until "$seconds" "the run to end" run_is_over
+    for line in "$@"; do
+        shows "label: $line" || fail "the run did not end with the line \"$line\""
+    done
 }
 
 # A run ends with the release of the socket. Until that is there, an enabled Run button means that
@@ -114,8 +130,7 @@ buffer_page() { read_windows "$main_title" | sed 's/^ *//' | grep -E '^[0-9A-F]{
 buffer_window_closed() { shows_not "frame: Buffer"; }
 
 exit_program() {
-    open_menu f Exit
-    press x
+    choose f Exit
     expect_status 0 "$program_pid" quorven
 }
 

@@ -2,6 +2,7 @@
 
     window_texts.py            every window that is shown
     window_texts.py TITLE      the window with this title only
+    window_texts.py --focus    the items with the focus, "role: name", nothing else
 
     window "Function" (active)
       list item: Program (selected)
@@ -69,6 +70,20 @@ def lines_of(item, depth, parent_name):
         return  # it went away while it was being read
 
 
+def focused_in(item):
+    try:
+        states = item.get_state_set()
+        if states.contains(Atspi.StateType.SHOWING):
+            if states.contains(Atspi.StateType.FOCUSED) and item.get_name():
+                yield f"{item.get_role_name()}: {item.get_name()}"
+            for index in range(item.get_child_count()):
+                child = item.get_child_at_index(index)
+                if child:
+                    yield from focused_in(child)
+    except GLib.Error:
+        return
+
+
 def windows():
     desktop = Atspi.get_desktop(0)
     for number in range(desktop.get_child_count()):
@@ -83,6 +98,10 @@ def main():
     wanted = sys.argv[1] if len(sys.argv) > 1 else None
     try:
         for window in windows():
+            if wanted == "--focus":
+                for line in focused_in(window):
+                    print(line)
+                continue
             title = window.get_name()
             if wanted is not None and title != wanted:
                 continue

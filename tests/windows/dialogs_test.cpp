@@ -161,3 +161,22 @@ TEST_F(Windows, LeavingSettingsLooksForTheBoxEveryTime) {
     EXPECT_EQ(messages.filter(QStringLiteral("Device Found!")).size(), 2);
     EXPECT_EQ(panel("sbar1"), QStringLiteral("COM5"));
 }
+
+TEST_F(Windows, StartFilesWithoutDevicesOrWithAPortThatIsNoneStillGiveAProgram) {
+    state().DeviceCount = state().SelectedDevice = 0;
+    state().ComPort = 17;
+    start();
+    EXPECT_EQ(messages, QStringList{QStringLiteral("Communication Port Error: COM17, there is no "
+                                                   "such port on this computer")});
+    when("frmSelectDevice", [](QWidget& form) { click(form, "cmdOk"); });
+    trigger("DeviceSelect");
+    EXPECT_EQ(state().SelectedDevice, 0);
+    EXPECT_EQ(panel("sbar2") + panel("sbar3"), QStringLiteral("Device: Size: 0H"));
+    when("frmSettings", [](QWidget& form) {
+        EXPECT_EQ(in<QComboBox>(form, "cmbCOM")->currentText(), QString());
+        QTest::keyClick(&form, Qt::Key_Escape);
+    });
+    trigger("OptionsSettings");
+    trigger("BufferEdit");
+    EXPECT_EQ(in<QLabel>(*mdi, "lblCheckSum")->text(), QStringLiteral("0000"));
+}

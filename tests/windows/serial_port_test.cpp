@@ -105,13 +105,18 @@ TEST_F(SerialPort, AHungUpLineGivesNothingAndCostsNothing) {
 }
 
 TEST_F(SerialPort, AFailedOpeningNamesThePortAndTheCause) {
-    QtSerialPort none([](int) { return "/dev/no-such-port"; });
-    try {
-        none.Open();
-        ADD_FAILURE();
-    } catch (const platform::PortError& error) {
-        EXPECT_STREQ(error.what(), "/dev/no-such-port: No such file or directory");
+    for (const auto& [name, cause] :
+         {std::pair("/dev/no-such-port", "there is no such device. Is the box plugged in?"),
+          std::pair("/dev/zero", "it is no serial port."),
+          std::pair("/etc/passwd", "it is no serial port.")}) {
+        QtSerialPort none([name = name](int) { return name; });
+        try {
+            none.Open();
+            ADD_FAILURE();
+        } catch (const platform::PortError& error) {
+            EXPECT_EQ(std::string(error.what()), std::string(name) + ": " + cause);
+        }
+        EXPECT_FALSE(none.PortOpen());
     }
-    EXPECT_FALSE(none.PortOpen());
     EXPECT_THROW(QtSerialPort([](int) { return ""; }).Open(), platform::PortError);
 }
