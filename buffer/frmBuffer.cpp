@@ -89,7 +89,9 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     viewport()->setCursor(Qt::ArrowCursor);
+    constexpr int textGap = 3;
     document()->setDocumentMargin(0);
+    setViewportMargins(textGap, 0, 0, 0);
     // The caret is seen whether or not the box has the focus.
     QPalette colours = palette();
     for (const auto group : {QPalette::Inactive, QPalette::Disabled}) {

@@ -25,7 +25,7 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setPen(colour_);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        painter.drawRect(insidePen(rect()));
     }
 
 private:

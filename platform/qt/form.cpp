@@ -78,8 +78,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // The tightest of all captions and the width of its place, at the smallest size.
-    constexpr int captionWidth = 105;
+    // The tightest of all captions and the width of its place less a gap, at the smallest size.
+    constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;
     font.setStretch(narrowed(font, caption, QSize(width, 2 * pixelSize)).stretch());
@@ -156,6 +156,11 @@ QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, cons
     return frame;
 }
 
+QRectF insidePen(const QRect& edges) {
+    constexpr double halfPen = 0.5;
+    return QRectF(edges).adjusted(halfPen, halfPen, -halfPen, -halfPen);
+}
+
 void followInTabOrder(std::initializer_list<QWidget*> widgets) {
     QWidget* previous = nullptr;
     for (QWidget* widget : widgets) {
@@ -181,13 +186,23 @@ void List::keyPressEvent(QKeyEvent* event) {
         QListWidget::keyPressEvent(event);
 }
 
+void List::showEvent(QShowEvent* event) {
+    QPalette colours = palette();
+    colours.setBrush(QPalette::Window, colours.base()); // of the strip left below the last row
+    setPalette(colours);
+    setAutoFillBackground(true);
+    if (const int row = sizeHintForRow(0); row > 0)
+        setViewportMargins(0, 0, 0, (height() - 2 * frameWidth()) % row);
+    QListWidget::showEvent(event);
+}
+
 void CaptionFrame::paintEvent(QPaintEvent*) {
     constexpr int captionLeft = 8;
     constexpr int gap = 3;
     QPainter painter(this);
     const QFontMetrics metrics(font());
     const QRect caption(captionLeft, 0, metrics.horizontalAdvance(title()), metrics.height());
-    QRect line = rect().adjusted(0, caption.center().y(), -1, -1);
+    const QRectF line = insidePen(rect().adjusted(0, caption.center().y(), 0, 0));
     painter.setPen(palette().color(QPalette::Mid));
     painter.setClipRegion(QRegion(rect()) - caption.adjusted(-gap, 0, gap, 0));
     painter.drawRoundedRect(line, 2, 2);

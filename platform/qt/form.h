@@ -55,6 +55,10 @@ QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, cons
 // Condenses the font of a button or option button until its text fits.
 void fitText(QAbstractButton* button, int extraPixels);
 
+// The rectangle to draw along with a pen of one unit so that the line stands inside `edges`, at
+// every scale of the screen.
+QRectF insidePen(const QRect& edges);
+
 // Makes the widgets follow each other in the tab order as listed.
 void followInTabOrder(std::initializer_list<QWidget*> widgets);
 
@@ -76,6 +80,7 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override; // no row is shown in part
 };
 
 // A frame with its caption on the upper line, so that what stands inside keeps its place.
