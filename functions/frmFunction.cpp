@@ -37,6 +37,7 @@ frmFunction::frmFunction(QWidget* owner)
         lblMsg[line] = addLabel(Frame1, "lblMsg", QString(), {120, 240 + 240 * index, 2775, 255});
         lblMsg[line]->setObjectName(QStringLiteral("lblMsg(%1)").arg(index));
         setTextColour(lblMsg[line], QColor(0, 0, 255));
+        giveLightGround(lblMsg[line]);
     }
 
     addChipRange();

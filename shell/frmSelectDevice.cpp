@@ -56,7 +56,7 @@ frmSelectDevice::frmSelectDevice(QWidget* owner)
 void frmSelectDevice::addSocket() {
     const QColor blue(0, 0, 255);
     constexpr Place stroke{3563, 2040, 75, 120}; // five pixels wide, its middle at 3600
-    new Outline(this, "Shape1", palette().color(QPalette::WindowText), {3000, 120, 615, 1935});
+    giveLightGround(new Outline(this, "Shape1", Qt::black, {3000, 120, 615, 1935}));
     new Shape(this, "Line1", palette().color(QPalette::WindowText), stroke);
     shp1[1] = new Outline(this, "shp1(1)", blue, {3120, 240, 375, 1695});
     shp1[2] = new Outline(this, "shp1(2)", blue, {3120, 960, 375, 975});

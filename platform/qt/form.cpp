@@ -130,6 +130,16 @@ void setTextColour(QWidget* widget, const QColor& colour) {
     widget->setPalette(colours);
 }
 
+void giveLightGround(QWidget* widget) {
+    constexpr int darkBelow = 128;
+    QPalette colours = widget->palette();
+    if (colours.color(QPalette::Window).lightness() >= darkBelow)
+        return;
+    colours.setColor(QPalette::Window, QColor(239, 239, 239));
+    widget->setPalette(colours);
+    widget->setAutoFillBackground(true);
+}
+
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place) {
     auto* box = placed(new QLineEdit(text, parent), name, place);
     box->setFont(sansFont());

@@ -47,6 +47,9 @@ void showText(QLabel* label, const QString& text);
 QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place,
                  const QFont& font = sansFont());
 void setTextColour(QWidget* widget, const QColor& colour);
+// Some colours are the program's own and made for a light ground. On a dark desktop this gives the
+// widget one.
+void giveLightGround(QWidget* widget);
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text, const Place& place);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text, const Place& place);
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,

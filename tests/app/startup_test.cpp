@@ -50,6 +50,16 @@ TEST_F(StartUp, ReadsTheThreeFiles) {
     EXPECT_EQ(s.AutoList[2], 5);
 }
 
+TEST_F(StartUp, ReadsFiftyDevicesAndNoMore) {
+    std::string rows;
+    for (int row = 1; row <= 51; ++row)
+        rows += "device " + std::to_string(row) + ",,,1,256,0,0,0\r\n";
+    folder.write("quorven.dev", rows);
+    folder.write("quorven.cfg", "3\n50\n50\na\nb\n");
+    readAll();
+    EXPECT_EQ(selectedDevice().Name, "device 50");
+}
+
 TEST_F(StartUp, WritesSettingsThatReadBackTheSame) {
     ReadSettings();
     state().ComPort = 16;

@@ -133,7 +133,9 @@ TEST_F(Files, EveryBumpedOrCutByteOfARecordIsNoticedOrHarmless) {
         bumped[at] = bumped[at] == '9' ? 'A' : static_cast<char>(bumped[at] + 1);
         std::string cut = record;
         cut.erase(at, 1);
-        for (const std::string& text : {bumped, cut}) {
+        std::string doubled = record;
+        doubled.insert(at, 1, record[at]);
+        for (const std::string& text : {bumped, cut, doubled}) {
             state().BufferData.assign(70001, 0xFF);
             vm.messages.clear();
             viewReopened = 0;
