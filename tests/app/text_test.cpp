@@ -3,6 +3,7 @@
 #include "platform/file_error.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <vector>
 
 using namespace modFunc;
@@ -14,14 +15,16 @@ TEST(HexText, FillsToFourDigitsAndNeverCuts) {
 }
 
 TEST(HexText, ReadsTolerantlyFromTheLeft) {
-    EXPECT_EQ(TolerantHex("12G4"), 18);
-    EXPECT_EQ(TolerantHex("aF"), 175);
-    EXPECT_EQ(TolerantHex(""), 0);
-    EXPECT_EQ(TolerantHex("G5"), 0);
-    EXPECT_EQ(TolerantHex("-1"), 0);
-    EXPECT_EQ(TolerantHex("7FFFFFFF"), 2147483647);
-    EXPECT_EQ(TolerantHex("80000000"), 2147483647);
-    EXPECT_EQ(TolerantHex("123456789ABCDEF0123456789"), 2147483647);
+    for (const auto& [text, value] :
+         std::map<std::string, int>{{"12G4", 18},
+                                    {"aF", 175},
+                                    {"", 0},
+                                    {"G5", 0},
+                                    {"-1", 0},
+                                    {"7FFFFFFF", INT32_MAX},
+                                    {"80000000", INT32_MAX},
+                                    {"123456789ABCDEF0123456789", INT32_MAX}})
+        EXPECT_EQ(TolerantHex(text), value) << text;
 }
 
 TEST(HexText, ReadsStrictlyOneToFourDigits) {

@@ -4,6 +4,7 @@
 #include "buffer/image.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 using namespace modFunc;
 
@@ -64,15 +65,16 @@ TEST_F(Image, PageTextStandsOnFixedPositions) {
     EXPECT_EQ(PageText(4360).size(), 16U * 72 + 65); // behind the image: five digits, no crash
 }
 
-TEST_F(Image, LastTopLineRoundsToEvenAndStaysInTheImage) {
-    EXPECT_EQ(LastTopLine(8192), 496);
-    EXPECT_EQ(LastTopLine(65536), 4080);
-    EXPECT_EQ(LastTopLine(256), 0);
-    EXPECT_EQ(LastTopLine(128), 0);
-    EXPECT_EQ(LastTopLine(0), 0);
-    EXPECT_EQ(LastTopLine(256 + 8), 0);  // 0.5 to 0
-    EXPECT_EQ(LastTopLine(256 + 24), 2); // 1.5 to 2
-    EXPECT_EQ(LastTopLine(256 + 25), 2);
-    EXPECT_EQ(LastTopLine(2147483647), 4080);
-    EXPECT_EQ(LastTopLine(-2147483647), 0);
+TEST_F(Image, LastTopLineRoundsToEvenAndKeepsFourDigits) {
+    for (const auto& [size, line] : std::map<int, int>{{8192, 496},
+                                                       {65536, 4080},
+                                                       {256, 0},
+                                                       {128, 0},
+                                                       {0, 0},
+                                                       {256 + 8, 0}, // 0.5 to 0
+                                                       {256 + 24, 2},
+                                                       {256 + 25, 2},
+                                                       {INT32_MAX, 4080},
+                                                       {-INT32_MAX, 0}}) // 1.5 to 2
+        EXPECT_EQ(LastTopLine(size), line) << size;
 }
