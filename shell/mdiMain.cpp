@@ -58,6 +58,8 @@ QMenu* closeMenu(QMdiSubWindow* window) {
     auto* menu = new QMenu(window);
     QAction* close = menu->addAction(QObject::tr("&Close"), window, &QWidget::close);
     close->setShortcuts(QKeySequence::Close);
+    close->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    window->addAction(close); // a menu outside the menu bar has no shortcuts of its own
     return menu;
 }
 

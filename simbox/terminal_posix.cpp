@@ -9,6 +9,9 @@
 #include <poll.h>
 #include <stdexcept>
 #include <sys/ioctl.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
 #include <system_error>
 #include <termios.h>
 #include <unistd.h>
@@ -30,6 +33,14 @@ std::runtime_error failure(const std::string& what) {
     return std::runtime_error(what + ": " + std::generic_category().message(errno));
 }
 
+// The system may add its slack to every sleep, by default a third of a byte's time on the line.
+void sleepExactly() {
+#ifdef __linux__
+    constexpr unsigned long slackNs = 1'000;
+    prctl(PR_SET_TIMERSLACK, slackNs);
+#endif
+}
+
 // The signals stay blocked but for the sleep in ppoll, so none can slip in between test and sleep.
 void catchSignals() {
     sigset_t stops;
@@ -48,6 +59,7 @@ void catchSignals() {
 
 Terminal::Terminal(std::string linkPath) : linkPath_(std::move(linkPath)) {
     catchSignals();
+    sleepExactly();
     try {
         open();
         makeLink();

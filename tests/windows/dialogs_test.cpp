@@ -23,6 +23,9 @@ TEST_F(Windows, TypedDigitsReachTheImageAndTheView) {
     QTest::keyClick(page, Qt::Key_Down, Qt::ShiftModifier);
     EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0031"));
     EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("F"));
+    QTest::keyClick(page, Qt::Key_W, Qt::ControlModifier);
+    QTest::qWait(1); // the window is deleted later
+    EXPECT_EQ(bufferWindow(), nullptr);
 }
 
 TEST_F(Windows, FillRefusesWhatDoesNotFitAndKeepsThePage) {

@@ -78,6 +78,8 @@ protected:
         modFunc::state().TimedOut = false;
         mdi->Load();
         mdi->show();
+        mdi->activateWindow(); // or no shortcut would be heard
+        EXPECT_TRUE(QTest::qWaitForWindowActive(mdi.get()));
     }
     // What is done when a modal window of this name is up; message boxes are answered by
     // themselves.
