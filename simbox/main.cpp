@@ -52,8 +52,9 @@ public:
         }
         savedRevision_ = chip_.revision();
     }
+    bool behind() const { return !path_.empty() && chip_.revision() != savedRevision_; }
     void update() {
-        if (!path_.empty() && chip_.revision() != savedRevision_) {
+        if (behind()) {
             saveChip(path_, chip_);
             savedRevision_ = chip_.revision();
         }
@@ -65,20 +66,31 @@ private:
     std::uint64_t savedRevision_ = 0;
 };
 
-// The chip is saved before the reply goes out: whoever has the reply finds the file up to date.
+// Saving the chip takes about a millisecond, which must not come between a frame and its reply: it
+// waits until nothing is due for a while, as during the bytes of a long frame.
 void serve(Box& box, Terminal& terminal, ChipKeeper& keeper) {
+    constexpr std::int64_t quietUs = 5'000;
     const StopWatch watch;
     while (!Terminal::stopRequested() && !box.cablePulled()) {
-        std::optional<std::int64_t> timeoutUs;
-        if (const auto next = box.nextEventUs()) {
-            timeoutUs = std::max<std::int64_t>(0, *next - watch.us());
+        const auto untilNext = [&]() -> std::optional<std::int64_t> {
+            const auto next = box.nextEventUs();
+            return next ? std::optional(std::max<std::int64_t>(0, *next - watch.us()))
+                        : std::nullopt;
+        };
+        auto timeoutUs = untilNext();
+        if (keeper.behind() && timeoutUs && *timeoutUs > quietUs) {
+            keeper.update();
+            timeoutUs = untilNext();
         }
-        const auto bytes = terminal.wait(timeoutUs);
+        const bool idle = !timeoutUs;
+        const auto bytes = terminal.wait(idle && keeper.behind() ? quietUs : timeoutUs);
+        if (idle && bytes.empty()) {
+            keeper.update();
+        }
         box.receive(watch.us(), bytes);
-        const auto reply = box.take(watch.us());
-        keeper.update();
-        terminal.write(reply);
+        terminal.write(box.take(watch.us()));
     }
+    keeper.update();
 }
 
 int run(const Settings& settings) {
