@@ -5,26 +5,8 @@
 #   main_job_test.sh QUORVEN SIMBOX SCRATCH
 set -euo pipefail
 
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-source "$here/../../scripts/lib/common.sh"
-source "$here/../../scripts/lib/screen.sh"
-source "$here/../../scripts/lib/session.sh"
-
-quorven=$(realpath "$1")
-simbox=$(realpath "$2")
-data=$(realpath "$here/../../data")
-rm -rf "$3"
-mkdir -p "$3"
-scratch=$(realpath "$3")
+source "$(dirname "${BASH_SOURCE[0]}")/preamble.sh"
 chip=$scratch/chip.bin
-row_64k_family_4=8
-
-finish() {
-    local status=$?
-    ((status == 0)) || show_wreck "$scratch"
-    remove_screen
-    exit "$status"
-}
 
 # Fresh start files, the device as given by its row.
 lay_out_start_files() {
@@ -69,8 +51,6 @@ programs_a_chip_from_a_hex_file() {
     expect_settings_kept
     expect_silent_console
 }
-
-blocks_written() { (($(grep -c ' status N$' "$scratch/trace.txt") >= $1)); }
 
 # A program that goes on listening to a dead line would take a whole core.
 expect_idle() {

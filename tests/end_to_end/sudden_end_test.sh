@@ -5,27 +5,7 @@
 #   sudden_end_test.sh QUORVEN SIMBOX SCRATCH
 set -euo pipefail
 
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-source "$here/../../scripts/lib/common.sh"
-source "$here/../../scripts/lib/screen.sh"
-source "$here/../../scripts/lib/session.sh"
-
-quorven=$(realpath "$1")
-simbox=$(realpath "$2")
-data=$(realpath "$here/../../data")
-rm -rf "$3"
-mkdir -p "$3"
-scratch=$(realpath "$3")
-row_64k_family_4=8
-
-finish() {
-    local status=$?
-    ((status == 0)) || show_wreck "$scratch"
-    remove_screen
-    exit "$status"
-}
-
-blocks_written() { (($(grep -c ' status N$' "$scratch/trace.txt") >= $1)); }
+source "$(dirname "${BASH_SOURCE[0]}")/preamble.sh"
 
 powered_down() {
     [[ $(grep ' > ' "$scratch/trace.txt" | tail -n 2 | sed 's/.*  //' | tr '\n' ',') == \
