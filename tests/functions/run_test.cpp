@@ -48,13 +48,6 @@ TEST_F(Runs, ProgramShowsThePercentBeforeEachBlock) {
               (std::vector{0, 0, 6, 12, 18, 25, 31, 37, 43, 50, 56, 62, 68, 75, 81, 87, 93, 100}));
 }
 
-TEST_F(Runs, LockLocksTheChip) {
-    device(1, 1024);
-    box();
-    run(Lock);
-    EXPECT_TRUE(vm.box().chip().locked());
-}
-
 TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {
     box();
     device(1, 256);

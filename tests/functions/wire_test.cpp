@@ -57,6 +57,7 @@ TEST_F(Wire, EveryFunctionOnEveryFamily) {
         const bool answered = row[0] != "6" && row[0] != "45";
         EXPECT_EQ(vm.box().complaints().empty(), answered || row[4].starts_with("Function") ||
                                                      (row[0] == "45" && code == Program));
+        EXPECT_EQ(vm.box().chip().locked(), code == Lock && row[4].ends_with("OK!") && answered);
         if (code == Program && answered) {
             EXPECT_TRUE(std::equal(state().BufferData.begin(), state().BufferData.begin() + 512,
                                    vm.box().chip().memory().begin()));
