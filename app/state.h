@@ -52,8 +52,9 @@ struct State {
 
     // Memory image.
 
-    // The image, bytes 0..70000 for every device; chip address n is byte n. Written by Clear, the
-    // file loaders and ReadDevice; read by the view, ProgramDevice, VerifyDevice and the savers.
+    // The image, bytes 0..70000 for every device; chip address n is byte n. Written by Clear, Fill,
+    // the file loaders, ReadDevice and the hex editor; read by the view, ProgramDevice,
+    // VerifyDevice and the savers.
     Bytes BufferData = Bytes(lastBufferIndex + 1);
     // Sum of the selected device's bytes, 0..65535. Written and read by UpdateBuffer.
     std::int32_t BufferCheckSum = 0;
@@ -71,7 +72,8 @@ struct State {
 
     // File exchange.
 
-    // The parsed Intel HEX file, records from element 1 on. Written and read by OpenHexFile.
+    // The parsed Intel HEX file, records from element 1 on. Written and read by OpenHexFile. The
+    // text of element 0 is the line that HexFileText is building.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
     // Data records in HexRecords. Written and read by OpenHexFile.
     std::int16_t HexRecordCount = 0;

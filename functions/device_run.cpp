@@ -5,8 +5,6 @@
 #include "link/frames.h"
 #include "platform/machine.h"
 
-#include <utility>
-
 namespace modFunc {
 
 using platform::machine;

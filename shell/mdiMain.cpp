@@ -88,12 +88,6 @@ mdiMain::~mdiMain() {
     useBufferView(nullptr);
 }
 
-QAction* mdiMain::addEntry(QMenu* menu, const char* name, const QString& caption) {
-    QAction* entry = menu->addAction(caption);
-    entry->setObjectName(QString::fromLatin1(name));
-    return entry;
-}
-
 void mdiMain::addMenus() {
     menuBar()->setNativeMenuBar(false); // a desktop's own bar would go round what blocks input
     struct Entry {
@@ -131,7 +125,8 @@ void mdiMain::addMenus() {
         QMenu* bar = menuBar()->addMenu(menu.caption);
         bar->setObjectName(QString::fromLatin1(menu.name));
         for (const Entry& entry : menu.entries) {
-            QAction* action = addEntry(bar, entry.name, entry.caption);
+            QAction* action = bar->addAction(entry.caption);
+            action->setObjectName(QString::fromLatin1(entry.name));
             action->setSeparator(entry.caption == QLatin1String("-"));
         }
     }

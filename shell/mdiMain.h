@@ -11,7 +11,6 @@
 class QLabel;
 class QMdiArea;
 class QMdiSubWindow;
-class QMenu;
 
 // The one top-level window: menus, status bar, and the hex view as its only child window.
 class mdiMain : public QMainWindow, private modFunc::BufferView {
@@ -31,7 +30,6 @@ protected:
 
 private:
     void addMenus();
-    QAction* addEntry(QMenu* menu, const char* name, const QString& caption);
     void addStatusBar();
     void connectHandlers();
     void closeIfRequested();

@@ -66,8 +66,9 @@ TEST_F(Geometry, EveryControlStandsWhereItBelongs) {
         EXPECT_NEAR(place.top(), top / 15.0, 1);
         EXPECT_NEAR(place.width(), width / 15.0, 1);
         EXPECT_NEAR(place.height(), height / 15.0, 1);
-        EXPECT_EQ(textOf(widget).toStdString(),
-                  row.size() > 3 ? row[3] : textOf(widget).toStdString());
+        if (row.size() > 3) {
+            EXPECT_EQ(textOf(widget).toStdString(), row[3]);
+        }
         EXPECT_TRUE(!row[1].empty() || widget->minimumSize() == widget->maximumSize());
     }
 }
