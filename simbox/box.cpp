@@ -37,6 +37,11 @@ void spoilOnce(Reply& reply, const Fault& fault) {
         reply.gapIndex = fault.count;
         reply.gapUs = fault.delayUs;
         break;
+    case FaultKind::Chatter:
+        reply.gapIndex = reply.bytes.size();
+        reply.gapUs = fault.delayUs;
+        reply.bytes.resize(reply.bytes.size() + fault.count, extraByte);
+        break;
     case FaultKind::Double: {
         const std::vector<std::uint8_t> once = reply.bytes;
         reply.bytes.insert(reply.bytes.end(), once.begin(), once.end());

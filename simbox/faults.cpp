@@ -15,6 +15,7 @@ const char* const faultHelp =
     "  late@F:Tms       reply T milliseconds late\n"
     "  torn@F:K:Tms     K bytes in time, the rest T milliseconds later\n"
     "  double@F         the reply twice\n"
+    "  chatter@F:K:Tms  K bytes that nobody asked for, T milliseconds after the reply\n"
     "  status@F:HH...   these bytes (hexadecimal) in the reply's place\n"
     "  identify:K       every identify reply has K bytes\n"
     "  program-error:A  every write over chip address A (four hexadecimal digits) fails there\n"
@@ -36,7 +37,7 @@ struct Form {
     std::string_view arguments;
 };
 
-constexpr std::array<Form, 12> forms{{
+constexpr std::array<Form, 13> forms{{
     {"silent", FaultKind::Silent, "F"},
     {"silent-from", FaultKind::SilentFrom, "F"},
     {"short", FaultKind::Short, "FK"},
@@ -44,6 +45,7 @@ constexpr std::array<Form, 12> forms{{
     {"late", FaultKind::Late, "FT"},
     {"torn", FaultKind::Torn, "FKT"},
     {"double", FaultKind::Double, "F"},
+    {"chatter", FaultKind::Chatter, "FKT"},
     {"status", FaultKind::Status, "FH"},
     {"identify", FaultKind::Identify, "K"},
     {"program-error", FaultKind::ProgramError, "A"},

@@ -18,6 +18,7 @@ enum class FaultKind {
     Late,         // the reply starts `delayUs` later                            [+ delayUs]
     Torn,         // `count` bytes in time, the rest `delayUs` later             [+ count, delayUs]
     Double,       // the whole reply twice, end to end                           [letter, number]
+    Chatter,      // `count` bytes EE that nobody asked for, `delayUs` after the reply [+ both]
     Status,       // `bytes` in the reply's place, whatever the frame did        [+ bytes]
     Identify,     // every identify reply is `count` bytes: cut, or filled with EE  [count]
     ProgramError, // every write over `address` stops there and reports it       [address]

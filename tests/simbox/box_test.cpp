@@ -192,6 +192,7 @@ TEST(Box, FaultsStrikeWhereTheyAreAskedFor) {
                                            {"late@I2:101ms", 0, 0, 24},
                                            {"torn@2:1:100ms", 1, 11, 12},
                                            {"double@2", 24, 0, 12},
+                                           {"chatter@2:3:100ms", 12, 3, 12},
                                            {"status@I2:4501", 2, 0, 12},
                                            {"identify:11", 11, 0, 11},
                                            {"pull@2", 0, 0, 0},

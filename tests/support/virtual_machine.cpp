@@ -40,8 +40,10 @@ void BoxPort::Close() {
 }
 
 void BoxPort::Output(const Bytes& frame) {
-    if (open)
-        box->receive(nowUs, frame);
+    if (!open)
+        return;
+    staleSends += InBufferCount() > 0;
+    box->receive(nowUs, frame);
 }
 
 std::int16_t BoxPort::InBufferCount() {

@@ -46,7 +46,8 @@ struct BoxPort final : platform::SerialPort {
     int commPort = 0;
     bool open = false;
     Bytes lastFrames;
-    Bytes queue; // arrived and not read; a test may put stale bytes here
+    Bytes queue;        // arrived and not read; a test may put stale bytes here
+    int staleSends = 0; // frames that went out while bytes waited unread
 };
 
 struct ShownMessage {
