@@ -4,6 +4,7 @@
 #include "app/state.h"
 
 #include <QAccessible>
+#include <QCloseEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -92,6 +93,8 @@ void frmFunction::connectHandlers() {
 void frmFunction::cmdRun_Click() {
     DeviceRun run(*this);
     run.Run(listFunction->currentRow());
+    if (closeRequested_)
+        done(Rejected);
 }
 
 void frmFunction::cmdClose_Click() {
@@ -100,6 +103,15 @@ void frmFunction::cmdClose_Click() {
 
 void frmFunction::reject() {
     cmdClose->click();
+}
+
+void frmFunction::closeEvent(QCloseEvent* event) {
+    if (DeviceRun::UnderWay()) {
+        closeRequested_ = true;
+        event->ignore();
+        return;
+    }
+    Form::closeEvent(event);
 }
 
 void frmFunction::ShowLine(int line, const std::string& text) {

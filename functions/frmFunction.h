@@ -19,6 +19,10 @@ public:
 
     void reject() override; // Escape and a request to close press Close, if it can be pressed
 
+protected:
+    // A request that comes during a run is carried out behind its last frame.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     void addChipRange();
     void connectHandlers();
@@ -42,4 +46,5 @@ private:
     QLabel* lblProgress;
     QPushButton* cmdRun;
     QPushButton* cmdClose;
+    bool closeRequested_ = false; // during a run
 };

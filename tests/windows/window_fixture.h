@@ -48,16 +48,17 @@ protected:
         box.terminate();
         EXPECT_TRUE(box.state() == QProcess::NotRunning || box.waitForFinished(5000));
     }
-    // The box, with a chip of 64 KiB of `fill`.
-    void startBox(char fill = '\xFF') {
+    // The box, with a chip of 64 KiB of `fill` and these options besides.
+    void startBox(char fill = '\xFF', const QStringList& more = {}) {
         folder.write("chip.bin", std::string(65536, fill));
         const auto file = [this](const char* name) {
             return QString::fromStdString(folder.file(name));
         };
         box.start(QStringLiteral(SIMBOX),
-                  {QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
-                   file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
-                   QStringLiteral("--no-pace")});
+                  QStringList{QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
+                              file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
+                              QStringLiteral("--no-pace")} +
+                      more);
         ASSERT_TRUE(box.waitForReadyRead(5000)) << "the simulated box does not start";
     }
     // The frames that the box got, as its trace tells them.
