@@ -46,11 +46,12 @@ protected:
     }
     ~Windows() override {
         box.terminate();
-        EXPECT_TRUE(box.state() == QProcess::NotRunning || box.waitForFinished(5000));
+        EXPECT_TRUE(boxEnds());
     }
     // The box, with a chip of 64 KiB of `fill` and these options besides.
     void startBox(char fill = '\xFF', const QStringList& more = {}) {
         folder.write("chip.bin", std::string(65536, fill));
+        folder.remove("chip.bin.lock");
         const auto file = [this](const char* name) {
             return QString::fromStdString(folder.file(name));
         };
@@ -61,6 +62,7 @@ protected:
                       more);
         ASSERT_TRUE(box.waitForReadyRead(5000)) << "the simulated box does not start";
     }
+    bool boxEnds() { return box.state() == QProcess::NotRunning || box.waitForFinished(5000); }
     // The frames that the box got, as its trace tells them.
     QStringList frames() {
         return QString::fromStdString(folder.read("trace.txt"))
