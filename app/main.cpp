@@ -4,9 +4,11 @@
 #include "platform/qt/application.h"
 #include "platform/qt/qt_machine.h"
 #include "platform/qt/sudden_end_posix.h"
+#include "platform/qt/text_encoding_posix.h"
 #include "shell/mdiMain.h"
 
 int main(int argc, char** argv) {
+    useUtf8();
     Application application(argc, argv);
     try {
         modFunc::Main();

@@ -16,6 +16,8 @@ packages=(
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
     # an image in binary form, made by another's hex reader than ours
     binutils
+    # a locale with a decimal comma, and one of Latin-1
+    locales
 )
 
 missing() {
