@@ -1,6 +1,6 @@
+#include "app/startup.h"
 #include "files/binary_file.h"
 #include "files/hex_file.h"
-
 #include "platform/file_error.h"
 #include "tests/support/run_fixture.h"
 #include "tests/support/table_file.h"
@@ -192,28 +192,42 @@ TEST_F(Files, WhatIsSavedLoadsBackTheSame) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.bin", "a.hex"}));
 }
 
+// The disk is full at every single byte of what is saved.
 TEST_F(Files, AFullDiskLeavesTheOldFileWhole) {
-    device(1, 4096);
-    folder.write("a.hex", good);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    for (const rlim_t limit : {0, 1, 4096, 11000}) {
-        rlimit old{};
-        getrlimit(RLIMIT_FSIZE, &old);
-        const rlimit small{limit, old.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-        const bool saved = attempt(SaveHexFile, folder.file("a.hex"));
-        setrlimit(RLIMIT_FSIZE, &old);
-        EXPECT_FALSE(saved);
-        EXPECT_EQ(folder.read("a.hex"), good);
-        EXPECT_EQ(folder.names(), std::vector<std::string>{"a.hex"});
-        EXPECT_EQ(vm.panels[4], "File:");
+    device(1, 64);
+    state().AppPath = folder.path();
+    state().ProgramVersion = "1.0";
+    autoSequence({Erase, Program, Verify});
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    for (const auto& [save, name, bytes] : {std::tuple(&SaveHexFile, "a.hex", 4 * 45 + 13),
+                                            std::tuple(&WriteAutoFile, "auto.cfg", 12),
+                                            std::tuple(&WriteSettings, "quorven.cfg", 20)}) {
+        folder.write(name, "as it was");
+        for (rlim_t limit = 0; limit <= rlim_t(bytes); ++limit) {
+            SCOPED_TRACE(testing::Message() << name << ", " << limit << " bytes left");
+            vm.panels[4] = "File:";
+            const rlimit small{limit, old.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &small);
+            const bool saved = attempt(save, folder.file("a.hex"));
+            setrlimit(RLIMIT_FSIZE, &old);
+            EXPECT_EQ(saved, limit == rlim_t(bytes));
+            EXPECT_EQ(saved, folder.read(name) != "as it was");
+            EXPECT_EQ(folder.names(), std::vector<std::string>{name});
+            EXPECT_TRUE(saved || vm.panels[4] == "File:");
+            EXPECT_TRUE(saved || cause.ends_with("cannot be written: File too large")) << cause;
+        }
+        folder.remove(name);
     }
-    std::signal(SIGXFSZ, oldHandler);
+}
+
+TEST_F(Files, ASaveFollowsLinksAndNeedsItsFolder) {
     EXPECT_FALSE(attempt(SaveHexFile, folder.file("no folder/a.hex")));
     std::filesystem::create_symlink("b.hex", folder.file("link")); // to a file yet to come
     EXPECT_TRUE(attempt(SaveHexFile, folder.file("link")));
     EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
-    EXPECT_EQ(folder.read("b.hex").substr(0, 9), ":10000000");
+    EXPECT_EQ(folder.read("b.hex"), ":00000001FF\r\n");
 }
 
 TEST_F(Files, BinaryLoadsPlaceEachByteByItsOffset) {
