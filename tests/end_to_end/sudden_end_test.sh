@@ -2,7 +2,7 @@
 # The real program is ended from outside in the middle of Program. The box must be told to power the
 # socket down, whatever the way; where the program can still act, its settings are written too.
 #
-#   sudden_end_test.sh QUORVEN SIMBOX SCRATCH
+#   sudden_end_test.sh QUORVEN SIMBOX SCRATCH THROWING_READ
 set -euo pipefail
 
 source "$(dirname "${BASH_SOURCE[0]}")/preamble.sh"
@@ -48,6 +48,19 @@ powers_down_on() {
     expect_powered_down
 }
 
+powers_down_on_an_error_that_nothing_handles() {
+    step "An exception: power-down, a message, status 1"
+    program_environment=("LD_PRELOAD=$throwing_read" "THROW_WHEN=$scratch/throw"
+                         "ASAN_OPTIONS=verify_asan_link_order=0")
+    start_programming
+    touch "$scratch/throw"
+    wait_for_window QUORVEN
+    expect_powered_down # while the message waits for its answer
+    answer QUORVEN "no reading to be had" error
+    expect_status 1 "$program_pid" quorven
+    program_environment=()
+}
+
 powers_down_without_its_display() {
     step "The display goes: power-down"
     start_programming
@@ -56,12 +69,15 @@ powers_down_without_its_display() {
     expect_powered_down
 }
 
+throwing_read=$(realpath "$4")
 trap finish EXIT
 start_screen "$scratch/screen"
 screen_pid=${started_pids[0]}
 start_reader
 ends_properly_on TERM
+ends_properly_on INT
 ends_properly_on HUP
 powers_down_on ABRT
+powers_down_on_an_error_that_nothing_handles
 powers_down_without_its_display
 step "Passed"
