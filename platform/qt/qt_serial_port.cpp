@@ -110,6 +110,8 @@ void QtSerialPort::Open() {
     const std::string name = line_->portName(line_->commPort);
     if (name.empty())
         throw platform::PortError("there is no such port on this computer");
+    if (const std::string holder = lockedByAnother(name); !holder.empty())
+        throw platform::PortError(name + ": " + holder);
     QSerialPort& port = line_->port;
     port.setPortName(QString::fromStdString(name));
     if (!port.open(QIODevice::ReadWrite)) {

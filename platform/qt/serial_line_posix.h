@@ -3,9 +3,14 @@
 
 #include <string>
 
+// In words, that a running process other than this one has the port `path` by a lock file; empty
+// where none has. To be asked before the opening: the toolkit takes a lock away that is older than
+// half a minute, whoever holds it.
+std::string lockedByAnother(const std::string& path);
+
 // Why the port `path` could not be opened, in words that tell what to do: there is none, it is no
-// serial port, its group has to be joined, another program holds it. `otherwise` where it is none
-// of these.
+// serial port, its group has to be joined, another program holds it, a lock file was left over.
+// `otherwise` where it is none of these.
 std::string whyNotOpened(const std::string& path, const std::string& otherwise);
 
 // Bytes that have arrived and wait in the system's queue, at least 0.

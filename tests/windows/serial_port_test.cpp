@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <numeric>
+#include <regex>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -104,19 +109,63 @@ TEST_F(SerialPort, AHungUpLineGivesNothingAndCostsNothing) {
     port.Output({1, 2, 3});
 }
 
-TEST_F(SerialPort, AFailedOpeningNamesThePortAndTheCause) {
-    for (const auto& [name, cause] :
-         {std::pair("/dev/no-such-port", "there is no such device. Is the box plugged in?"),
-          std::pair("/dev/zero", "it is no serial port."),
-          std::pair("/etc/passwd", "it is no serial port.")}) {
-        QtSerialPort none([name = name](int) { return name; });
-        try {
-            none.Open();
-            ADD_FAILURE();
-        } catch (const platform::PortError& error) {
-            EXPECT_EQ(std::string(error.what()), std::string(name) + ": " + cause);
-        }
-        EXPECT_FALSE(none.PortOpen());
+namespace {
+
+// What opening the port says, without the port's name in front.
+std::string causeOf(const std::string& name) {
+    QtSerialPort port([name](int) { return name; });
+    port.setSettings("57600,N,8,1");
+    try {
+        port.Open();
+    } catch (const platform::PortError& error) {
+        EXPECT_FALSE(port.PortOpen());
+        EXPECT_TRUE(std::string(error.what()).starts_with(name + ": ")) << error.what();
+        return std::string(error.what()).substr(name.size() + 2);
     }
+    return "opened";
+}
+
+// No rights but an ordinary user's for as long as it lives.
+class OrdinaryUser {
+public:
+    OrdinaryUser() { wasRoot_ = geteuid() == 0 && setresuid(nobody, nobody, 0) == 0; }
+    ~OrdinaryUser() { EXPECT_TRUE(!wasRoot_ || setresuid(0, 0, 0) == 0); }
+
+private:
+    static constexpr uid_t nobody = 65534;
+    bool wasRoot_;
+};
+
+} // namespace
+
+TEST(SerialPortFailures, AreToldApart) {
+    EXPECT_EQ(causeOf("/dev/no-such-port"), "there is no such device. Is the box plugged in?");
+    EXPECT_EQ(causeOf("/dev/zero"), "it is no serial port.");
+    EXPECT_EQ(causeOf("/etc/passwd"), "it is no serial port.");
     EXPECT_THROW(QtSerialPort([](int) { return ""; }).Open(), platform::PortError);
+
+    const Pty pty;
+    const std::string lockFile =
+        "/var/lock/LCK.." + std::regex_replace(pty.name().substr(5), std::regex("/"), "_");
+    std::ofstream(lockFile) << getppid() << '\n';
+    EXPECT_EQ(causeOf(pty.name()), "process " + std::to_string(getppid()) +
+                                       " holds it, by the lock file " + lockFile + ".");
+    std::ofstream(lockFile) << "         0\n";
+    EXPECT_EQ(causeOf(pty.name()),
+              "the lock file " + lockFile +
+                  " was left behind; no program that it names is running. Remove it.");
+    std::filesystem::remove(lockFile);
+
+    const Pty barred;
+    chmod(barred.name().c_str(), 0);
+    chmod(pty.name().c_str(), 0666);
+    const OrdinaryUser user;
+    EXPECT_TRUE(
+        causeOf(barred.name()).starts_with("you may not use it. It belongs to the group \""));
+    const int held = open(pty.name().c_str(), O_RDWR | O_NOCTTY);
+    ioctl(held, TIOCEXCL);
+    EXPECT_EQ(causeOf(pty.name()), "another program holds it.");
+    ioctl(held, TIOCNXCL);
+    EXPECT_EQ(causeOf(pty.name()), "opened");
+    close(held);
 }
