@@ -13,7 +13,11 @@
 namespace {
 
 constexpr std::array endSignals = {SIGTERM, SIGINT, SIGHUP};
-constexpr std::array crashSignals = {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+// All others whose own effect is the end of the process, but for those that no one sends.
+constexpr std::array crashSignals = {SIGABRT, SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGSYS,
+                                     SIGTRAP, SIGQUIT, SIGXCPU, SIGALRM, SIGUSR1, SIGUSR2};
+// A write that fails says so by its result.
+constexpr std::array ignoredSignals = {SIGPIPE, SIGXFSZ};
 
 // Written by a signal handler, read by the event queue.
 std::array<int, 2> wakePipe = {-1, -1};
@@ -48,6 +52,15 @@ void installHandler(int signal, void (*handler)(int), int flags) {
     sigaction(signal, &action, nullptr);
 }
 
+// A crash may be the stack's own overflow.
+void giveCrashesAStack() {
+    static std::array<char, 16384> bytes;
+    stack_t stack{};
+    stack.ss_sp = bytes.data();
+    stack.ss_size = bytes.size();
+    sigaltstack(&stack, nullptr);
+}
+
 } // namespace
 
 EndSignals::EndSignals(std::function<void()> end) {
@@ -55,6 +68,8 @@ EndSignals::EndSignals(std::function<void()> end) {
         return; // the signals keep their own effect
     auto* woken = new QSocketNotifier(wakePipe[0], QSocketNotifier::Read, this);
     connect(woken, &QSocketNotifier::activated, this, [end = std::move(end)] { end(); });
+    for (const int signal : ignoredSignals)
+        std::signal(signal, SIG_IGN);
     for (const int signal : endSignals) {
         struct sigaction inherited {};
         sigaction(signal, nullptr, &inherited);
@@ -75,8 +90,9 @@ void GuardPort(int descriptor) {
     guardedDescriptor = descriptor;
     static std::once_flag installed;
     std::call_once(installed, [] {
+        giveCrashesAStack();
         for (const int signal : crashSignals)
-            installHandler(signal, crash, SA_RESETHAND | SA_NODEFER);
+            installHandler(signal, crash, SA_RESETHAND | SA_NODEFER | SA_ONSTACK);
         std::atexit(writeLastBytes); // a lost display ends the process by exit()
     });
 }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The real program against the simulated box on a real pseudo-terminal, under a virtual X screen:
-# the main job from start to exit, the cable lost in the middle of it, and the box found again.
+# the main job from start to exit, the cable lost in the middle of it, the box found again, and a
+# full disk.
 #
 #   main_job_test.sh QUORVEN SIMBOX SCRATCH
 set -euo pipefail
@@ -109,10 +110,30 @@ finds_the_box_again() {
     expect_silent_console
 }
 
+# What cannot be written is told, and the old file stays.
+says_what_a_full_disk_keeps_from_being_saved() {
+    step "A full disk"
+    lay_out_start_files 1
+    cp "$scratch/auto.cfg" "$scratch/auto-before"
+    start_box "$simbox" "$scratch" --fill FF
+    start_and_find_box
+    prlimit --pid "$program_pid" --fsize=0
+    choose o "Edit Auto"
+    wait_for_window "Edit Auto"
+    press Return
+    answer QUORVEN "$scratch/auto.cfg: cannot be written: File too large" full-disk
+    expect_status 1 "$program_pid" quorven
+    stop_box
+    cmp "$scratch/auto.cfg" "$scratch/auto-before" || fail "the Auto file has changed"
+    expect_settings_kept
+    expect_silent_console
+}
+
 trap finish EXIT
 start_screen "$scratch/screen"
 start_reader
 programs_a_chip_from_a_hex_file
 survives_the_loss_of_the_box
 finds_the_box_again
+says_what_a_full_disk_keeps_from_being_saved
 step "Passed"

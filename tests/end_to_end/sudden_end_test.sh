@@ -78,6 +78,8 @@ ends_properly_on TERM
 ends_properly_on INT
 ends_properly_on HUP
 powers_down_on ABRT
+powers_down_on SEGV
+powers_down_on QUIT
 powers_down_on_an_error_that_nothing_handles
 powers_down_without_its_display
 step "Passed"

@@ -1,5 +1,6 @@
 // Every function meets every fault at every frame, and chance on top. What must hold in all of
 // them is said once.
+#include "tests/support/fault_kinds.h"
 #include "tests/support/run_fixture.h"
 
 #include <algorithm>
@@ -9,13 +10,6 @@ using namespace modFunc;
 
 namespace {
 
-const std::vector<std::string> kinds = {
-    "silent@%",      "silent-from@%",    "short@%:1",           "short@%:259",
-    "long@%:1",      "long@%:300",       "late@%:999ms",        "late@%:1001ms",
-    "late@%:5000ms", "torn@%:1:500ms",   "torn@%:2:999ms",      "torn@%:1:1500ms",
-    "double@%",      "chatter@%:1:0ms",  "chatter@%:300:250ms", "status@%:00",
-    "status@%:4E",   "status@%:45",      "status@%:45012345",   "pull@%",
-    "lie:01%",       "program-error:0%0"};
 constexpr int families[] = {1, 4, 10, 20, 31};
 constexpr int size = 512;
 
@@ -29,14 +23,6 @@ protected:
         if (family < 20 || family >= 30)
             vm.box().chip().fill(0xFF);
         vm.port.staleSends = 0;
-    }
-
-    // The place is the frame's number or, for a fault of the chip, part of an address.
-    static std::string at(std::string kind, std::size_t place) {
-        std::string text = std::to_string(place);
-        if (kind.find('@') == std::string::npos)
-            text = hexText({std::uint8_t(place)});
-        return kind.replace(kind.find('%'), 1, text);
     }
 
     void meet(int family, int code, const std::vector<std::string>& faults) {
@@ -113,8 +99,8 @@ TEST_F(Faults, EveryFunctionEndsSafelyWhateverTheBoxDoes) {
     for (const int family : families)
         for (int code = Read; code <= Lock; ++code)
             for (std::size_t frame = framesOf(family, code); frame > 0; --frame)
-                for (const std::string& kind : kinds)
-                    meet(family, code, {at(kind, frame)});
+                for (const std::string& kind : faultKinds)
+                    meet(family, code, {faultAt(kind, frame)});
     EXPECT_GT(cases, 4000);
 }
 
@@ -124,7 +110,7 @@ TEST_F(Faults, AndWithSeveralAtOnce) {
         const auto any = [&random](std::size_t count) { return std::size_t{random() % count}; };
         std::vector<std::string> faults(2 + any(3));
         for (std::string& fault : faults)
-            fault = at(kinds[any(kinds.size())], 1 + any(12));
+            fault = faultAt(faultKinds[any(faultKinds.size())], 1 + any(12));
         meet(families[any(std::size(families))], static_cast<int>(any(Auto)), faults);
     }
 }
