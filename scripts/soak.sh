@@ -5,6 +5,7 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/setup.sh
-cmake -S . -B build/soak -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUORVEN_TESTS=ON >/dev/null
+cmake -S . -B build/soak -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUORVEN_TESTS=ON \
+    -DQUORVEN_BENCH=ON >/dev/null
 cmake --build build/soak --target soak -- --quiet
-exec build/soak/tests-build/soak
+exec build/soak/bench-build/soak

@@ -71,8 +71,7 @@ protected:
 TEST_F(Soak, WhatTheProcessTakesDoesNotGrow) {
     constexpr int warmUp = 50; // fonts, caches, the first of every window
     constexpr int longest = 1000 + warmUp;
-    startBox();
-    start();
+    start(); // without a box
     Taken before{};
     unsigned seed = 0;
     for (int reported = 0; runs < longest;) {
