@@ -51,6 +51,7 @@ protected:
     };
     Taken taken() {
         messages.clear();
+        machine->cm.Close();
         malloc_trim(0);
         std::size_t size = 0, resident = 0;
         std::ifstream("/proc/self/statm") >> size >> resident;
