@@ -32,11 +32,14 @@ public:
     std::int16_t NextInt16(std::string_view meaning, std::int16_t least = INT16_MIN,
                            std::int16_t most = INT16_MAX);
 
-    // Throws platform::FileError for the item read last.
+    // Throws platform::FileError for the item read last, which stands in the error as far as a
+    // message has room for it.
     [[noreturn]] void Refuse(std::string_view meaning, const std::string& expected,
-                             const std::string& found) const;
+                             std::string_view item) const;
 
 private:
+    [[noreturn]] void refuse(std::string_view meaning, const std::string& expected,
+                             const std::string& found) const;
     void skipBlanks();
     void passSeparator();
     std::string_view quotedItem(std::string_view meaning);
