@@ -169,7 +169,8 @@ void RichTextReader::addUtf16Unit(int number) {
     } else if (unit >= 0xF020 && unit <= 0xF0FF) {
         addText(Utf8(RichCharacter(unit - 0xF000, true))); // the range of fonts of signs
     } else {
-        addText(Utf8(static_cast<char32_t>(unit >= ' ' ? unit : replacement)));
+        const bool control = unit < ' ' || (unit >= 0x7F && unit <= 0x9F);
+        addText(Utf8(static_cast<char32_t>(control ? replacement : unit)));
     }
 }
 

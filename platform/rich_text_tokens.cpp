@@ -66,6 +66,8 @@ char32_t RichCharacter(int byte, bool symbols) {
             break;
         }
     }
+    if (byte < ' ' || byte == 0x7F)
+        return U'\uFFFD';
     if (byte >= 0x80 && byte <= 0x9F) {
         const char32_t code = upperControls[byte - 0x80];
         return code ? code : U'\uFFFD';

@@ -70,7 +70,7 @@ TEST(RichText, ShowsWhatIsOnThePageAndNothingElse) {
     } rows[] = {
         {"one\\par two\r\n three\\line four\\tab five", "one\ntwo three\nfour\tfive\n"},
         {"\\{\\}\\\\ a\\~b\\_c\\emdash d\\lquote e", "{}\\ a\u00A0b\u2011c\u2014d\u2018e\n"},
-        {"\\'e9\\'80\\'93\\'81 \\'zz", "\u00E9\u20AC\u201C\uFFFD zz\n"},
+        {"\\'e9\\'80\\'93\\'81\\'07\\u127? \\'zz", "\u00E9\u20AC\u201C\uFFFD\uFFFD\uFFFD zz\n"},
         {"\\u8364?x\\uc2\\u233\\'c3\\'a9y\\uc0\\u8226 z{\\uc1\\u65 {}?}",
          "\u20ACx\u00E9y\u2022zA?\n"},
         {"\\u-10179?\\u-8704? \\u-10179?x \\u-3913?", "\U0001F600 x \u2022\n"},
