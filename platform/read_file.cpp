@@ -1,7 +1,7 @@
 #include "platform/file_error.h"
 #include "platform/files.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,15 +24,23 @@ std::string ReadWholeFile(const std::string& path) {
     if (!file)
         throw FileError(path + ": cannot be opened: " + std::strerror(errno));
 
-    std::string contents;
-    std::array<char, 65536> part{};
-    while (const std::size_t got = std::fread(part.data(), 1, part.size(), file.get())) {
-        contents.append(part.data(), got);
-        if (contents.size() > largestTextFile)
+    // Room for all of it and one byte more, which is not filled unless the file has grown: what
+    // grows step by step takes twice the memory.
+    std::error_code unknown;
+    const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+    std::string contents(unknown ? 1 : std::min<std::uintmax_t>(size, largestTextFile) + 1, '\0');
+    std::size_t length = 0;
+    while (const std::size_t got =
+               std::fread(contents.data() + length, 1, contents.size() - length, file.get())) {
+        length += got;
+        if (length > largestTextFile)
             throw FileError(path + ": is larger than 16 MiB and no file of this program");
+        if (length == contents.size())
+            contents.resize(2 * length);
     }
     if (std::ferror(file.get()))
         throw FileError(path + ": cannot be read: " + std::strerror(errno));
+    contents.resize(length);
     return contents;
 }
 
