@@ -4,7 +4,8 @@
 // underline; paragraphs with alignment, indents, spacing and tab stops; lists, whose numbers and
 // bullets the file carries as text; tables without merged cells; PNG and JPEG pictures; the visible
 // text of links. What is not known is left out. Damaged text is shown as far as it can be made out;
-// time and memory grow with the text's length and no faster.
+// time and memory grow with the text's length and no faster, up to the size of a page that a window
+// can lay out at once (RichText says how large): what would come behind that is left out.
 #pragma once
 
 #include <cstdint>
@@ -78,8 +79,9 @@ struct RichRow {
     std::vector<RichCell> cells; // 1..64
 };
 
+// No more than 20000 runs, paragraphs and cells and 1 MiB of text, and hardly a piece beyond.
 struct RichText {
-    std::map<int, RichFont> fonts;
+    std::map<int, RichFont> fonts; // at most 1000, of names of about 100 bytes at most
     std::vector<std::variant<RichParagraph, RichRow>> blocks;
 };
 

@@ -12,23 +12,41 @@ namespace {
 // busy for long.
 constexpr std::size_t mostCells = 64;
 
+constexpr int mostPieces = 20000;
+constexpr std::size_t mostTextBytes = 1024 * 1024;
+
 } // namespace
 
+bool RichTextBlocks::full() const {
+    return pieces_ >= mostPieces || textBytes_ >= mostTextBytes;
+}
+
 void RichTextBlocks::AddText(std::string_view text, const RichFormat& format) {
-    if (runs_.empty() || runs_.back().format != format || !runs_.back().picture.empty())
+    if (full())
+        return;
+    if (runs_.empty() || runs_.back().format != format || !runs_.back().picture.empty()) {
         runs_.push_back({format, {}, {}, 0, 0});
+        ++pieces_;
+    }
     runs_.back().text += text;
+    textBytes_ += text.size();
 }
 
 void RichTextBlocks::AddPicture(RichRun picture) {
+    if (full())
+        return;
     runs_.push_back(std::move(picture));
+    ++pieces_;
 }
 
 RichParagraph RichTextBlocks::takeParagraph(const RichMark& mark) {
+    ++pieces_;
     return {mark.layout, mark.format, std::exchange(runs_, {})};
 }
 
 void RichTextBlocks::EndParagraph(const RichMark& mark) {
+    if (full())
+        return;
     RichParagraph paragraph = takeParagraph(mark);
     if (mark.inTable) {
         cell_.push_back(std::move(paragraph));
@@ -39,15 +57,21 @@ void RichTextBlocks::EndParagraph(const RichMark& mark) {
 }
 
 void RichTextBlocks::EndCell(const RichMark& mark) {
+    if (full())
+        return;
     cell_.push_back(takeParagraph(mark));
-    if (cells_.size() < mostCells)
+    if (cells_.size() < mostCells) {
         cells_.emplace_back();
+        ++pieces_;
+    }
     std::vector<RichParagraph>& paragraphs = cells_.back().paragraphs;
     std::move(cell_.begin(), cell_.end(), std::back_inserter(paragraphs));
     cell_.clear();
 }
 
 void RichTextBlocks::EndRow(const RichMark& mark) {
+    if (full())
+        return;
     if (!runs_.empty() || !cell_.empty())
         EndCell(mark);
     if (cells_.empty())
@@ -61,6 +85,8 @@ void RichTextBlocks::EndRow(const RichMark& mark) {
 }
 
 void RichTextBlocks::EndAll(const RichMark& mark) {
+    pieces_ = 0; // there is room for the ends
+    textBytes_ = 0;
     if (!runs_.empty())
         EndParagraph(mark);
     EndRow(mark);

@@ -15,6 +15,7 @@ struct RichMark {
     bool inTable = false;
 };
 
+// Takes no more once the document has the size that RichText tells.
 class RichTextBlocks {
 public:
     explicit RichTextBlocks(RichText& document) : document_(document) {}
@@ -37,9 +38,12 @@ public:
     void DefineCell(int rightEdge);
 
 private:
+    bool full() const;
     RichParagraph takeParagraph(const RichMark& mark);
 
     RichText& document_;
+    int pieces_ = 0; // runs, paragraphs and cells
+    std::size_t textBytes_ = 0;
     std::vector<RichRun> runs_;       // of the paragraph that has not ended
     std::vector<RichParagraph> cell_; // of the cell that has not ended
     std::vector<RichCell> cells_;     // of the row that has not ended

@@ -11,6 +11,10 @@ namespace {
 // groups below this one share its state.
 constexpr std::size_t deepestGroup = 250;
 
+constexpr std::size_t mostFonts = 1000;
+constexpr std::size_t longestFontName = 100;
+constexpr std::size_t mostColours = 1000;
+
 constexpr std::string_view beginning = "{\\rtf";
 constexpr int firstHighSurrogate = 0xD800;
 constexpr int firstLowSurrogate = 0xDC00;
@@ -124,8 +128,8 @@ void RichTextReader::character(int byte) {
         break;
     }
     case Destination::Fonts:
-        if (byte != ';')
-            document_.fonts[font_].name += Utf8(RichCharacter(byte, false));
+        if (std::string& name = tableFont().name; byte != ';' && name.size() < longestFontName)
+            name += Utf8(RichCharacter(byte, false));
         break;
     case Destination::Colours:
         if (byte == ';')
@@ -144,14 +148,19 @@ void RichTextReader::binary(std::string_view bytes) {
         picture_.AddBytes(bytes);
 }
 
+RichFont& RichTextReader::tableFont() {
+    auto& fonts = document_.fonts;
+    return fonts.size() < mostFonts || fonts.contains(font_) ? fonts[font_] : leftOut_;
+}
+
 void RichTextReader::setFontKind(RichFont::Kind kind) {
     if (readingFonts())
-        document_.fonts[font_].kind = kind;
+        tableFont().kind = kind;
 }
 
 void RichTextReader::setFontSymbols(bool symbols) {
     if (readingFonts())
-        document_.fonts[font_].symbols = symbols;
+        tableFont().symbols = symbols;
 }
 
 // Characters above FFFF come in two halves, each written as a number of 16 bits with a sign.
@@ -187,7 +196,9 @@ void RichTextReader::mixColour(int shift, RichNumber part) {
 
 // An entry without parts is the page's own colour.
 void RichTextReader::endColour() {
-    colours_.push_back(std::exchange(mixedColour_, {}));
+    const RichColour colour = std::exchange(mixedColour_, {});
+    if (colours_.size() < mostColours)
+        colours_.push_back(colour);
 }
 
 RichColour RichTextReader::colour(RichNumber index) const {

@@ -82,6 +82,7 @@ private:
 
     bool readingPage() const { return groups_.back().destination == Destination::Page; }
     bool readingFonts() const { return groups_.back().destination == Destination::Fonts; }
+    RichFont& tableFont();
     void setFontKind(RichFont::Kind kind);
     void setFontSymbols(bool symbols);
     RichColour colour(RichNumber index) const;
@@ -98,7 +99,8 @@ private:
     int highSurrogate_ = 0; // 0: none
 
     int defaultFont_ = 0;
-    int font_ = 0; // entry of the font table that is being read
+    int font_ = 0;     // entry of the font table that is being read
+    RichFont leftOut_; // stands in for an entry that the table has no room for
     std::vector<RichColour> colours_;
     RichColour mixedColour_;
     RichPictureReader picture_;

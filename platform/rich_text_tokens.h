@@ -40,8 +40,8 @@ private:
 // 0..15, or -1 if `c` is no hexadecimal digit.
 int HexadecimalDigit(int c);
 
-// The character of a byte in code page 1252, or in a font of signs. U+FFFD for what is none, control
-// characters among them.
+// The character of a byte in code page 1252, or in a font of signs. U+FFFD for what is none,
+// control characters among them.
 char32_t RichCharacter(int byte, bool symbols);
 
 // U+FFFD for what is no character.

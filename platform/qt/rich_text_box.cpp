@@ -5,7 +5,9 @@
 #include "platform/qt/form.h"
 #include "platform/rich_text.h"
 
+#include <QBuffer>
 #include <QImage>
+#include <QImageReader>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -31,6 +33,12 @@ using platform::RichText;
 constexpr int cellPadding = 3;
 constexpr int aroundTables = 4;
 constexpr int widestPicture = 600;
+constexpr qint64 mostPixelsRead = 3'000'000; // of one picture
+constexpr qint64 mostPixelsKept = 4'000'000; // of all pictures
+
+qint64 pixelsIn(QSize size) {
+    return qint64{size.width()} * size.height();
+}
 
 QColor page(RichColour colour) {
     return QColor::fromRgb(static_cast<QRgb>(*colour));
@@ -39,8 +47,9 @@ QColor page(RichColour colour) {
 // Builds the document block by block.
 class PageWriter {
 public:
-    PageWriter(const RichText& text, QTextDocument* document)
-        : text_(text), document_(document), cursor_(document) {}
+    // `sharpness`: of the screen, in pixels of its own to a pixel.
+    PageWriter(const RichText& text, QTextDocument* document, double sharpness)
+        : text_(text), document_(document), cursor_(document), sharpness_(sharpness) {}
 
     void Write() {
         cursor_.beginEditBlock();
@@ -146,16 +155,30 @@ private:
         return QString::fromStdString(text).replace(u'\n', QChar(QChar::LineSeparator));
     }
 
+    // A few bytes of a file can stand for a picture of any size: only what is shown is kept, and
+    // what is out of all proportion is not looked at.
     void writePicture(const RichRun& run) {
-        const QImage image = QImage::fromData(reinterpret_cast<const uchar*>(run.picture.data()),
-                                              static_cast<int>(run.picture.size()));
-        if (image.isNull())
+        QByteArray bytes =
+            QByteArray::fromRawData(run.picture.data(), static_cast<qsizetype>(run.picture.size()));
+        QBuffer file(&bytes);
+        QImageReader reader(&file);
+        const QSize whole = reader.size();
+        if (!whole.isValid() || pixelsIn(whole) > mostPixelsRead)
             return;
-        QSize size = image.size();
+        QSize size = whole;
         if (run.pictureWidth > 0 && run.pictureHeight > 0)
             size = QSize(pixels(run.pictureWidth), pixels(run.pictureHeight));
         if (size.width() > widestPicture)
             size.scale(widestPicture, size.height(), Qt::KeepAspectRatio);
+
+        const QSize kept = whole.boundedTo(size * sharpness_).expandedTo({1, 1});
+        pixelsLeft_ -= pixelsIn(kept);
+        if (pixelsLeft_ < 0)
+            return;
+        reader.setScaledSize(kept);
+        const QImage image = reader.read();
+        if (image.isNull())
+            return;
 
         const QString name = QStringLiteral("picture:%1").arg(++pictures_);
         document_->addResource(QTextDocument::ImageResource, QUrl(name), image);
@@ -250,6 +273,8 @@ private:
     QTextCursor cursor_;
     bool blockUnused_ = true; // the block at the cursor was not asked for
     int pictures_ = 0;
+    double sharpness_;
+    qint64 pixelsLeft_ = mostPixelsKept;
 };
 
 } // namespace
@@ -271,7 +296,7 @@ void RichTextBox::LoadFile(const std::string& path) {
         const std::optional<RichText> text = platform::ReadRichText(platform::ReadWholeFile(path));
         if (!text)
             throw platform::FileError(path + ": is no rich text file");
-        PageWriter(*text, document()).Write();
+        PageWriter(*text, document(), devicePixelRatioF()).Write();
     } catch (const platform::FileError& error) {
         setPlainText(QString::fromUtf8(error.what()));
     }
