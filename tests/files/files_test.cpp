@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <csignal>
+#include <functional>
 #include <random>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
 
 using namespace modFunc;
@@ -122,6 +124,40 @@ TEST_F(Files, WhatCannotBeRightChangesNothing) {
     for (const std::string& path : {folder.file("missing.hex"), folder.path()}) {
         EXPECT_FALSE(load(path));
         expectUntouched();
+    }
+}
+
+TEST_F(Files, WhatIsNoFileOfThisProgramIsRefusedAtOnceAndInAFewWords) {
+    const std::string largest(16 << 20, 'x');
+    const std::pair<const char*, std::function<void(const std::string&)>> kinds[] = {
+        {"a pipe", [](const std::string& path) { mkfifo(path.c_str(), 0600); }},
+        {"a device", [](const auto& path) { std::filesystem::create_symlink("/dev/zero", path); }},
+        {"a folder", [](const auto& path) { std::filesystem::create_directory(path); }},
+        {"a disk image",
+         [&](const auto& path) {
+             folder.write("sparse", "");
+             std::filesystem::resize_file(folder.file("sparse"), 1 << 30);
+             std::filesystem::rename(folder.file("sparse"), path);
+         }},
+        {"one line", [&](const auto&) { folder.write("a", largest); }},
+        {"one text", [&](const auto&) { folder.write("a", "5\n1\n1\n" + largest + "\nb\n"); }},
+        {"zeros", [&](const auto&) { folder.write("a", std::string(1 << 20, '\0')); }},
+    };
+    state().AppPath = folder.path();
+    state().DeviceCount = 1;
+    for (const auto& [kind, make] : kinds) {
+        make(folder.file("a"));
+        for (const auto& [name, read] :
+             {std::pair("quorven.cfg", &ReadSettings), std::pair("quorven.dev", &ReadDeviceList),
+              std::pair("auto.cfg", &ReadAutoFile), std::pair("a.hex", &OpenHexFile),
+              std::pair("a.bin", &OpenBinFile)}) {
+            std::filesystem::rename(folder.file("a"), folder.file(name));
+            EXPECT_FALSE(attempt(read, folder.file(name))) << name << ", " << kind;
+            EXPECT_LT(cause.size(), folder.file(name).size() + 250) << cause.substr(0, 500);
+            std::filesystem::rename(folder.file(name), folder.file("a"));
+        }
+        std::filesystem::remove(folder.file("a"));
+        state().DeviceCount = 1;
     }
 }
 
