@@ -1,7 +1,8 @@
 # The program and the simulated box, and the verbs of a session with them.
 # Sourced after common.sh and screen.sh.
 
-main_title="QUORVEN ~ USB Programmer - Ver.1.0"
+shipped_settings=$lib_folder/../../data/quorven.cfg
+main_title="QUORVEN ~ USB Programmer - Ver.$(sed -n 4p "$shipped_settings" | tr -d '\r"')"
 file_title=""          # the file options have no title
 chip_file_bytes=65536  # simbox keeps the largest chip there is
 

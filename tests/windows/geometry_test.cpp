@@ -32,6 +32,8 @@ protected:
         ResetState();
         state().AppPath = SHIPPED_DATA;
         ReadSettings();
+        state().ProgramVersion = "1.0";
+        state().ProgramDate = "22/11/2026";
         ReadDeviceList();
         for (QWidget* window : std::initializer_list<QWidget*>{
                  new frmFunction(nullptr), new frmFileLoad(nullptr), new frmBuffer(nullptr),

@@ -32,6 +32,8 @@ protected:
         modFunc::ResetState();
         for (const auto& file : std::filesystem::directory_iterator(SHIPPED_DATA))
             std::filesystem::copy(file, folder.path());
+        // One version text for all times, whatever the release.
+        folder.write("quorven.cfg", "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
         modFunc::state().AppPath = folder.path();
         modFunc::ReadSettings();
         modFunc::ReadDeviceList();
