@@ -1,11 +1,15 @@
 #include "app/startup.h"
 
+#include "app/family_table.h"
 #include "app/state.h"
 #include "platform/file_error.h"
 #include "tests/support/table_file.h"
 #include "tests/support/temporary_folder.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
 
 using namespace modFunc;
 
@@ -85,5 +89,33 @@ TEST_F(StartUp, MissingAndDamagedFilesAreNamedWithTheirCause) {
             EXPECT_NE(text.find(row.at(2)), std::string::npos) << text;
         }
         folder.write(file, good);
+    }
+}
+
+// A row outside its limits is a chip that cannot be programmed.
+TEST(ShippedFiles, OfferEveryFamilyTwiceAndNoDeviceOutsideItsLimits) {
+    ResetState();
+    const State& s = state();
+    state().AppPath = SHIPPED_DATA;
+    ReadSettings();
+    ReadDeviceList();
+    InitFamilyTable();
+    const std::string list = TemporaryFolder::readFile(DataFile("quorven.dev"));
+    EXPECT_EQ(std::ranges::count(list, '\n'), s.DeviceCount);
+
+    std::map<std::size_t, std::set<std::string>> offered;
+    for (std::size_t row = 1; row <= static_cast<std::size_t>(s.DeviceCount); ++row) {
+        const DeviceRec& device = s.DeviceList.at(row);
+        SCOPED_TRACE(device.Name);
+        offered[static_cast<std::size_t>(device.Family)].insert(device.Name);
+        EXPECT_TRUE(device.Size > 0 && device.Size <= 65536 && device.Size % 256 == 0);
+        const int page = device.PageSize;
+        EXPECT_TRUE(device.Family / 10 == 2 ? page > 0 && page <= 128 && 256 % page == 0
+                                            : page == 0);
+    }
+    for (std::size_t family = 0; family <= lastFamily; ++family) {
+        const bool filled = s.FamilyTable.at(family).ClassByte != 0;
+        const std::size_t names = offered[family].size();
+        EXPECT_TRUE(filled ? names >= 2 : names == 0) << "family " << family << ": " << names;
     }
 }
