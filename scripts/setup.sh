@@ -18,6 +18,10 @@ packages=(
     binutils
     # a locale with a decimal comma, and one of Latin-1
     locales
+    # the package, and those who judge it and what is in it
+    dpkg-dev file lintian desktop-file-utils appstream mandoc bsdextrautils shellcheck
+    # a clean Debian to try it in
+    debootstrap
 )
 
 missing() {

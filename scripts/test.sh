@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting.
+# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting,
+# builds the release and its package and has that judged.
 # The last line counts the tests; the status is 0 only if everything was well.
 set -euo pipefail
 
@@ -10,6 +11,7 @@ code_folders=(app link functions buffer files shell platform simbox)
 results=$PWD/build/ci/results.xml
 test_status=0
 format_status=0
+package_status=0
 
 build() {
     cmake --preset ci >/dev/null # what goes wrong is on the error output
@@ -40,6 +42,16 @@ check_format() {
     else
         format_status=1
         echo "formatting: FAILED; clang-format -i puts it right"
+    fi
+}
+
+check_package() {
+    echo
+    if scripts/package.sh && lintian --allow-root --fail-on error,warning build/package/*.deb; then
+        echo "package: no errors and no warnings from lintian"
+    else
+        package_status=1
+        echo "package: FAILED"
     fi
 }
 
@@ -74,6 +86,7 @@ count() {
 build
 run_tests
 check_format
+check_package
 show_test_share
 count
-((test_status == 0 && format_status == 0))
+((test_status == 0 && format_status == 0 && package_status == 0))
