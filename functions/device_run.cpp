@@ -57,6 +57,7 @@ void DeviceRun::Run(int index) {
         SetLine("");
     MsgLine = 0;
     StopAuto = false;
+    DropLeftovers();
     try {
         RunFunction(index);
     } catch (...) {
@@ -67,6 +68,13 @@ void DeviceRun::Run(int index) {
         window_->EnableRun(true);
         window_->EnableClose(true);
     }
+}
+
+// An answer that came too late for an earlier function would count as one to this function's first
+// frame, the answer to that as one to the second, and so on: a Read would move the chip's bytes and
+// say "OK".
+void DeviceRun::DropLeftovers() {
+    ReadReply();
 }
 
 void DeviceRun::PowerDownIfUnderWay() {

@@ -74,6 +74,7 @@ private:
     void EndFunction();
 
     void RunFunction(int index);
+    void DropLeftovers(); // before every function
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();

@@ -9,6 +9,7 @@ namespace modFunc {
 void DeviceRun::RunAuto() {
     const State& s = state();
     for (AutoIndex = 1; AutoIndex <= s.AutoCount; ++AutoIndex) {
+        DropLeftovers();
         const int code = s.AutoList.at(static_cast<std::size_t>(AutoIndex));
         if (code == Erase) { // one pass for every family: the second belongs to Run alone
             EraseDevice();

@@ -70,6 +70,11 @@ void Box::setTraceSink(std::function<void(const std::string&)> sink) {
     traceSink_ = std::move(sink);
 }
 
+void Box::setFaults(std::vector<Fault> faults) {
+    options_.faults = std::move(faults);
+    silenced_ = false;
+}
+
 void Box::receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
     advance(nowUs);
     if (pulled_) {

@@ -45,6 +45,9 @@ public:
     // Every whole frame in order of arrival, refused ones included.
     const std::vector<Frame>& frames() const { return frames_; }
 
+    // The faults that name a frame, from now on. What is already on its way stays as it is.
+    void setFaults(std::vector<Fault> faults);
+
     Chip& chip() { return commands_.chip(); }
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }

@@ -83,3 +83,16 @@ TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
     expectPoweredDown();
     EXPECT_FALSE(DeviceRun::UnderWay());
 }
+
+TEST_F(Runs, WhatCameTooLateForOneFunctionIsNoAnswerToTheNext) {
+    box({"short@R1:100"}, 57600);
+    device(1, 256);
+    image();
+    vm.box().chip().load(state().BufferData);
+    const Bytes whole = state().BufferData;
+    std::fill_n(state().BufferData.begin(), 256, std::uint8_t{0xEE});
+    autoSequence({Read, Read});
+    run(Auto);
+    EXPECT_EQ(window.lines[0], "Reading ...   Device Fault!");
+    EXPECT_EQ(state().BufferData, whole);
+}

@@ -37,10 +37,11 @@ protected:
     }
     ~RunTest() override { modFunc::useBufferView(nullptr); }
 
-    // A fresh chip of FF on a box with these faults, the port open.
-    void box(const std::vector<std::string>& faults = {}) {
+    // A fresh chip of FF on a box with these faults, the port open. Without a pace a reply is there
+    // as soon as its frame has gone out.
+    void box(const std::vector<std::string>& faults = {}, std::uint32_t baud = 0) {
         simbox::Options options;
-        options.baud = 0;
+        options.baud = baud;
         options.fill = 0xFF;
         for (const std::string& fault : faults)
             options.faults.push_back(std::get<simbox::Fault>(simbox::parseFault(fault)));
