@@ -10,7 +10,8 @@
 // The parameters come byte for byte from the device's family row (app/family_table.h). Nothing is
 // escaped, and no frame carries a check of its own.
 //
-// A reply is a fixed number of bytes without framing, given at each function.
+// A reply is a fixed number of bytes without framing, given at each function. Order, time limits
+// and examples: docs/protocol.md.
 #pragma once
 
 #include "app/family_table.h"
