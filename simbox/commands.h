@@ -72,7 +72,7 @@ private:
     SetUp setUp_ = SetUp::None;
     std::uint8_t class_ = 0;         // 1..4 while the socket is set up
     std::vector<std::uint8_t> held_; // data of a "D" that waits for its "W"
-    int lockSteps_ = 0;              // done since the last "V" or erase
+    int lockSteps_ = 0;              // of a pass of three; "V" and erase begin anew
     bool freshSetUp_ = false;        // no lock step since the last "S"
 };
 
