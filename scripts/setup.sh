@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs from Debian's packages what building, running and testing need. Says and does nothing
-# when all of it is there.
+# setup.sh [PACKAGE...]: installs from Debian's packages what building, running and testing need, and
+# what is named beside. Says and does nothing when all of it is there.
 set -euo pipefail
 
 packages=(
@@ -22,6 +22,7 @@ packages=(
     dpkg-dev file lintian desktop-file-utils appstream mandoc bsdextrautils shellcheck
     # a clean Debian to try it in
     debootstrap
+    "$@"
 )
 
 missing() {

@@ -36,7 +36,7 @@ sources() {
 check_format() {
     echo
     local files
-    mapfile -t files < <(sources "${code_folders[@]}" tests bench)
+    mapfile -t files < <(sources "${code_folders[@]}" tests bench fuzz)
     if clang-format --dry-run -Werror "${files[@]}"; then
         echo "formatting: ${#files[@]} files as .clang-format has them"
     else

@@ -74,6 +74,10 @@ public:
     void at(std::int64_t milliseconds, std::function<void()> action);
     double nowMs() const { return static_cast<double>(nowUs_) / 1000; }
     std::string& fileName() { return FileName; }
+    // The same machine with another port, which brings its bytes by at().
+    platform::Machine with(platform::SerialPort& other) {
+        return {other, totmr, tmrWait, *this, *this, *this, *this};
+    }
 
 private:
     std::int64_t nowUs_ = 0;

@@ -1,0 +1,135 @@
+#include "functions/device_run.h"
+
+#include "app/state.h"
+#include "buffer/buffer_view.h"
+#include "link/exchange.h"
+
+#include "fuzz/scripted_box.h"
+
+using namespace modFunc;
+using fuzz::check;
+
+namespace {
+
+constexpr std::uint8_t imageByte = 0xA5;
+
+struct Window final : RunWindow, BufferView {
+    Window() { useBufferView(this); }
+    void ShowLine(int line, const std::string& text) override {
+        lines.at(static_cast<std::size_t>(line)) = text;
+    }
+    void ShowProgress(int percent) override {
+        check(percent >= 0 && percent <= 100, "progress is 0 to 100");
+    }
+    void EnableRun(bool enabled) override { over = enabled; }
+    void EnableClose(bool enabled) override { over = enabled; }
+    void Close() override { over = true; }
+    void Reopen() override {}
+
+    std::array<std::string, messageLines> lines;
+    bool over = false;
+};
+
+// One byte of the input each. An Auto sequence is of up to seven entries.
+int chooseFunctionAndDevice(fuzz::Input& input) {
+    constexpr std::int16_t families[] = {1, 0, 2, 4, 5, 6, 10, 20, 21, 30, 31, 32, 40, 50, 51, -1};
+    constexpr std::int32_t sizes[] = {512, 0, 255, 256, 300, 384, 65537, -1};
+    constexpr std::int16_t pageSizes[] = {64, 0, 32, 100, 128, 129, 256, -1};
+    State& s = state();
+    const int code = input.byte() & 7;
+    s.AutoCount = code == Auto ? static_cast<std::int16_t>(input.byte() & 7) : 0;
+    for (int entry = 1; entry <= s.AutoCount; ++entry)
+        s.AutoList.at(static_cast<std::size_t>(entry)) = input.byte() & 7;
+    DeviceRec& device = s.DeviceList[0];
+    device.Family = families[input.byte() & 15];
+    device.Size = sizes[input.byte() & 7];
+    device.PageSize = pageSizes[input.byte() & 7];
+    return code;
+}
+
+std::string times(int count, const std::string& letters) {
+    std::string all;
+    for (; count > 0; --count)
+        all += letters;
+    return all;
+}
+
+// The letters of the frames that a function sends when all goes well, the power-down left out.
+std::string fullSequence(int code, const DeviceRec& device) {
+    const int family = device.Family;
+    const bool fits = family >= 0 && family <= 50 && device.Size >= 0 && device.Size <= 65536;
+    const bool pages = family / 10 == 2;
+    const int unit = pages ? device.PageSize : 256;
+    switch (fits ? code : -1) {
+    case Erase:
+        return family == 4 ? "VSEEVSVSEE" : family < 20 ? "VSEE" : family / 10 == 3 ? "SE" : "";
+    case Program:
+        if (family >= 40)
+            return "V";
+        if (unit < 1 || unit > (pages ? 128 : 256) || 256 % unit != 0 || device.Size % unit != 0)
+            return "";
+        return (family < 20 ? "VT" : "VS") + times(device.Size / unit, "DW");
+    case Lock:
+        return family < 20 ? times(family == 2 || family == 4 ? 3 : 2, "VSLSLSL") : "";
+    case -1:
+        return code == Erase && family == 4 ? "VS" : "";
+    default:
+        return "VS" + times(device.Size / 256, "R");
+    }
+}
+
+void checkFunction(int code, const std::string& line, const fuzz::ScriptedBox& box) {
+    const std::string full = fullSequence(code, selectedDevice());
+    const std::string sent = box.letters.substr(0, box.letters.size() - 2);
+    check(full.starts_with(sent) && (sent == full || (code != Erase && code != Lock)),
+          "a function sends its frames, and those without a look at the replies are all sent");
+    check(box.vm.messages.size() <= 1, "a lost reply is told once");
+    if (!line.ends_with("OK!"))
+        return;
+    const int blocks = selectedDevice().Size / 256;
+    check(sent == full && box.vm.messages.empty(), "OK is said when everything was sent");
+    check(code != Blank || box.took[0xFF] >= 256 * blocks, "a blank chip's bytes were all FF");
+    check(code != Verify || box.took[imageByte] >= 256 * blocks, "a good chip's were the image's");
+    check(code != Program || box.took['N'] >= std::ranges::count(sent, 'W'), "all was confirmed");
+}
+
+void checkImage(std::ptrdiff_t blocks) {
+    static const Bytes untouched(lastBufferIndex + 1, imageByte);
+    Bytes& image = state().BufferData;
+    check(std::equal(image.begin() + blocks * 256, image.end(), untouched.begin() + blocks * 256),
+          "only Read changes the image, and only what it asked for");
+    std::fill_n(image.begin(), blocks * 256, imageByte);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Window window;
+    [[maybe_unused]] static const bool prepared = [] {
+        InitFamilyTable();
+        std::ranges::fill(state().BufferData, imageByte);
+        return true;
+    }();
+    fuzz::Input input(data, size);
+    const int code = chooseFunctionAndDevice(input);
+    const std::uint8_t chipFill = input.byte();
+    fuzz::ScriptedBox box(input, chipFill);
+    DeviceRun(window).Run(code);
+
+    check(!DeviceRun::UnderWay() && !LinkInUse() && window.over, "the run has ended");
+    const auto frames = static_cast<std::ptrdiff_t>(box.letters.size());
+    check(box.busyMs() <= 3500.0 * static_cast<double>(frames) + 1000, "a run ends in its time");
+    check(frames == 0
+              ? code >= Auto
+              : box.last == std::array{Bytes{0, 0, 0, 4, 'V', 0, 0, 0}, Bytes{0, 0, 0, 2, 'S', 0}},
+          "the last frames power the socket down");
+    const std::ptrdiff_t family = selectedDevice().Family;
+    check(box.refusal.empty() || state().FamilyTable.at(std::size_t(family)).ClassByte == 0,
+          "the box takes every frame but those of an empty family");
+    if (code < Auto)
+        checkFunction(code, window.lines[0], box);
+    const auto blocks =
+        std::min<std::ptrdiff_t>(std::ranges::count(box.letters, 'R'), selectedDevice().Size / 256);
+    checkImage(code == Read || code == Auto ? std::max<std::ptrdiff_t>(blocks, 0) : 0);
+    return 0;
+}

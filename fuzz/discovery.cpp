@@ -1,0 +1,32 @@
+#include "link/find_programmer.h"
+
+#include "app/state.h"
+#include "link/exchange.h"
+
+#include "fuzz/scripted_box.h"
+
+using namespace modFunc;
+using fuzz::check;
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    State& s = state();
+    fuzz::Input input(data, size);
+    const int options = input.byte();
+    fuzz::ScriptedBox box(input, 0xFF);
+    box.open = (options & 1) != 0;
+    box.cannotOpen = (options & 6) == 6;
+    s.ComPort = 5;
+    s.ProgrammerFound = (options & 8) != 0;
+    FindProgrammer();
+
+    check(box.letters == (box.cannotOpen ? "" : "I"), "the box is asked once");
+    check(box.vm.messages.size() == 1 && box.busyMs() == (box.cannotOpen ? 0 : 100),
+          "the outcome is told once, after its time");
+    check(s.ProgrammerFound == box.open && !LinkInUse(), "the port of a box that is found is open");
+    const ShownMessage& told = box.vm.messages[0];
+    check((told.title == "Device Found!") == s.ProgrammerFound, "what is told is what is so");
+    if (s.ProgrammerFound)
+        check(s.RxBytes.size() == 12 && told.text.starts_with("Firmware: "),
+              "twelve bytes are a box");
+    return 0;
+}

@@ -1,0 +1,130 @@
+// A box that answers as the input says, and when, in virtual time.
+//
+// The input: two numbers, at which call of the port the line is lost and at which one a byte comes
+// by itself (0: never). Then for each frame one byte: 0 is the answer of a simulated box with a
+// chip in it; else so many pieces (0..3) in its low bits, and that answer behind them with bit 2.
+// A piece is its delay in ms, its length and the one byte it consists of. A message box takes the
+// number of ms that it stands.
+#pragma once
+
+#include "fuzz/fuzz.h"
+#include "simbox/commands.h"
+#include "tests/support/virtual_machine.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace fuzz {
+
+class ScriptedBox final : platform::SerialPort {
+public:
+    ScriptedBox(fuzz::Input input, std::uint8_t chipFill)
+        : input_(input), loseAt_(input_.number(0x3FF)), byteAt_(input_.number(0x3FF)) {
+        commands().chip().fill(chipFill);
+        commands().chip().setLocked(false);
+        vm.onMessage = [this] { letMessageStand(); };
+        platform::useMachine(&machine_);
+    }
+    ScriptedBox(const ScriptedBox&) = delete;
+    ScriptedBox& operator=(const ScriptedBox&) = delete;
+
+    // What the simulated box makes of the frames. It stays, and ends each run switched off.
+    static simbox::Commands& commands() {
+        static simbox::Commands box{{}};
+        return box;
+    }
+    double busyMs() const { return vm.nowMs() - shownMs_; }
+
+    VirtualMachine vm;
+    std::string letters;         // of all frames, in order
+    std::array<Bytes, 2> last;   // frames
+    std::string refusal;         // why the simulated box refused one
+    std::array<int, 256> took{}; // how often the program was given each byte
+    bool open = true;
+    bool cannotOpen = false;
+
+private:
+    void setCommPort(int) override { check(!open, "an open port keeps its number"); }
+    void setSettings(const std::string&) override {}
+    void setRThreshold(int) override {}
+    void setInputModeBinary() override {}
+    void setLastFrames(const Bytes&) override {}
+    bool PortOpen() const override { return open; }
+    void Open() override {
+        if (cannotOpen)
+            throw platform::PortError("gone");
+        open = true;
+    }
+    void Close() override {
+        open = false;
+        waiting_.clear();
+    }
+    void Output(const Bytes& frame) override {
+        countCall();
+        check(open && frame.size() >= 5 && frame[0] == 0 && frame[1] == 0 &&
+                  frame[2] * 256U + frame[3] + 4 == frame.size(),
+              "a frame tells its length");
+        letters += static_cast<char>(frame[4]);
+        last = {last[1], frame};
+        const simbox::Outcome outcome = commands().run({0, letters.back(), frame});
+        refusal += outcome.complaint;
+        answer(outcome.reply.value_or(simbox::Reply()));
+    }
+    std::int16_t InBufferCount() override {
+        countCall();
+        return static_cast<std::int16_t>(waiting_.size());
+    }
+    Bytes Input() override {
+        countCall();
+        for (const std::uint8_t byte : waiting_)
+            ++took[byte];
+        return std::exchange(waiting_, {});
+    }
+
+    void countCall() {
+        if (++calls_ == byteAt_)
+            arrive(Bytes{0xEE});
+        if (calls_ >= loseAt_ && loseAt_ > 0)
+            waiting_.clear();
+    }
+    void arrive(const Bytes& bytes) { waiting_.insert(waiting_.end(), bytes.begin(), bytes.end()); }
+    void answer(const simbox::Reply& reply) {
+        const int plan = input_.byte();
+        for (int piece = 0; piece < (plan & 3); ++piece) {
+            const int delayMs = input_.number(0x7FF);
+            const auto length = static_cast<std::size_t>(input_.number(0x1FF));
+            send(delayMs, Bytes(length, input_.byte()));
+        }
+        if (plan != 0 && !(plan & 4))
+            return;
+        const auto gap = std::min(reply.gapIndex, reply.bytes.size());
+        const auto middle = reply.bytes.begin() + static_cast<std::ptrdiff_t>(gap);
+        send(0, {reply.bytes.begin(), middle});
+        send(reply.gapUs / 1000, {middle, reply.bytes.end()});
+    }
+    // The line keeps the order: nothing overtakes what is on its way.
+    void send(std::int64_t delayMs, Bytes bytes) {
+        freeMs_ = std::max(freeMs_, static_cast<std::int64_t>(vm.nowMs())) + delayMs;
+        vm.at(freeMs_, [this, sent = std::move(bytes)] { arrive(sent); });
+    }
+    void letMessageStand() {
+        const double began = vm.nowMs();
+        bool answered = false;
+        vm.at(static_cast<std::int64_t>(began) + input_.number(0xFFF), [&] { answered = true; });
+        while (!answered)
+            machine_.events.Yield();
+        shownMs_ += vm.nowMs() - began;
+    }
+
+    fuzz::Input input_;
+    int loseAt_;
+    int byteAt_;
+    int calls_ = 0;
+    std::int64_t freeMs_ = 0; // the line is busy until then
+    double shownMs_ = 0;      // time that message boxes stood
+    Bytes waiting_;
+    platform::Machine machine_ = vm.with(*this);
+};
+
+} // namespace fuzz

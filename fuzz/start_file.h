@@ -1,0 +1,27 @@
+#pragma once
+
+#include "app/startup.h"
+#include "app/state.h"
+#include "fuzz/fuzz.h"
+#include "platform/file_error.h"
+
+namespace fuzz {
+
+// Has the input read in the place of the start file `name`. False when it was refused, which has to
+// be in words that name the file and fit a message box.
+inline bool readsAs(const char* name, void (*read)(), std::string_view contents) {
+    static const File file(name);
+    modFunc::state().AppPath = file.folder();
+    file.hold(contents);
+    try {
+        read();
+        return true;
+    } catch (const platform::FileError& error) {
+        const std::string text = error.what();
+        check(text.starts_with(file.path() + ", line ") && text.size() < file.path().size() + 250,
+              "a refusal names file and place, in a few words");
+        return false;
+    }
+}
+
+} // namespace fuzz
