@@ -19,6 +19,10 @@ using platform::FileError;
 using platform::machine;
 
 constexpr std::int32_t writtenRecordBytes = 16;
+constexpr std::size_t headerCharacters = 9;
+constexpr std::size_t checkCharacters = 2;
+constexpr std::size_t longestLine =
+    headerCharacters + std::size_t{2} * hexRecordDataBytes + checkCharacters;
 
 enum class ParseResult { Complete, WrongCheckSum, NoEndRecord };
 
@@ -44,9 +48,7 @@ std::string place(int record) {
 }
 
 // Everything but the data.
-void readHeader(HexRec& record, int number) {
-    constexpr std::size_t checkCharacters = 2;
-    const std::string_view line = record.Line;
+void readHeader(HexRec& record, std::string_view line, int number) {
     record.Length = byteAt(line, 2);
     const auto address = StrictHex(field(line, 4, 4));
     if (!address)
@@ -65,8 +67,7 @@ void readData(HexRec& record, int number) {
 }
 
 // The sum takes the line as it stands, not as its byte count says.
-bool checkSumIsRight(const HexRec& record) {
-    const std::string_view line = record.Line;
+bool checkSumIsRight(const HexRec& record, std::string_view line) {
     int sum = record.CheckSum;
     for (std::size_t position = 2; position + 2 <= line.size(); position += 2)
         sum += byteAt(line, position);
@@ -81,14 +82,15 @@ ParseResult parse() {
         if (number > lastHexRecord)
             throw FileError(fileName + ": more than 10000 records");
         HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
-        record.Line = reader.NextString("record");
-        readHeader(record, number);
+        const std::string_view line = reader.NextString("record");
+        record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
+        readHeader(record, line, number);
         if (record.RecordType != 0) {
             s.HexRecordCount = static_cast<std::int16_t>(number - 1);
             return ParseResult::Complete;
         }
         readData(record, number);
-        if (!checkSumIsRight(record))
+        if (!checkSumIsRight(record, line))
             return ParseResult::WrongCheckSum;
     }
     return ParseResult::NoEndRecord;
