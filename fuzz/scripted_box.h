@@ -43,6 +43,8 @@ public:
     std::array<int, 256> took{}; // how often the program was given each byte
     bool open = true;
     bool cannotOpen = false;
+    bool unasked = false;    // the byte that comes by itself has come
+    std::size_t dropped = 0; // bytes that waited when the port was closed
 
 private:
     void setCommPort(int) override { check(!open, "an open port keeps its number"); }
@@ -58,7 +60,7 @@ private:
     }
     void Close() override {
         open = false;
-        waiting_.clear();
+        dropped = std::exchange(waiting_, {}).size();
     }
     void Output(const Bytes& frame) override {
         countCall();
@@ -83,8 +85,10 @@ private:
     }
 
     void countCall() {
-        if (++calls_ == byteAt_)
+        if (++calls_ == byteAt_) {
             arrive(Bytes{0xEE});
+            unasked = true;
+        }
         if (calls_ >= loseAt_ && loseAt_ > 0)
             waiting_.clear();
     }
