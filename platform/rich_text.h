@@ -79,7 +79,7 @@ struct RichRow {
     std::vector<RichCell> cells; // 1..64
 };
 
-// No more than 20000 runs, paragraphs and cells and 1 MiB of text, and hardly a piece beyond.
+// No more than 20000 runs, paragraphs and cells and 512 KiB of text, and hardly a piece beyond.
 struct RichText {
     std::map<int, RichFont> fonts; // at most 1000, of names of about 100 bytes at most
     std::vector<std::variant<RichParagraph, RichRow>> blocks;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t mostCells = 64;
 
 constexpr int mostPieces = 20000;
-constexpr std::size_t mostTextBytes = 1024 * 1024;
+constexpr std::size_t mostTextBytes = 512 * 1024;
 
 } // namespace
 
