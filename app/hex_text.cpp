@@ -1,51 +1,35 @@
 #include "app/hex_text.h"
 
-#include <array>
+#include <algorithm>
 #include <limits>
 
 namespace modFunc {
 
-namespace {
-constexpr char digits[] = "0123456789ABCDEF";
-
-// By character code; -1 for what is no digit. A table, since files of a hundred thousand digits are
-// read through it.
-constexpr std::array<std::int8_t, 256> digitValues = [] {
-    std::array<std::int8_t, 256> values{};
-    values.fill(-1);
-    for (std::int8_t value = 0; value < 16; ++value) {
-        const char digit = digits[value];
-        values[static_cast<std::uint8_t>(digit)] = value;
-        if (value >= 10)
-            values[static_cast<std::uint8_t>(digit - 'A' + 'a')] = value;
-    }
-    return values;
-}();
-} // namespace
-
 std::string HexByte(std::uint8_t value) {
-    return {digits[value >> 4], digits[value & 15]};
+    return {hexDigits[value >> 4], hexDigits[value & 15]};
 }
 
-std::string HexDigits(std::int32_t value) {
-    std::string text;
+namespace {
+// With zeros in front up to `least` digits.
+std::string digitsOf(std::int32_t value, std::ptrdiff_t least) {
+    std::array<char, 8> text;
+    text.fill('0');
+    auto first = text.end();
     auto rest = static_cast<std::uint32_t>(value);
     do {
-        text.insert(text.begin(), digits[rest & 15]);
+        *--first = hexDigits[rest & 15];
         rest >>= 4;
     } while (rest != 0);
-    return text;
+    return {std::min(first, text.end() - least), text.end()};
+}
+} // namespace
+
+std::string HexDigits(std::int32_t value) {
+    return digitsOf(value, 1);
 }
 
 std::string HexWord(std::int32_t value) {
-    std::string text = HexDigits(value);
-    if (text.size() < 4)
-        text.insert(0, 4 - text.size(), '0');
-    return text;
-}
-
-int HexDigitValue(char character) {
-    return digitValues[static_cast<std::uint8_t>(character)];
+    return digitsOf(value, 4);
 }
 
 std::int32_t TolerantHex(std::string_view text) {

@@ -1,12 +1,40 @@
 // Hexadecimal text, in and out.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace modFunc {
+
+inline constexpr char hexDigits[] = "0123456789ABCDEF";
+
+// The value of each character as a digit; -1 for what is none.
+inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
+    std::array<std::int8_t, 256> values{};
+    values.fill(-1);
+    for (std::int8_t value = 0; value < 16; ++value) {
+        const char digit = hexDigits[value];
+        values[static_cast<std::uint8_t>(digit)] = value;
+        if (value >= 10)
+            values[static_cast<std::uint8_t>(digit - 'A' + 'a')] = value;
+    }
+    return values;
+}();
+
+// The value of one digit, 0..15, or -1. In the header, as is the next: files and pages have so many
+// digits that a call for each is most of the time they take.
+inline int HexDigitValue(char character) {
+    return hexDigitValues[static_cast<std::uint8_t>(character)];
+}
+
+// Writes the value as two upper-case digits to at[0] and at[1].
+inline void PutHexByte(char* at, std::uint8_t value) {
+    at[0] = hexDigits[value >> 4];
+    at[1] = hexDigits[value & 15];
+}
 
 // The value as exactly two upper-case digits.
 std::string HexByte(std::uint8_t value);
@@ -24,8 +52,5 @@ std::int32_t TolerantHex(std::string_view text);
 
 // Strict reading: the whole text is one to four digits, either case; nothing otherwise.
 std::optional<std::int32_t> StrictHex(std::string_view text);
-
-// The value of one digit, 0..15, or -1.
-int HexDigitValue(char character);
 
 } // namespace modFunc

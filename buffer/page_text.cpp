@@ -20,17 +20,18 @@ char shownCharacter(std::uint8_t byte) {
 
 void appendLine(std::string& text, std::int32_t address) {
     const Bytes& image = state().BufferData;
-    std::string characters;
     text += HexWord(address);
     text += '=';
-    for (std::int32_t index = address; index < address + lineBytes; ++index) {
+    const std::size_t bytesAt = text.size();
+    text.resize(bytesAt + 3 * lineBytes + lineBytes, ' ');
+    char* digits = text.data() + bytesAt;
+    char* character = digits + 3 * lineBytes;
+    for (std::int32_t index = address; index < address + lineBytes; ++index, digits += 3) {
         const std::uint8_t byte =
             index <= lastBufferIndex ? image[static_cast<std::size_t>(index)] : erasedByte;
-        text += HexByte(byte);
-        text += ' ';
-        characters += shownCharacter(byte);
+        PutHexByte(digits, byte);
+        *character++ = shownCharacter(byte);
     }
-    text += characters;
     text += "\r\n";
 }
 

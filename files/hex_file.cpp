@@ -62,8 +62,9 @@ void readHeader(HexRec& record, std::string_view line, int number) {
 void readData(HexRec& record, int number) {
     if (record.Length > hexRecordDataBytes)
         throw FileError(place(number) + "more than 51 data bytes");
+    const std::string_view line = record.Line;
     for (std::size_t i = 0; i < static_cast<std::size_t>(record.Length); ++i)
-        record.Data[i] = byteAt(record.Line, 10 + 2 * i);
+        record.Data[i] = byteAt(line, 10 + 2 * i);
 }
 
 // The sum takes the line as it stands, not as its byte count says.
@@ -119,12 +120,15 @@ const std::string& writtenRecord(std::int32_t address) {
     std::string& line = s.HexRecords[0].Line;
     line = ":10" + HexWord(address) + "00";
     int sum = byteAt(line, 2) + byteAt(line, 4) + byteAt(line, 6);
-    for (std::int32_t i = address; i < address + writtenRecordBytes; ++i) {
+    std::size_t at = line.size();
+    line.resize(at + 2 * writtenRecordBytes + 2);
+    for (std::int32_t i = address; i < address + writtenRecordBytes; ++i, at += 2) {
         const std::uint8_t byte = i <= lastBufferIndex ? s.BufferData[std::size_t(i)] : erasedByte;
-        line += HexByte(byte);
+        PutHexByte(&line[at], byte);
         sum += byte;
     }
-    return line += HexByte(static_cast<std::uint8_t>(-sum)) + "\r\n";
+    PutHexByte(&line[at], static_cast<std::uint8_t>(-sum));
+    return line += "\r\n";
 }
 
 void refuse(const char* text) {
