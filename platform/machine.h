@@ -41,6 +41,8 @@ struct SerialPort {
     virtual void Output(const Bytes& frame) = 0;
     // Number of bytes that have arrived and wait, the system's own queue included; at most 32767.
     virtual std::int16_t InBufferCount() = 0;
+    // The caller is about to yield until so many bytes wait: fewer need not end a Yield.
+    virtual void AwaitBytes(std::int16_t bytes) = 0;
     // Takes all waiting bytes; empty when none wait.
     virtual Bytes Input() = 0;
 

@@ -6,11 +6,18 @@
 #include <QSerialPort>
 #include <QSocketNotifier>
 #include <QStringList>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
 constexpr qint64 inBufferSize = 1024;
 
@@ -31,10 +38,55 @@ struct QtSerialPort::Line {
     Bytes lastFrames;
     bool dead = false; // hung up; closed as soon as its handlers have returned
 
+    // The bytes of a long reply come one by one, and none but the last is worth waking for. A wire
+    // cannot bring them faster than its rate, so for that long nobody listens. A line that is no
+    // wire inside can; once that shows it is listened to from the first byte on.
+    microseconds byteTime{};
+    bool fasterThanItsRate = false;
+    QTimer deafness; // runs while nobody listens
+    steady_clock::time_point deafSince;
+    int waitingThen = 0;
+
     bool usable() const { return port.isOpen() && !dead; }
+    int waiting() const;
     void errorOccurred(QSerialPort::SerialPortError error);
     void close();
+    void setListening(bool on);
+    void listenAfter(int bytes);
+    void listenAgain();
 };
+
+int QtSerialPort::Line::waiting() const {
+    return static_cast<int>(port.bytesAvailable()) + waitingBytes(port.handle());
+}
+
+void QtSerialPort::Line::setListening(bool on) {
+    for (QSocketNotifier* notifier : port.findChildren<QSocketNotifier*>())
+        if (notifier->type() == QSocketNotifier::Read)
+            notifier->setEnabled(on);
+}
+
+void QtSerialPort::Line::listenAfter(int bytes) {
+    constexpr milliseconds worthIt{2};
+    if (deafness.isActive()) {
+        deafness.stop();
+        listenAgain();
+    }
+    const auto rest = duration_cast<milliseconds>(bytes * byteTime); // rounded down
+    if (fasterThanItsRate || rest < worthIt)
+        return;
+    deafSince = steady_clock::now();
+    waitingThen = waiting();
+    setListening(false);
+    deafness.start(rest);
+}
+
+void QtSerialPort::Line::listenAgain() {
+    if (!usable())
+        return;
+    setListening(true);
+    fasterThanItsRate = (waiting() - waitingThen) * byteTime > steady_clock::now() - deafSince;
+}
 
 // A hung-up terminal raises read errors without end and still says that it is open, so what counts
 // is the descriptor. The port cannot be closed inside its own signal: its notifiers fall silent
@@ -60,6 +112,7 @@ void QtSerialPort::Line::close() {
     if (!port.isOpen())
         return;
     GuardPort(-1);
+    deafness.stop();
     if (!std::exchange(dead, false))
         port.clear(QSerialPort::Input); // a terminal keeps unread bytes for whoever opens it next
     port.close();
@@ -73,6 +126,10 @@ QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)
     line_->port.setReadBufferSize(inBufferSize);
     QObject::connect(&line_->port, &QSerialPort::errorOccurred, &line_->port,
                      [this](QSerialPort::SerialPortError error) { line_->errorOccurred(error); });
+    line_->deafness.setTimerType(Qt::PreciseTimer);
+    line_->deafness.setSingleShot(true);
+    QObject::connect(&line_->deafness, &QTimer::timeout, &line_->port,
+                     [this] { line_->listenAgain(); });
 }
 
 QtSerialPort::~QtSerialPort() {
@@ -94,6 +151,9 @@ void QtSerialPort::setSettings(const std::string& settings) {
     port.setDataBits(static_cast<QSerialPort::DataBits>(parts[2].toInt()));
     port.setStopBits(static_cast<QSerialPort::StopBits>(parts[3].toInt()));
     port.setFlowControl(QSerialPort::NoFlowControl);
+    const int bits =
+        1 + parts[2].toInt() + (port.parity() != QSerialPort::NoParity) + parts[3].toInt();
+    line_->byteTime = microseconds(1'000'000 * bits / port.baudRate());
 }
 
 // The port is polled and its bytes are bytes: there is nothing else to it.
@@ -120,6 +180,7 @@ void QtSerialPort::Open() {
         throw platform::PortError(name + ": " + whyNotOpened(name, cause));
     }
     GuardPort(port.handle());
+    line_->fasterThanItsRate = false;
     // A pseudo-terminal has neither line; that is no error.
     port.setDataTerminalReady(true);
     port.setRequestToSend(false);
@@ -140,8 +201,12 @@ void QtSerialPort::Output(const Bytes& frame) {
 std::int16_t QtSerialPort::InBufferCount() {
     if (!line_->usable())
         return 0;
-    const qint64 waiting = line_->port.bytesAvailable() + waitingBytes(line_->port.handle());
-    return static_cast<std::int16_t>(std::min<qint64>(waiting, INT16_MAX));
+    return static_cast<std::int16_t>(std::min<int>(line_->waiting(), INT16_MAX));
+}
+
+void QtSerialPort::AwaitBytes(std::int16_t bytes) {
+    if (line_->usable())
+        line_->listenAfter(bytes - line_->waiting());
 }
 
 Bytes QtSerialPort::Input() {

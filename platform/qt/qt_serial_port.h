@@ -22,6 +22,7 @@ public:
     void Close() override;
     void Output(const Bytes& frame) override;
     std::int16_t InBufferCount() override;
+    void AwaitBytes(std::int16_t bytes) override;
     Bytes Input() override;
     void setLastFrames(const Bytes& frames) override;
 

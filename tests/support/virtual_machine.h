@@ -37,6 +37,7 @@ struct BoxPort final : platform::SerialPort {
     void Close() override;
     void Output(const Bytes& frame) override;
     std::int16_t InBufferCount() override;
+    void AwaitBytes(std::int16_t) override {}
     Bytes Input() override;
     void setLastFrames(const Bytes& frames) override { lastFrames = frames; }
 
