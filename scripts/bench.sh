@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Measures the release build: what it does in process (bench/), its runs against the clock of the
 # wire, and what it takes of the machine. Prints two tables in Markdown, medians of a few runs; what
-# stands in them is told in bench/README.md. Takes about eight minutes, and wants the machine for itself.
+# stands in them is told in bench/README.md. Takes about eight minutes, and wants the machine for
+# itself.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
