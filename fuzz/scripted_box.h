@@ -52,6 +52,7 @@ private:
     void setRThreshold(int) override {}
     void setInputModeBinary() override {}
     void setLastFrames(const Bytes&) override {}
+    void AwaitBytes(std::int16_t) override {}
     bool PortOpen() const override { return open; }
     void Open() override {
         if (cannotOpen)
