@@ -56,7 +56,10 @@ make_kind() {
     "one line") filled_line x >"$2" ;;
     zeros) head -c "$((largest - 4000))" /dev/zero >"$2" ;;
     "byte order mark") printf '\xEF\xBB\xBF%s\n' "$good" >"$2" ;;
-    latin-1) printf '%s\n' "${good/[A-Za-z]/$'\xE4'}" >"$2" ;;
+    latin-1)
+        good=${good/\"1.0/\"$'\xE4'} # the version text
+        printf '%s\n' "${good/[a-z]/$'\xE4'}" >"$2"
+        ;;
     esac
 }
 
