@@ -31,6 +31,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (s.ProgrammerFound)
         check(took == 12 || (took == 13 && box.unasked), "a box answers by twelve bytes");
     else
-        check(box.dropped != 12, "twelve bytes are a box");
+        check(box.waitedAtMessage != 12, "twelve bytes are a box");
     return 0;
 }

@@ -43,8 +43,8 @@ public:
     std::array<int, 256> took{}; // how often the program was given each byte
     bool open = true;
     bool cannotOpen = false;
-    bool unasked = false;    // the byte that comes by itself has come
-    std::size_t dropped = 0; // bytes that waited when the port was closed
+    bool unasked = false;            // the byte that comes by itself has come
+    std::size_t waitedAtMessage = 0; // bytes, when the last message box came up
 
 private:
     void setCommPort(int) override { check(!open, "an open port keeps its number"); }
@@ -61,7 +61,7 @@ private:
     }
     void Close() override {
         open = false;
-        dropped = std::exchange(waiting_, {}).size();
+        waiting_.clear();
     }
     void Output(const Bytes& frame) override {
         countCall();
@@ -114,6 +114,7 @@ private:
         vm.at(freeMs_, [this, sent = std::move(bytes)] { arrive(sent); });
     }
     void letMessageStand() {
+        waitedAtMessage = waiting_.size();
         const double began = vm.nowMs();
         bool answered = false;
         vm.at(static_cast<std::int64_t>(began) + input_.number(0xFFF), [&] { answered = true; });
