@@ -1,8 +1,8 @@
 // Start-up and the files it reads: settings, device list, Auto sequence.
 //
 // All three are required in AppPath. Each procedure throws platform::FileError, naming the file,
-// the item and the cause, when a file is missing, damaged or outside its limits. Texts may have up to
-// 65535 bytes.
+// the item and the cause, when a file is missing, damaged or outside its limits. Texts may have up
+// to 65535 bytes.
 #pragma once
 
 #include <string>
