@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -27,6 +28,12 @@ inline std::vector<std::vector<std::string>> readTable(const std::string& path) 
         rows.push_back(row);
     }
     return rows;
+}
+
+// A cell's words, separated by blanks.
+inline std::vector<std::string> words(const std::string& cell) {
+    std::istringstream stream(cell);
+    return {std::istream_iterator<std::string>(stream), {}};
 }
 
 // A cell's text with "\\n" and "\\r" in the place of line ends, turned into bytes.
