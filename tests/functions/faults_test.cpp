@@ -132,14 +132,3 @@ TEST_F(Faults, AndWithSeveralAtOnce) {
         meet(families[any(std::size(families))], static_cast<int>(any(Auto)), faults);
     }
 }
-
-// What no reply tells, the next function does.
-TEST_F(Faults, VerifyAndBlankTellWhatAWriteOrAnEraseLeftUndone) {
-    prepare(1, {"lie:0123"});
-    run(Program);
-    EXPECT_EQ(window.lines[0], "Programming ...   OK!");
-    run(Verify);
-    EXPECT_EQ(window.lines[0], "Verify Error at 0123");
-    run(Blank);
-    EXPECT_EQ(window.lines[0], "Blank Error at 0000");
-}

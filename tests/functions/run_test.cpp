@@ -1,4 +1,4 @@
-// What lies around the function procedures, and the functions that read.
+// What lies around the function procedures.
 #include "tests/support/run_fixture.h"
 
 #include <stdexcept>
@@ -6,27 +6,6 @@
 using namespace modFunc;
 
 using Runs = RunTest;
-
-TEST_F(Runs, ReadStoresWholeBlocksAndNothingElse) {
-    struct Case {
-        const char* fault;
-        int size, bytes;
-    };
-    for (const Case& c : {Case{"identify:12", 300, 256}, Case{"identify:12", 65536, 65536},
-                          Case{"silent@R1", 1024, 0}, Case{"silent@R4", 1024, 768}}) {
-        SCOPED_TRACE(c.size);
-        box({c.fault});
-        image();
-        vm.box().chip().load(state().BufferData);
-        Bytes expected(state().BufferData.begin(), state().BufferData.begin() + c.bytes);
-        expected.resize(70001, 0xEE);
-        state().BufferData.assign(70001, 0xEE);
-        device(1, c.size);
-        run(Read);
-        EXPECT_EQ(state().BufferData, expected);
-        EXPECT_EQ(window.closed, std::string(c.fault) == "identify:12"); // a success closes it
-    }
-}
 
 TEST_F(Runs, TheSocketStaysPoweredWhileAMessageWaits) {
     box({"silent@D1"});
@@ -38,14 +17,6 @@ TEST_F(Runs, TheSocketStaysPoweredWhileAMessageWaits) {
     };
     run(Program);
     EXPECT_FALSE(vm.box().powered());
-}
-
-TEST_F(Runs, ProgramShowsThePercentBeforeEachBlock) {
-    box();
-    device(20, 1024, 64);
-    run(Program);
-    EXPECT_EQ(window.percents,
-              (std::vector{0, 0, 6, 12, 18, 25, 31, 37, 43, 50, 56, 62, 68, 75, 81, 87, 93, 100}));
 }
 
 TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {

@@ -1,4 +1,5 @@
-// Runs against faulty boxes and chips, held against tests/functions/scenarios.txt.
+// Runs held against tables: tests/functions/wire_table.txt has every function on every kind of
+// family, tests/functions/scenarios.txt has faulty boxes, chips and devices.
 #include "tests/support/run_fixture.h"
 #include "tests/support/table_file.h"
 
@@ -8,15 +9,34 @@ using namespace modFunc;
 
 namespace {
 
+int codeOf(const std::string& name) {
+    const auto found = std::ranges::find(functionNames, name);
+    return found == functionNames.end() ? std::stoi(name) : int(found - functionNames.begin());
+}
+
 class Scenario : public RunTest {
 protected:
-    static std::vector<std::string> words(const std::string& text) {
-        std::istringstream stream(text);
-        return {std::istream_iterator<std::string>(stream), {}};
-    }
-    static int codeOf(const std::string& name) {
-        const auto found = std::ranges::find(functionNames, name);
-        return found == functionNames.end() ? std::stoi(name) : int(found - functionNames.begin());
+    // A run of a function, or of "Auto:" and the names of some, on a device "family size page".
+    // The image holds a pattern, for Read the chip alone.
+    void play(const std::string& deviceText, const std::string& faults, const std::string& chip,
+              const std::string& runText) {
+        box(words(faults));
+        const auto numbers = words(deviceText);
+        device(std::stoi(numbers.at(0)), std::stoi(numbers.at(1)), std::stoi(numbers.at(2)));
+        image();
+        fillChip(chip);
+        if (runText == "Read")
+            state().BufferData.assign(70001, 0xEE);
+        imageBefore = state().BufferData;
+        startMs = vm.nowMs();
+
+        auto names = words(runText);
+        std::vector<int> codes(names.size() - 1);
+        std::transform(names.begin() + 1, names.end(), codes.begin(), codeOf);
+        autoSequence(codes);
+        run(names[0] == "Auto:" ? int{Auto} : codeOf(names[0]));
+        EXPECT_EQ(window.closed, runText == "Read" && window.lines[0].ends_with("OK!"));
+        EXPECT_EQ(window.buttons, window.closed ? "rc" : "rcRC");
     }
     // "FF", "image", and single bytes as "0123=00".
     void fillChip(const std::string& contents) {
@@ -30,44 +50,71 @@ protected:
                                     std::uint8_t(std::stoi(word.substr(5), nullptr, 16)));
         }
     }
-    void runText(const std::string& text) {
-        auto names = words(text);
-        if (names.at(0) != "Auto:")
-            return run(codeOf(names[0]));
-        std::vector<int> codes(names.size() - 1);
-        std::transform(names.begin() + 1, names.end(), codes.begin(), codeOf);
-        autoSequence(codes);
-        run(Auto);
-    }
     std::string lines() const {
         std::string text = window.lines[0];
         for (std::size_t i = 1; i < window.lines.size(); ++i)
             text += " / " + window.lines[i];
         return text.substr(0, text.find_last_not_of(" /") + 1);
     }
+    // The box's frames, each with the time until the next or the run's end: "S 00 +500".
+    std::string traffic() {
+        std::string text;
+        double beforeMs = 0;
+        const auto pause = [&](double untilMs) {
+            if (const int ms = static_cast<int>(untilMs - beforeMs); ms > 0 && !text.empty())
+                text += " +" + std::to_string(ms);
+            beforeMs = untilMs;
+        };
+        for (const simbox::Frame& frame : vm.box().frames()) {
+            pause(static_cast<double>(frame.arrivedUs) / 1000);
+            const Bytes parameters(frame.bytes.begin() + 5, frame.bytes.end());
+            text += (text.empty() ? "" : ", ") + std::string{frame.letter} + " " +
+                    (frame.letter == 'D' ? std::to_string(parameters.size()) : hexText(parameters));
+        }
+        pause(vm.nowMs());
+        return text;
+    }
+
+    Bytes imageBefore;
+    double startMs = 0;
 };
 
 } // namespace
 
+TEST_F(Scenario, EveryFunctionOnEveryFamily) {
+    const auto table = readTable(TEST_FILES "/functions/wire_table.txt");
+    ASSERT_EQ(table.size(), 13U * 6);
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.at(0) + " | " + row.at(1));
+        const int code = codeOf(row[1]);
+        play(row[0], "", code == Read || code == Verify ? "image" : "FF", row[1]);
+        EXPECT_EQ(lines(), row.at(2));
+        EXPECT_EQ(window.percents, row.at(3));
+        EXPECT_EQ(traffic(), row.at(4));
+        const bool refused = row.size() > 5;
+        EXPECT_EQ(vm.box().complaints().empty(), !refused);
+        EXPECT_EQ(vm.box().chip().locked(), !refused && row[2] == "Locking ...   OK!");
+        if (!refused && row[2] == "Programming ...   OK!") {
+            EXPECT_TRUE(std::equal(imageBefore.begin(), imageBefore.begin() + 512,
+                                   vm.box().chip().memory().begin()));
+            EXPECT_EQ(vm.box().chip().memory()[512], 0xFF);
+        }
+    }
+}
+
 TEST_F(Scenario, EndsAsTold) {
     for (const auto& row : readTable(TEST_FILES "/functions/scenarios.txt")) {
         SCOPED_TRACE(row.at(0) + " | " + row.at(1) + " | " + row.at(2) + " | " + row.at(3));
-        const auto size = words(row[0]);
-        box(words(row[1]));
-        device(std::stoi(size.at(0)), std::stoi(size.at(1)), std::stoi(size.at(2)));
-        image();
-        fillChip(row[2]);
-        const Bytes before = state().BufferData;
-        const double start = vm.nowMs();
-        runText(row[3]);
+        play(row[0], row[1], row[2], row[3]);
         EXPECT_EQ(lines(), row.at(4));
-        EXPECT_EQ(window.percents.back(), std::stoi(row.at(5)));
+        EXPECT_EQ(words(window.percents).back(), row.at(5));
         EXPECT_EQ(vm.messages,
                   std::vector<ShownMessage>(std::stoul(row.at(6)), communicationError()));
         EXPECT_EQ(frames().size(), std::stoul(row.at(7)));
-        EXPECT_EQ(vm.nowMs() - start, std::stod(row.at(8)));
-        EXPECT_EQ(window.buttons, window.closed ? "rc" : "rcRC");
-        EXPECT_TRUE(row[3] == "Read" || state().BufferData == before);
+        EXPECT_EQ(vm.nowMs() - startMs, std::stod(row.at(8)));
+        const auto& chip = vm.box().chip().memory();
+        std::copy_n(chip.begin(), row.size() > 9 ? std::stoi(row[9]) : 0, imageBefore.begin());
+        EXPECT_EQ(state().BufferData, imageBefore);
         if (!vm.box().cablePulled() && !frames().empty())
             expectPoweredDown();
     }

@@ -16,14 +16,16 @@ struct RecordingWindow final : modFunc::RunWindow {
     void ShowLine(int line, const std::string& text) override {
         lines.at(static_cast<std::size_t>(line)) = text;
     }
-    void ShowProgress(int percent) override { percents.push_back(percent); }
+    void ShowProgress(int percent) override {
+        percents += (percents.empty() ? "" : " ") + std::to_string(percent);
+    }
     void EnableRun(bool enabled) override { buttons += enabled ? "R" : "r"; }
     void EnableClose(bool enabled) override { buttons += enabled ? "C" : "c"; }
     void Close() override { closed = true; }
 
     std::array<std::string, modFunc::messageLines> lines;
-    std::vector<int> percents;
-    std::string buttons; // each change in order: capital on, small off
+    std::string percents; // each that was shown, in order
+    std::string buttons;  // each change in order: capital on, small off
     bool closed = false;
 };
 
