@@ -2,9 +2,9 @@
 
 #include "app/state.h"
 #include "buffer/image.h"
+#include "tests/support/table_file.h"
 
 #include <gtest/gtest.h>
-#include <map>
 
 using namespace modFunc;
 
@@ -17,11 +17,6 @@ protected:
         state().SelectedDevice = 1;
         ClearImage();
     }
-    void checkSumOf(std::int32_t size, std::int32_t sum) {
-        state().DeviceList[1].Size = size;
-        ComputeCheckSum();
-        EXPECT_EQ(state().BufferCheckSum, sum) << size;
-    }
 };
 
 } // namespace
@@ -32,16 +27,15 @@ TEST_F(Image, ClearErasesAllOfIt) {
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
 }
 
-TEST_F(Image, ChecksumIsTheSixteenBitSumOfTheDevice) {
-    checkSumOf(0, 0);
-    checkSumOf(-1, 0);
-    checkSumOf(256, 0xFF00);
-    checkSumOf(4096, 0xF000);
-    checkSumOf(65536, 0);
+// tests/buffer/sizes.txt: what follows from a device's size.
+TEST_F(Image, ChecksumAndLastTopLineFollowTheSize) {
     state().BufferData[256] = 0;
-    checkSumOf(256, 0xFF00);
-    checkSumOf(257, 0xFF00);
-    checkSumOf(2000000000, (70000 * 255) % 65536); // as far as the image reaches
+    for (const auto& row : readTable(TEST_FILES "/buffer/sizes.txt")) {
+        state().DeviceList[1].Size = std::stoi(row.at(0));
+        ComputeCheckSum();
+        EXPECT_EQ(state().BufferCheckSum, std::stoi(row.at(1))) << row[0];
+        EXPECT_EQ(LastTopLine(std::stoi(row[0])), std::stoi(row.at(2))) << row[0];
+    }
 }
 
 TEST_F(Image, PageTextStandsOnFixedPositions) {
@@ -63,18 +57,4 @@ TEST_F(Image, PageTextStandsOnFixedPositions) {
                                              ". ~\x7F............\r\n");
     EXPECT_EQ(PageText(0xFF0).substr(65 + 15 * 71, 4), "FFF0");
     EXPECT_EQ(PageText(4360).size(), 16U * 72 + 65); // behind the image: five digits, no crash
-}
-
-TEST_F(Image, LastTopLineRoundsToEvenAndKeepsFourDigits) {
-    for (const auto& [size, line] : std::map<int, int>{{8192, 496},
-                                                       {65536, 4080},
-                                                       {256, 0},
-                                                       {128, 0},
-                                                       {0, 0},
-                                                       {256 + 8, 0}, // 0.5 to 0
-                                                       {256 + 24, 2},
-                                                       {256 + 25, 2},
-                                                       {INT32_MAX, 4080},
-                                                       {-INT32_MAX, 0}}) // 1.5 to 2
-        EXPECT_EQ(LastTopLine(size), line) << size;
 }
