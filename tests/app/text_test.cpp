@@ -1,9 +1,9 @@
 #include "app/delimited_text.h"
 #include "app/hex_text.h"
 #include "platform/file_error.h"
+#include "tests/support/table_file.h"
 
 #include <gtest/gtest.h>
-#include <map>
 #include <vector>
 
 using namespace modFunc;
@@ -14,24 +14,12 @@ TEST(HexText, FillsToFourDigitsAndNeverCuts) {
     EXPECT_EQ(HexDigits(0) + " " + HexDigits(8192), "0 2000");
 }
 
-TEST(HexText, ReadsTolerantlyFromTheLeft) {
-    for (const auto& [text, value] :
-         std::map<std::string, int>{{"12G4", 18},
-                                    {"aF", 175},
-                                    {"", 0},
-                                    {"G5", 0},
-                                    {"-1", 0},
-                                    {"7FFFFFFF", INT32_MAX},
-                                    {"80000000", INT32_MAX},
-                                    {"123456789ABCDEF0123456789", INT32_MAX}})
-        EXPECT_EQ(TolerantHex(text), value) << text;
-}
-
-TEST(HexText, ReadsStrictlyOneToFourDigits) {
-    EXPECT_EQ(StrictHex("fFfF"), 65535);
-    EXPECT_EQ(StrictHex("0"), 0);
-    for (const char* refused : {"", "12345", "12G4", " 12", "0x1"})
-        EXPECT_EQ(StrictHex(refused), std::nullopt) << refused;
+TEST(HexText, IsReadTolerantlyOrStrictly) {
+    for (const auto& row : readTable(TEST_FILES "/app/hex_text.txt")) {
+        EXPECT_EQ(TolerantHex(row.at(0)), std::stoi(row.at(1))) << row[0];
+        const auto strict = StrictHex(row[0]);
+        EXPECT_EQ(strict ? std::to_string(*strict) : "refused", row.at(2)) << row[0];
+    }
 }
 
 TEST(DelimitedText, ItemsEndAtCommasAndAnyLineEnd) {

@@ -16,7 +16,6 @@ protected:
     }
     // Looks for a box with these faults and tells all that came of it.
     std::string outcome(const std::vector<std::string>& faults = {}) {
-        vm.port.Close();
         box(faults);
         vm.port.open = false;
         return outcomeOfThisBox();
@@ -24,7 +23,7 @@ protected:
     std::string outcomeOfThisBox() {
         vm.panels = {{1, "COM"}, {2, "Device:"}, {3, "Size:"}};
         FindProgrammer();
-        const ShownMessage& message = vm.messages.at(0);
+        const ShownMessage& message = vm.messages.back();
         const bool critical = message.icon == platform::MessageBox::Icon::Critical;
         return (critical ? "(!) " : "(i) ") + message.title + " | " + message.text + " | " +
                (state().ProgrammerFound ? "found" : "none") +
@@ -68,9 +67,7 @@ TEST_F(Discovery, ShowsFirmwareByteForByte) {
 TEST_F(Discovery, RunsAgainOnAnOpenPortAndMayFailToOpenIt) {
     EXPECT_EQ(outcome(), found);
     vm.port.queue = {1, 2, 3}; // left by an earlier exchange
-    vm.messages.clear();
     EXPECT_EQ(outcomeOfThisBox(), found);
-    vm.messages.clear();
     vm.port.openError = "/dev/ttyUSB2: gone";
     EXPECT_EQ(outcomeOfThisBox(), "(!) Communication Port Error | COM7, /dev/ttyUSB2: gone | "
                                   "none, closed | FAIL | Device: | Size:");
