@@ -1,9 +1,11 @@
 #include "platform/files.h"
 #include "platform/rich_text.h"
+#include "tests/support/table_file.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
+#include <regex>
 
 using namespace platform;
 
@@ -16,38 +18,35 @@ std::string paragraphText(const RichParagraph& paragraph) {
     return text;
 }
 
-// A paragraph a line; a row of a table as [cell|cell], a paragraph inside a cell ended by /.
+// A paragraph ended by ¶; a row of a table as [cell][cell]; a line end as ↵,
+// a tab as →, a hard space as °.
 std::string shown(const RichText& text) {
     std::string all;
     for (const auto& block : text.blocks) {
         if (const auto* paragraph = std::get_if<RichParagraph>(&block)) {
-            all += paragraphText(*paragraph) + "\n";
+            all += paragraphText(*paragraph) + "¶";
             continue;
         }
-        std::string row;
         for (const RichCell& cell : std::get<RichRow>(block).cells) {
-            row += row.empty() ? "[" : "|";
+            all += "[";
             for (const RichParagraph& paragraph : cell.paragraphs)
-                row +=
-                    paragraphText(paragraph) + (&paragraph == &cell.paragraphs.back() ? "" : "/");
+                all +=
+                    (&paragraph == &cell.paragraphs.front() ? "" : "¶") + paragraphText(paragraph);
+            all += "]";
         }
-        all += row + "]\n";
     }
-    return all;
+    all = std::regex_replace(all, std::regex("\n"), "↵");
+    all = std::regex_replace(all, std::regex("\t"), "→");
+    return std::regex_replace(all, std::regex("\u00A0"), "°");
 }
 
-std::string shown(const std::string& body) {
-    return shown(*ReadRichText("{\\rtf1\\ansi " + body + "}"));
+std::vector<std::vector<std::string>> table() {
+    return readTable(TEST_FILES "/platform/rich_text.txt");
 }
 
-// Everything the reader knows, close together, for damage to hit.
-const std::string dense =
-    R"({\rtf1\deff1{\fonttbl{\f0\fswiss Arial;}{\f1\fmodern\fcharset2 Signs;}}{\colortbl;)"
-    R"(\red255\green0\blue1;}{\stylesheet{\s1 x;}}\pard\li360\fi-360\tx720{\pntext\'b7\tab}\b1)"
-    R"(\i\ul\cf1\highlight1 A\~B\u8364\'80\u-10179?\u-8704?{\v no}\par{\*\unknown{x}}{\field)"
-    R"({\*\fldinst HYPERLINK}{\fldrslt link}}\par\trowd\trleft9\clbrdrt\brdrs\clcbpat1\cellx99)"
-    R"(\cellx200\pard\intbl 1\par 2\cell 3\cell\row\pard{\*\shppict{\pict\pngblip\picwgoal300)"
-    R"(\pichgoal-5\picscalex50 4142}}\bin3 {}}\'4\super x\plain\par})";
+std::string document(const std::string& body) {
+    return "{\\rtf1\\ansi " + std::regex_replace(body, std::regex("↵"), "\r\n") + "}";
+}
 
 // A copy whose end is the end of its memory, so that reading past it is caught.
 void readExactly(const std::string& text) {
@@ -64,28 +63,9 @@ TEST(RichText, IsToldByItsBeginning) {
 }
 
 TEST(RichText, ShowsWhatIsOnThePageAndNothingElse) {
-    const struct {
-        const char* rtf;
-        const char* text;
-    } rows[] = {
-        {"one\\par two\r\n three\\line four\\tab five", "one\ntwo three\nfour\tfive\n"},
-        {"\\{\\}\\\\ a\\~b\\_c\\emdash d\\lquote e", "{}\\ a\u00A0b\u2011c\u2014d\u2018e\n"},
-        {"\\'e9\\'80\\'93\\'81\\'07\\u127? \\'zz", "\u00E9\u20AC\u201C\uFFFD\uFFFD\uFFFD zz\n"},
-        {"\\u8364?x\\uc2\\u233\\'c3\\'a9y\\uc0\\u8226 z{\\uc1\\u65 {}?}",
-         "\u20ACx\u00E9y\u2022zA?\n"},
-        {"\\u-10179?\\u-8704? \\u-10179?x \\u-3913?", "\U0001F600 x \u2022\n"},
-        {"{\\info{\\title t}}{\\header h}{\\*\\new{n}}{\\stylesheet{\\s1 s;}}x", "x\n"},
-        {"{\\field{\\*\\fldinst HYPERLINK \"u\"}{\\fldrslt{\\ul link}}}{\\v no}", "link\n"},
-        {"{\\fonttbl{\\f5\\fcharset2 Signs;}}{\\pntext\\f5\\'b7\\tab}a", "\u2022\ta\n"},
-        {"a\\bin4 }}{\\c", "ac\n"},
-        {"{\\pict\\pngblip\\picw1 41 4\n2}{\\pict\\wmetafile8 41}{\\nonshppict{\\pict\\pngblip41}}",
-         "<AB>\n"},
-        {"\\trowd\\cellx9\\cellx20\\pard\\intbl 1\\par 2\\cell\\cell\\row x", "[1/2|]\nx\n"},
-        {"\\pard\\intbl a\\cell\\pard after\\par", "[a]\nafter\n"},
-        {"a}}}b{{{c", "abc\n"},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(shown(row.rtf), row.text) << row.rtf;
+    for (const auto& row : table()) {
+        EXPECT_EQ(shown(*ReadRichText(document(row.at(0)))), row.at(1)) << row[0];
+    }
 }
 
 TEST(RichText, KeepsFormatsLayoutAndTables) {
@@ -123,17 +103,16 @@ TEST(RichText, ReadsTheShippedGuide) {
     const std::string guide = ReadWholeFile(SHIPPED_DATA "/quorven help.rtf");
     const std::string text = shown(*ReadRichText(guide));
     for (const char* part :
-         {"QUORVEN\n", "\nFinding the box\n", "\nDevice functions\n", "\nFiles and offsets\n",
-          "\nThe device list\n", "[Port|Device]\n[COM1 to COM4|/dev/ttyS0 to /dev/ttyS3]\n",
-          "\n\"DIP8 32K page 64\",\"DIP8\",\"\",20,32768,64,0,0\n",
-          "3 Program, 4 Verify, 5 Lock.\n"})
+         {"QUORVEN¶", "¶Finding the box¶", "¶Device functions¶", "¶Files and offsets¶",
+          "¶The device list¶", "[Port][Device][COM1 to COM4][/dev/ttyS0 to /dev/ttyS3]",
+          "¶\"DIP8 32K page 64\",\"DIP8\",\"\",20,32768,64,0,0¶", "3 Program, 4 Verify, 5 Lock.¶"})
         EXPECT_NE(text.find(part), std::string::npos) << part;
-    for (const char c : {'\\', '{', '}'})
-        EXPECT_EQ(text.find(c), std::string::npos) << c;
+    EXPECT_EQ(text.find_first_of("\\{}"), std::string::npos);
 }
 
 TEST(RichText, SurvivesDamage) {
     const std::string guide = ReadWholeFile(SHIPPED_DATA "/quorven help.rtf");
+    const std::string dense = document(table().back().at(0));
     for (std::size_t length = 0; length <= dense.size(); ++length)
         readExactly(dense.substr(0, length));
     for (std::size_t length = 0; length <= guide.size(); length += 131)
