@@ -11,6 +11,8 @@
 #include <QListWidget>
 #include <QPushButton>
 
+#include <utility>
+
 using namespace modFunc;
 
 namespace {
@@ -120,7 +122,10 @@ void frmFunction::ShowLine(int line, const std::string& text) {
     announce(label);
 }
 
+// Most blocks of a large device leave the percentage as it is: they cost nothing here.
 void frmFunction::ShowProgress(int percent) {
+    if (std::exchange(shownPercent_, percent) == percent)
+        return;
     lblProgress->setText(QStringLiteral("%1%").arg(percent));
     announce(lblProgress);
     const float width = static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;

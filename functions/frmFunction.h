@@ -46,5 +46,6 @@ private:
     QLabel* lblProgress;
     QPushButton* cmdRun;
     QPushButton* cmdClose;
+    int shownPercent_ = 0;
     bool closeRequested_ = false; // during a run
 };
