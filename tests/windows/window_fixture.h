@@ -9,15 +9,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QMdiSubWindow>
 #include <QMessageBox>
 #include <QProcess>
-#include <QRadioButton>
-#include <QScrollBar>
 #include <QTest>
 #include <QTextEdit>
 #include <QTimer>
@@ -49,6 +44,7 @@ protected:
     ~Windows() override {
         box.terminate();
         EXPECT_TRUE(boxEnds());
+        EXPECT_TRUE(actions.isEmpty()) << "did not come up: " << actions.firstKey().toStdString();
     }
     // The box, with a chip of 64 KiB of `fill` and these options besides.
     void startBox(char fill = '\xFF', const QStringList& more = {}) {
@@ -72,10 +68,6 @@ protected:
             .filter(QStringLiteral(" > "));
     }
     std::string chip(std::size_t bytes) { return folder.read("chip.bin").substr(0, bytes); }
-    static std::string image(std::size_t bytes) {
-        const Bytes& data = modFunc::state().BufferData;
-        return {data.begin(), data.begin() + std::ptrdiff_t(bytes)};
-    }
     // The main window, loaded and shown.
     void start() {
         machine = std::make_unique<QtMachine>();
@@ -101,8 +93,6 @@ protected:
     static void click(QWidget& window, const char* button) {
         QTest::mouseClick(in<QAbstractButton>(window, button), Qt::LeftButton);
     }
-    QMdiSubWindow* bufferWindow() const { return mdi->findChild<QMdiSubWindow*>(); }
-    QString panel(const char* name) { return in<QLabel>(*mdi, name)->text(); }
 
     TemporaryFolder folder;
     QProcess box;

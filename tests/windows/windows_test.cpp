@@ -1,67 +1,24 @@
-// The main job and runs, by clicks and keys on real windows.
+// What takes more than a play: a click on a digit, and events that come during a run.
 #include "functions/device_run.h"
 #include "tests/windows/window_fixture.h"
 
 using namespace modFunc;
 
-namespace {
-
-void loadSample(QWidget& fileDialog) {
-    auto* name = fileDialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    name->setText(QStringLiteral(SHIPPED_DATA "/sample.hex"));
-    QTest::keyClick(name, Qt::Key_Return);
-}
-
-} // namespace
-
-TEST_F(Windows, TheMainJobByClicks) {
-    startBox();
+TEST_F(Windows, AClickTakesTheCaretToTheDigitUnderIt) {
     start();
-    EXPECT_EQ(messages, QStringList{QStringLiteral("Device Found!: Firmware: SimBox v1.00")});
-    EXPECT_EQ(mdi->windowTitle(), QStringLiteral("QUORVEN ~ USB Programmer - Ver.1.0"));
-    EXPECT_EQ(panel("sbar1") + panel("sbar2") + panel("sbar3") + panel("sbar4"),
-              QStringLiteral("COM5Device: DIP40 4K type 1Size: 1000HFile:"));
-    EXPECT_EQ(bufferWindow(), nullptr);
-    when("cdia", loadSample);
-    when("frmFileLoad", [](QWidget& form) {
-        EXPECT_TRUE(in<QRadioButton>(form, "Option1")->isChecked());
-        QTest::keyClick(form.focusWidget(), Qt::Key_Return);
-    });
-    trigger("FileLoad");
-    EXPECT_EQ(panel("sbar4"), QStringLiteral("File: " SHIPPED_DATA "/sample.hex"));
-    ASSERT_NE(bufferWindow(), nullptr);
-    EXPECT_EQ(in<QLabel>(*mdi, "lblCheckSum")->text(), QStringLiteral("BE6C"));
-
-    when("frmFunction", [](QWidget& form) {
-        EXPECT_EQ(in<QLineEdit>(form, "txtChipEnd")->text(), QStringLiteral("1000"));
-        auto* list = in<QListWidget>(form, "listFunction");
-        QTest::keyClick(list, Qt::Key_Down);
-        QTest::keyClick(list, Qt::Key_Down);
-        QTest::keyClick(list, Qt::Key_Down);
-        QTest::keyClick(list, Qt::Key_Return); // the default button
-        EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(), QStringLiteral("Programming ...   OK!"));
-        EXPECT_EQ(in<QLabel>(form, "lblProgress")->text(), QStringLiteral("100%"));
-        EXPECT_EQ(in<QWidget>(form, "shpProgress")->width(), in<QWidget>(form, "shpBG")->width());
-        QTest::keyClick(&form, Qt::Key_Escape);
-    });
-    trigger("DeviceFunction");
-    EXPECT_EQ(chip(4096), image(4096));
-    EXPECT_EQ(chip(65536).substr(4096), std::string(65536 - 4096, '\xFF'));
-    EXPECT_TRUE(frames().last().endsWith(QStringLiteral("release socket")));
-}
-
-TEST_F(Windows, CancelInEitherFileDialogLoadsNothing) {
-    start();
-    const auto escape = [](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); };
-    when("cdia", escape);
-    trigger("FileLoad");
-    when("cdia", loadSample);
-    when("frmFileLoad", escape);
-    trigger("FileLoad");
-    EXPECT_TRUE(state().FileCancelled);
-    EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
-    EXPECT_EQ(panel("sbar4"), QStringLiteral("File:"));
-    EXPECT_EQ(bufferWindow(), nullptr);
+    trigger("BufferClear");
+    auto* page = in<QTextEdit>(*mdi, "txtBuffer");
+    QTextCursor digit(page->document());
+    digit.setPosition(64 + 70 * 2 + 5 + 3); // the high digit of address 0021
+    const QRect cell = page->cursorRect(digit);
+    QTest::mouseClick(page->viewport(), Qt::LeftButton, {}, cell.center() + QPoint(5, 0));
+    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0021"));
+    QTest::keyClick(page, Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0031"));
+    EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("F"));
+    QTest::keyClick(page, Qt::Key_W, Qt::ControlModifier);
+    QTest::qWait(1); // the window is deleted later
+    EXPECT_EQ(in<QWidget>(*mdi, "frmBuffer"), nullptr);
 }
 
 namespace {
@@ -177,22 +134,4 @@ TEST_F(Windows, ARequestToCloseTheFunctionWindowWaitsForTheRunsEnd) {
     trigger("DeviceFunction");
     EXPECT_EQ(messages.last(), QStringLiteral("Device Error: Communication Error!"));
     EXPECT_EQ(frames().size(), 1 + 2 + 2 + 2);
-}
-
-TEST_F(Windows, WithoutABoxRunIsDisabledAndTheRestWorks) {
-    start();
-    EXPECT_TRUE(messages.value(0).startsWith(QStringLiteral("Communication Port Error: COM5, ")));
-    EXPECT_EQ(panel("sbar1"), QStringLiteral("FAIL"));
-    when("frmFunction", [](QWidget& form) {
-        EXPECT_FALSE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
-        EXPECT_EQ(in<QListWidget>(form, "listFunction")->count(), 7);
-        click(form, "cmdClose");
-    });
-    trigger("DeviceFunction");
-    trigger("BufferClear");
-    ASSERT_NE(bufferWindow(), nullptr);
-    in<QScrollBar>(*mdi, "vsc")->setValue(240);
-    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0F00"));
-    trigger("BufferEdit");
-    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0000"));
 }
