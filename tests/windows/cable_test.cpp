@@ -1,7 +1,7 @@
 // The cable pulled at every frame of every function: the other side of a real pseudo-terminal is
 // closed. Each case waits for real time-outs, so they run in many processes at once (ctest -R
 // cable).
-#include "functions/device_run.h"
+#include "tests/support/table_file.h"
 #include "tests/windows/window_fixture.h"
 
 #include <ctime>
@@ -10,40 +10,26 @@ using namespace modFunc;
 
 namespace {
 
-struct PulledRun {
-    int row; // of the shipped device list, the device cut to 256 bytes
-    FunctionCode code;
-    const char* frames; // letters of a run that is left in peace
-    const char* line;   // what it says at its end
-};
-constexpr PulledRun runs[] = {
-    {1, Read, "VSRVS", "Reading ..."},
-    {1, Erase, "VSEEVS", "Erasing ...OK"},
-    {1, Blank, "VSRVS", "Blank Checking ..."},
-    {1, Program, "VTDWVS", "Programming ..."},
-    {1, Verify, "VSRVS", "Verifying ..."},
-    {1, Lock, "VSLSLSLVSLSLSLVS", "Locking ...   OK!"},
-    {7, Erase, "VSEEVSVSEEVS", "Erasing ...OK"},
-    {16, Program, "VSDWDWVS", "Programming ..."},
-    {21, Erase, "SEVS", "Erasing ...OK"},
+struct Pull {
+    std::vector<std::string> run; // a row of tests/windows/pulls.txt
+    std::size_t frame;            // at which the cable goes, from 0
 };
 
-// A run, and the frame at which the cable goes, from 0.
-std::vector<std::pair<PulledRun, std::size_t>> allPulls() {
-    std::vector<std::pair<PulledRun, std::size_t>> pulls;
-    for (const PulledRun& run : runs)
-        for (std::size_t frame = 0; frame < std::string_view(run.frames).size(); ++frame)
-            pulls.emplace_back(run, frame);
+std::vector<Pull> allPulls() {
+    std::vector<Pull> pulls;
+    for (const auto& run : readTable(TEST_FILES "/windows/pulls.txt"))
+        for (std::size_t frame = 0; frame < run.at(2).size(); ++frame)
+            pulls.push_back({run, frame});
     return pulls;
 }
 
-class CablePulled : public Windows,
-                    public testing::WithParamInterface<std::pair<PulledRun, std::size_t>> {
+class CablePulled : public Windows, public testing::WithParamInterface<Pull> {
 protected:
-    QString runFunction(int code) {
+    QString runFunction(const QString& name) {
         QString line;
-        when("frmFunction", [&line, code](QWidget& form) {
-            in<QListWidget>(form, "listFunction")->setCurrentRow(code);
+        when("frmFunction", [&line, name](QWidget& form) {
+            auto* list = in<QListWidget>(form, "listFunction");
+            list->setCurrentItem(list->findItems(name, Qt::MatchExactly).value(0));
             click(form, "cmdRun");
             line = in<QLabel>(form, "lblMsg(0)")->text();
             if (form.isVisible())
@@ -64,19 +50,20 @@ protected:
 
 TEST_P(CablePulled, EndsTheRunAndTheBoxIsFoundAgain) {
     const auto& [run, frame] = GetParam();
-    const std::string_view letters = run.frames;
+    const int row = std::stoi(run[0]);
+    const std::string& letters = run[2];
     startBox('\xFF', {QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(frame + 2)});
     start();
-    state().SelectedDevice = static_cast<std::int16_t>(run.row);
-    state().DeviceList.at(std::size_t(run.row)).Size = 256;
-    const QString line = runFunction(run.code);
+    state().SelectedDevice = static_cast<std::int16_t>(row);
+    state().DeviceList.at(std::size_t(row)).Size = 256;
+    const QString line = runFunction(QString::fromStdString(run[1]));
     EXPECT_EQ(frames().size(), qsizetype(frame) + 2);
     EXPECT_TRUE(boxEnds());
     // Only the answers to "R", "D" and "W" are looked at.
     const std::size_t lastAsked = letters.find_last_of("RDW");
-    const bool missed = lastAsked != std::string_view::npos && frame <= lastAsked;
-    QString expected = QString::fromLatin1(run.line);
-    if (lastAsked != std::string_view::npos)
+    const bool missed = lastAsked != std::string::npos && frame <= lastAsked;
+    QString expected = QString::fromStdString(run[3]);
+    if (lastAsked != std::string::npos)
         expected += missed ? QStringLiteral("   Device Fault!") : QStringLiteral("   OK!");
     EXPECT_EQ(line, expected);
     EXPECT_EQ(messages.mid(1),
@@ -89,10 +76,9 @@ TEST_P(CablePulled, EndsTheRunAndTheBoxIsFoundAgain) {
     when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
     trigger("OptionsSettings");
     EXPECT_EQ(messages.last(), QStringLiteral("Device Found!: Firmware: SimBox v1.00"));
-    EXPECT_EQ(runFunction(Blank), QStringLiteral("Blank Checking ...   OK!"));
+    EXPECT_EQ(runFunction(QStringLiteral("Blank")), QStringLiteral("Blank Checking ...   OK!"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, CablePulled, testing::ValuesIn(allPulls()), [](const auto& each) {
-    return std::string(functionNames.at(each.param.first.code)) + "_" +
-           std::to_string(each.param.first.row) + "_" + std::to_string(each.param.second);
+    return each.param.run[1] + "_" + each.param.run[0] + "_" + std::to_string(each.param.frame);
 });

@@ -92,18 +92,18 @@ TEST_F(Geometry, NoTextIsWiderThanItsPlace) {
     auto* line = windows["frmFunction"]->findChild<QLabel*>(QStringLiteral("lblMsg(0)"));
     showText(line, QStringLiteral("Blank Checking ...   Device Fault!"));
     for (const auto& [name, window] : windows) {
+        SCOPED_TRACE(name);
         for (const auto* label : window->findChildren<QLabel*>()) {
-            const QSize text = label->fontMetrics().tightBoundingRect(label->text()).size();
-            EXPECT_LE(label->fontMetrics().horizontalAdvance(label->text()), label->width())
-                << name << ": " << label->text().toStdString();
-            EXPECT_LE(text.height(), label->height())
-                << name << ": " << label->text().toStdString();
+            const QFontMetrics font = label->fontMetrics();
+            const QString text = label->text();
+            EXPECT_LE(font.horizontalAdvance(text), label->width()) << text.toStdString();
+            EXPECT_LE(font.tightBoundingRect(text).height(), label->height()) << text.toStdString();
         }
         for (const auto* option : window->findChildren<QRadioButton*>())
             EXPECT_LE(option->sizeHint().width(), option->width()) << option->text().toStdString();
         for (const auto* button : window->findChildren<QPushButton*>())
             EXPECT_LE(button->fontMetrics().horizontalAdvance(button->text()), button->width() - 8)
-                << name << ": " << button->text().toStdString();
+                << button->text().toStdString();
     }
 }
 
