@@ -164,9 +164,13 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
+    // Assistive programs trigger an entry without any input that could be kept from it.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
-                handler);
+                [this, handler] {
+                    if (!LinkInUse())
+                        (this->*handler)();
+                });
     };
     on("FileLoad", &mdiMain::FileLoad_Click);
     on("FileSave", &mdiMain::FileSave_Click);
@@ -179,7 +183,8 @@ void mdiMain::connectHandlers() {
     on("OptionsSettings", &mdiMain::OptionsSettings_Click);
     on("HelpContents", &mdiMain::HelpContents_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
-    on("FileExit", &mdiMain::FileExit_Click);
+    connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
+            &mdiMain::FileExit_Click); // a request to close is kept
 }
 
 void mdiMain::Load() {

@@ -54,6 +54,8 @@ private:
         QTest::mouseClick(page, Qt::LeftButton);
         QTest::keyClick(page, Qt::Key_W, Qt::ControlModifier);
         QTest::keyClick(&main_, Qt::Key_F, Qt::AltModifier);
+        for (const char* entry : {"FileLoad", "BufferClear", "DeviceFunction", "OptionsSettings"})
+            main_.findChild<QAction*>(QString::fromLatin1(entry))->trigger();
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
         EXPECT_FALSE(main_.close());
         if (!qobject_cast<QMessageBox*>(
