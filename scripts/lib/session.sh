@@ -82,12 +82,23 @@ save_file() {
 # propose TYPE.
 name_file() {
     wait_for_window "$1"
-    type_text "$2"
-    wait_for_line "text: File name:: $2"
+    type_name "$2"
     press Return
     wait_for_window "$file_title"
     wait_for_line "radio button: $3 (chosen)"
     say "$file_title" "file-options-$2"
+}
+
+# A letter that the keyboard does not have is typed by changing the keyboard for it; a program that
+# learns of that too late misses the letter, so the name is typed until it stands there.
+type_name() {
+    local tries
+    for ((tries = 5; tries > 0; --tries)); do
+        press ctrl+a
+        type_text "$1"
+        ! within_a_second shows "text: File name:: $1" || return 0
+    done
+    fail "the file dialog does not take the name $1"
 }
 
 open_function_window() {

@@ -38,6 +38,20 @@ protected:
         trigger("DeviceFunction");
         return line;
     }
+    // Leaves the settings with a fresh box plugged in. So many tests run at once that a box may
+    // miss its tenth of a second.
+    void findBox(const QStringList& options = {}) {
+        state().ProgrammerFound = false;
+        for (int tries = 10; tries > 0 && !state().ProgrammerFound; --tries) {
+            box.terminate();
+            EXPECT_TRUE(boxEnds());
+            startBox('\xFF', options);
+            when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
+            trigger("OptionsSettings");
+        }
+        EXPECT_EQ(messages.last(), QStringLiteral("Device Found!: Firmware: SimBox v1.00"));
+        messages.clear();
+    }
     // A program that goes on listening to the dead line would take a whole core.
     static void expectIdle() {
         const std::clock_t before = std::clock();
@@ -52,8 +66,8 @@ TEST_P(CablePulled, EndsTheRunAndTheBoxIsFoundAgain) {
     const auto& [run, frame] = GetParam();
     const int row = std::stoi(run[0]);
     const std::string& letters = run[2];
-    startBox('\xFF', {QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(frame + 2)});
     start();
+    findBox({QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(frame + 2)});
     state().SelectedDevice = static_cast<std::int16_t>(row);
     state().DeviceList.at(std::size_t(row)).Size = 256;
     const QString line = runFunction(QString::fromStdString(run[1]));
@@ -66,16 +80,12 @@ TEST_P(CablePulled, EndsTheRunAndTheBoxIsFoundAgain) {
     if (lastAsked != std::string::npos)
         expected += missed ? QStringLiteral("   Device Fault!") : QStringLiteral("   OK!");
     EXPECT_EQ(line, expected);
-    EXPECT_EQ(messages.mid(1),
-              missed ? QStringList{QStringLiteral("Device Error: Communication Error!")}
-                     : QStringList{});
+    EXPECT_EQ(messages, missed ? QStringList{QStringLiteral("Device Error: Communication Error!")}
+                               : QStringList{});
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
     expectIdle();
 
-    startBox();
-    when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
-    trigger("OptionsSettings");
-    EXPECT_EQ(messages.last(), QStringLiteral("Device Found!: Firmware: SimBox v1.00"));
+    findBox();
     EXPECT_EQ(runFunction(QStringLiteral("Blank")), QStringLiteral("Blank Checking ...   OK!"));
 }
 
