@@ -3,6 +3,7 @@
 #include "app/state.h"
 #include "platform/machine.h"
 
+#include <cassert>
 #include <utility>
 
 namespace modFunc {
@@ -14,6 +15,7 @@ bool inUse = false;
 }
 
 LinkUse::LinkUse() {
+    assert(!inUse && "whoever uses the link asks LinkInUse() first");
     inUse = true;
 }
 

@@ -11,8 +11,9 @@ namespace modFunc {
 
 inline constexpr int replyTimeoutMs = 1000;
 
-// Marks the link as in use, by discovery or by a run, for as long as it lives. While it is, no
-// other use begins and the main window takes no input.
+// Marks the link as in use, by discovery or by a run, for as long as it lives. While it is, the
+// main window takes no input and no other use begins: each asks LinkInUse() first, whoever calls
+// it.
 class LinkUse {
 public:
     LinkUse();

@@ -52,6 +52,8 @@ void ShowDevice() {
 }
 
 void FindProgrammer() {
+    if (LinkInUse())
+        return;
     const LinkUse use;
     State& s = state();
     auto& m = machine();
