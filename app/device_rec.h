@@ -6,7 +6,8 @@
 namespace modFunc {
 
 // One row of the device catalogue, in the order of the file. An empty row has empty strings and
-// zeros.
+// zeros. The file's numbers are taken as they stand: a device function refuses what is outside the
+// ranges told here.
 struct DeviceRec {
     std::string Name;          // shown to the user
     std::string Text2;         // held, not used

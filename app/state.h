@@ -25,17 +25,19 @@ struct State {
     // Directory of all data files: the current directory at start. Written by Main;
     // read by DataFile and the port names.
     std::string AppPath;
-    // Serial port number, 1..16. Written by ReadSettings, frmSettings; read by FindProgrammer.
+    // Serial port number, 1..16; another one in the settings file leads to no port. Written by
+    // ReadSettings, frmSettings; read by FindProgrammer, frmSettings, WriteSettings.
     std::int16_t ComPort = 0;
     // Rows of DeviceList in use, 0..50. Written by ReadSettings alone; read by
     // ReadDeviceList, frmSelectDevice, WriteSettings.
     std::int16_t DeviceCount = 0;
     // Row of DeviceList in use, 0..50. Written by ReadSettings, frmSelectDevice; read by all that
-    // depends on the chip.
+    // depends on the chip, through selectedDevice(), and by frmSelectDevice, WriteSettings.
     std::int16_t SelectedDevice = 0;
-    // Version text, such as "1.0". Written by ReadSettings alone; shown by mdiMain, frmAbout.
+    // Version text, such as "1.0". Written by ReadSettings alone; read by mdiMain, frmAbout,
+    // WriteSettings.
     std::string ProgramVersion;
-    // Release date text. Written by ReadSettings alone; shown by frmAbout.
+    // Release date text. Written by ReadSettings alone; read by frmAbout, WriteSettings.
     std::string ProgramDate;
     // The device catalogue, rows 1..DeviceCount; row 0 stays empty. Written by
     // ReadDeviceList; read through selectedDevice() and by frmSelectDevice.
@@ -46,8 +48,8 @@ struct State {
     // Entries of the Auto sequence, 0..20. Written by ReadAutoFile, frmEditAuto; read by RunAuto,
     // frmEditAuto, WriteAutoFile.
     std::int16_t AutoCount = 0;
-    // The Auto sequence, entries 1..AutoCount, each a function code 0..5; entry 0 is not used.
-    // Written and read as AutoCount.
+    // The Auto sequence, entries 1..AutoCount, each a function code 0..5; entry 0 is not used. What
+    // else auto.cfg holds runs nothing. Written and read as AutoCount.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.
@@ -56,12 +58,12 @@ struct State {
     // the file loaders, ReadDevice and the hex editor; read by the view, ProgramDevice,
     // VerifyDevice and the savers.
     Bytes BufferData = Bytes(lastBufferIndex + 1);
-    // Sum of the selected device's bytes, 0..65535. Written and read by UpdateBuffer.
+    // Sum of the selected device's bytes, 0..65535. Written by ComputeCheckSum; read by frmBuffer.
     std::int32_t BufferCheckSum = 0;
 
-    // Answers of frmBufferFill, written by it and read by Buffer Fill.
+    // Answers of frmBufferFill, written by it and read by FillImage.
 
-    // It ended by OK.
+    // It ended by OK. Read by Buffer Fill.
     bool FillConfirmed = false;
     // The fill value.
     std::uint8_t FillByte = 0;
@@ -96,11 +98,11 @@ struct State {
     // The bytes last taken from the port. Written by every read of the port; read by
     // the device functions and FindProgrammer.
     Bytes RxText;
-    // The same bytes where a caller examines them, index 0 first. Written by the device functions
-    // that look at a reply and by FindProgrammer.
+    // The same bytes where a caller examines them, index 0 first. Written and read by the device
+    // functions that look at a reply and by FindProgrammer.
     Bytes RxBytes;
-    // Length of the reply to wait for, in bytes. Written by the device functions; read by
-    // WaitReply.
+    // Length of the reply to wait for, in bytes. Written by SendAndWait and by the functions that
+    // wait for more of a reply; read by WaitReply.
     std::int16_t RxExpected = 0;
     // totmr has ticked since this was last cleared. Set by totmr_Timer; cleared by WaitReply,
     // FindProgrammer and the splash; read by these and the functions that look at time-outs.

@@ -10,7 +10,8 @@ namespace {
 
 constexpr int digitColumns = 47; // column of the blank behind byte 15, within the hex area
 constexpr int lowestLineDigit = firstDigit + (pageLines - 1) * lineLength; // index 1135
-// From the "=" of a line to the blank behind byte 15 of the line above, and the way back.
+// From the blank behind byte 15 to the first digit of the next line; and from the "=" of a line
+// back to the last digit of the line above.
 constexpr int lineWrap = lineLength - digitColumns; // 24
 
 // Column within the hex area: 0 on the first digit of a line, remainder 2 by 3 on a blank.

@@ -13,9 +13,9 @@ struct HexRec {
     std::string Line;            // the record's text, as far as data can reach in it
     std::int16_t Length = 0;     // byte count field, 0..51 once accepted
     std::int32_t Address = 0;    // address field, 0..65535
-    std::int16_t RecordType = 0; // 0 data, 1 end
+    std::int16_t RecordType = 0; // 0 data; any other ends the data
     std::array<std::uint8_t, hexRecordDataBytes> Data{};
-    std::int16_t CheckSum = 0; // the last two characters of the line
+    std::int16_t CheckSum = 0; // the last two characters of the line, 0..255
 };
 
 } // namespace modFunc

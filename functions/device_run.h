@@ -38,9 +38,9 @@ public:
     explicit DeviceRun(RunWindow& window) : window_(&window) {}
 
     // Runs what stands at `index` of listFunction against the selected device and returns when its
-    // last frame and pause are over. An index outside 0..6 runs nothing. While a run is under way
-    // nothing happens, and while discovery has the link. Should an error escape, the power-down
-    // frames go out before it is passed on.
+    // last frame and pause are over; once for each object. An index outside 0..6 runs nothing.
+    // While a run is under way nothing happens, and while discovery has the link. Should an error
+    // escape, the power-down frames go out before it is passed on.
     void Run(int index);
 
     // A run is between its start and its end, on whatever window.
@@ -99,8 +99,10 @@ private:
     // first difference the line becomes `errorText` and the address, and an Auto sequence stops.
     bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
-    bool WriteBlocks(std::int32_t blockBytes);
-    bool WriteBlock(std::int32_t blockBytes);
+    // The road of Program behind its set-up, in blocks or pages of `bytes`: load and write each,
+    // the first one that fails ending it. False then, with the line telling how.
+    bool WriteBlocks(std::int32_t bytes);
+    bool WriteBlock(std::int32_t bytes);
     bool WriteSucceeded();
 
     RunWindow* window_; // null once closed

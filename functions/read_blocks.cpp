@@ -21,7 +21,7 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     WaitTimer(settleMs);
     SetLine(openingText);
 
-    // A last partial block is left out, but counts in the percentage when it is more than half.
+    // A last partial block is left out, but the percentage is that of the nearest number of blocks.
     const std::int32_t size = selectedDevice().Size;
     const std::int32_t blocks = size / blockBytes;
     const auto divisor =

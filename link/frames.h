@@ -79,7 +79,8 @@ Bytes WriteBlockFrame(const FamilyRec& family, std::int32_t address);
 //   6   first address, low byte
 //   8   last address, low byte
 //   11  bytes a page
-// `address` is the first address; the page does not cross a 256-byte boundary.
+// `address` is the first address, 0..65535; `pageBytes` is 1..128, and the page does not cross a
+// 256-byte boundary.
 Bytes WritePageFrame(const FamilyRec& family, std::int32_t address, int pageBytes);
 
 // "R": read a 256-byte block. Reply: 4 bytes not looked at, then the 256 bytes in address order.

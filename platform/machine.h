@@ -14,7 +14,8 @@
 
 namespace platform {
 
-// An opening of the port that failed. what() is the port's own description of the cause.
+// An opening of the port that failed. what() names the port's path, if it has one, and the cause,
+// in words for the user.
 struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -41,9 +42,11 @@ struct SerialPort {
     virtual void Output(const Bytes& frame) = 0;
     // Number of bytes that have arrived and wait, the system's own queue included; at most 32767.
     virtual std::int16_t InBufferCount() = 0;
-    // The caller is about to yield until so many bytes wait: fewer need not end a Yield.
+    // The caller is about to yield until so many bytes wait: fewer need not end a Yield. To be told
+    // anew before each such wait.
     virtual void AwaitBytes(std::int16_t bytes) = 0;
-    // Takes all waiting bytes; empty when none wait.
+    // Takes all waiting bytes; empty when none wait. Of a line that never rests so many as can be
+    // counted, and hardly a read beyond.
     virtual Bytes Input() = 0;
 
     // Frames that go out by themselves should the process end in a way that no one can handle any

@@ -41,7 +41,7 @@ QFont sansFont(int pixelSize = points8_25);
 QFont fixedFont(int pixelSize, QFont::Weight weight = QFont::Normal);
 
 // Shows `text` in full: where the font is too wide for the label it is condensed, then made
-// smaller.
+// smaller, down to what can just be read.
 void showText(QLabel* label, const QString& text);
 
 QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const Place& place,
@@ -55,7 +55,8 @@ QPushButton* addButton(QWidget* parent, const char* name, const QString& text, c
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const Place& place);
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const Place& place);
-// Condenses the font of a button or option button until its text fits.
+// Condenses the font of a button or option button until its text fits beside what else it shows,
+// which is `extraPixels` wide.
 void fitText(QAbstractButton* button, int extraPixels);
 
 // The rectangle to draw along with a pen of one unit so that the line stands inside `edges`, at
