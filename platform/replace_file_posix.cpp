@@ -34,7 +34,7 @@ public:
     ~TemporaryFile() {
         if (descriptor_ >= 0)
             close(descriptor_);
-        if (!renamed_ && created())
+        if (!renamed_)
             unlink(name_.c_str());
     }
 
@@ -70,7 +70,6 @@ private:
     [[noreturn]] void fail(const char* what) const {
         throw FileError(target_ + ": " + what + ": " + std::strerror(errno));
     }
-    bool created() const { return !name_.ends_with("XXXXXX"); }
 
     std::string target_;
     std::string name_;
