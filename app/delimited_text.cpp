@@ -60,12 +60,12 @@ std::string_view DelimitedReader::quotedItem(std::string_view meaning) {
         ++position_;
     const auto item = std::string_view(text_).substr(first, position_ - first);
     if (atEnd() || text_[position_] != '"')
-        refuse(meaning, "a closing double quote on the same line", shown(item));
+        fail(meaning, "a closing double quote on the same line", shown(item));
     ++position_;
     skipBlanks();
     if (!atEnd() && text_[position_] != ',' && !isLineEnd(text_[position_]))
-        refuse(meaning, "a comma or a line end behind the closing double quote",
-               shown(std::string_view(text_).substr(position_, 1)));
+        fail(meaning, "a comma or a line end behind the closing double quote",
+             shown(std::string_view(text_).substr(position_, 1)));
     return item;
 }
 
@@ -73,7 +73,7 @@ std::string_view DelimitedReader::nextItem(std::string_view meaning, const std::
     ++item_;
     itemLine_ = line_;
     if (atEnd())
-        refuse(meaning, expected, "the end of the file");
+        fail(meaning, expected, "the end of the file");
     skipBlanks();
     quoted_ = !atEnd() && text_[position_] == '"';
     std::string_view item;
@@ -108,7 +108,7 @@ std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t 
     const char* const end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
     if (quoted_ || error != std::errc{} || stop != end || value < least || value > most)
-        refuse(meaning, expected, quoted_ ? "the quoted text " + shown(item) : shown(item));
+        fail(meaning, expected, quoted_ ? "the quoted text " + shown(item) : shown(item));
     return value;
 }
 
@@ -119,11 +119,11 @@ std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t l
 
 void DelimitedReader::Refuse(std::string_view meaning, const std::string& expected,
                              std::string_view item) const {
-    refuse(meaning, expected, shown(item));
+    fail(meaning, expected, shown(item));
 }
 
-void DelimitedReader::refuse(std::string_view meaning, const std::string& expected,
-                             const std::string& found) const {
+void DelimitedReader::fail(std::string_view meaning, const std::string& expected,
+                           const std::string& found) const {
     throw platform::FileError(fileName_ + ", line " + std::to_string(itemLine_) + ", item " +
                               std::to_string(item_) + " (" + std::string(meaning) + "): expected " +
                               expected + ", found " + found + ".");

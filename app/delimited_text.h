@@ -38,8 +38,8 @@ public:
                              std::string_view item) const;
 
 private:
-    [[noreturn]] void refuse(std::string_view meaning, const std::string& expected,
-                             const std::string& found) const;
+    [[noreturn]] void fail(std::string_view meaning, const std::string& expected,
+                           const std::string& found) const;
     void skipBlanks();
     void passSeparator();
     std::string_view quotedItem(std::string_view meaning);

@@ -21,18 +21,18 @@ DelimitedReader openDataFile(const char* name) {
     return {path, platform::ReadWholeFile(path)};
 }
 
-// A text that titles, panels and lists show: one of millions of characters would hold up the window
+// Titles, panels and lists show such texts: one of millions of characters would hold up the window
 // for minutes.
-std::string shownText(DelimitedReader& reader, const std::string& meaning) {
+std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > longestText)
-        reader.Refuse(meaning, "a text of at most 65535 bytes", text);
+        reader.Refuse(meaning, "a text of at most " + std::to_string(longestText) + " bytes", text);
     return std::string(text);
 }
 
 // Settings texts are written back in double quotes at exit, which a quote inside would break.
 std::string settingsText(DelimitedReader& reader, const char* meaning) {
-    std::string text = shownText(reader, meaning);
+    std::string text = boundedText(reader, meaning);
     if (text.find('"') != std::string::npos)
         reader.Refuse(meaning, "a text without double quotes inside", text);
     return text;
@@ -76,9 +76,9 @@ void ReadDeviceList() {
     for (int row = 1; row <= s.DeviceCount; ++row) {
         const std::string at = "row " + std::to_string(row) + ", ";
         DeviceRec& device = s.DeviceList.at(static_cast<std::size_t>(row));
-        device.Name = shownText(reader, at + "name");
-        device.Text2 = shownText(reader, at + "text 2");
-        device.Text3 = shownText(reader, at + "text 3");
+        device.Name = boundedText(reader, at + "name");
+        device.Text2 = boundedText(reader, at + "text 2");
+        device.Text3 = boundedText(reader, at + "text 3");
         device.Family = reader.NextInt16(at + "family");
         device.Size = reader.NextNumber(at + "size", INT32_MIN, INT32_MAX);
         device.PageSize = reader.NextInt16(at + "page size");

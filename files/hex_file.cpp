@@ -43,7 +43,7 @@ std::uint8_t byteAt(std::string_view line, std::size_t position) {
     return static_cast<std::uint8_t>(low < 0 ? high : high * 16 + low);
 }
 
-std::string place(int record) {
+std::string where(int record) {
     return machine().cdia.FileName + ", record " + std::to_string(record) + ": ";
 }
 
@@ -52,7 +52,7 @@ void readHeader(HexRec& record, std::string_view line, int number) {
     record.Length = byteAt(line, 2);
     const auto address = StrictHex(field(line, 4, 4));
     if (!address)
-        throw FileError(place(number) + "the address is no hexadecimal number");
+        throw FileError(where(number) + "the address is no hexadecimal number");
     record.Address = *address;
     record.RecordType = byteAt(line, 8);
     record.CheckSum = static_cast<std::int16_t>(
@@ -61,7 +61,8 @@ void readHeader(HexRec& record, std::string_view line, int number) {
 
 void readData(HexRec& record, int number) {
     if (record.Length > hexRecordDataBytes)
-        throw FileError(place(number) + "more than 51 data bytes");
+        throw FileError(where(number) + "more than " + std::to_string(hexRecordDataBytes) +
+                        " data bytes");
     const std::string_view line = record.Line;
     for (std::size_t i = 0; i < static_cast<std::size_t>(record.Length); ++i)
         record.Data[i] = byteAt(line, 10 + 2 * i);
@@ -81,7 +82,7 @@ ParseResult parse() {
     DelimitedReader reader(fileName, platform::ReadWholeFile(fileName));
     for (int number = 1; !reader.atEnd(); ++number) {
         if (number > lastHexRecord)
-            throw FileError(fileName + ": more than 10000 records");
+            throw FileError(fileName + ": more than " + std::to_string(lastHexRecord) + " records");
         HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
         const std::string_view line = reader.NextString("record");
         record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
@@ -107,7 +108,7 @@ void placeRecords() {
                 continue;
             const std::int64_t target = std::int64_t{address} + s.BufferAddress;
             if (target > lastBufferIndex)
-                throw FileError(place(number) + "reaches behind the end of the image");
+                throw FileError(where(number) + "reaches behind the end of the image");
             s.BufferData[static_cast<std::size_t>(target)] =
                 record.Data[static_cast<std::size_t>(i)];
         }

@@ -33,11 +33,11 @@ std::string systemPort(int number) {
 // A link that leads nowhere is still the user's word: the port next in the table may be somebody
 // else's device.
 std::string linkedPort(const std::filesystem::path& link) {
-    std::error_code none;
-    if (!std::filesystem::exists(std::filesystem::symlink_status(link, none)))
+    std::error_code failed;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(link, failed)))
         return {};
-    const auto target = std::filesystem::canonical(link, none);
-    return none ? link.string() : target.string();
+    const auto target = std::filesystem::canonical(link, failed);
+    return failed ? link.string() : target.string();
 }
 
 } // namespace

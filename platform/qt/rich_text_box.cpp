@@ -8,7 +8,6 @@
 #include <QBuffer>
 #include <QImage>
 #include <QImageReader>
-#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextTable>
@@ -40,7 +39,8 @@ qint64 pixelsIn(QSize size) {
     return qint64{size.width()} * size.height();
 }
 
-QColor page(RichColour colour) {
+// Not for the colour that is none: that is the page's own.
+QColor screenColour(RichColour colour) {
     return QColor::fromRgb(static_cast<QRgb>(*colour));
 }
 
@@ -129,7 +129,7 @@ private:
         QTextCharFormat format = place.format();
         format.clearBackground();
         if (cell.background)
-            format.setBackground(page(cell.background));
+            format.setBackground(screenColour(cell.background));
         place.setFormat(format);
     }
 
@@ -247,9 +247,9 @@ private:
             shown.setVerticalAlignment(format.script > 0 ? QTextCharFormat::AlignSuperScript
                                                          : QTextCharFormat::AlignSubScript);
         if (format.colour)
-            shown.setForeground(page(format.colour));
+            shown.setForeground(screenColour(format.colour));
         if (format.background)
-            shown.setBackground(page(format.background));
+            shown.setBackground(screenColour(format.background));
         return shown;
     }
 
