@@ -1,7 +1,5 @@
 #pragma once
 
-#include "tests/support/temporary_folder.h"
-
 #include <cstddef>
 #include <string>
 #include <thread>

@@ -4,16 +4,15 @@
 #include "bench/answering_line.h"
 #include "link/exchange.h"
 #include "platform/qt/qt_machine.h"
+#include "tests/support/temporary_folder.h"
 
 #include <algorithm>
 #include <array>
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 #include <vector>
 

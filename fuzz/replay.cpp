@@ -2,8 +2,6 @@
 // stays a test.
 #include "fuzz/fuzz.h"
 
-#include <vector>
-
 int main(int argc, char** argv) {
     fuzz::check(argc == 2, "usage: replay_TARGET FOLDER");
     int inputs = 0;

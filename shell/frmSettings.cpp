@@ -4,7 +4,6 @@
 #include "platform/machine.h"
 
 #include <QComboBox>
-#include <QCompleter>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <exception>
+#include <string>
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));

@@ -5,7 +5,6 @@
 #include <QTemporaryDir>
 
 #include <functional>
-#include <string>
 
 // The application, with the one place where errors end that nothing else has handled.
 class Application : public QApplication {

@@ -4,7 +4,6 @@
 #include "platform/machine.h"
 #include "platform/qt/qt_serial_port.h"
 
-#include <QObject>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
