@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <regex>
 
 using namespace platform;
 
@@ -35,9 +34,7 @@ std::string shown(const RichText& text) {
             all += "]";
         }
     }
-    all = std::regex_replace(all, std::regex("\n"), "↵");
-    all = std::regex_replace(all, std::regex("\t"), "→");
-    return std::regex_replace(all, std::regex("\u00A0"), "°");
+    return replaced(replaced(replaced(all, "\n", "↵"), "\t", "→"), "\u00A0", "°");
 }
 
 std::vector<std::vector<std::string>> table() {
@@ -45,7 +42,7 @@ std::vector<std::vector<std::string>> table() {
 }
 
 std::string document(const std::string& body) {
-    return "{\\rtf1\\ansi " + std::regex_replace(body, std::regex("↵"), "\r\n") + "}";
+    return "{\\rtf1\\ansi " + replaced(body, "↵", "\r\n") + "}";
 }
 
 // A copy whose end is the end of its memory, so that reading past it is caught.

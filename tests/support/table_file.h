@@ -36,9 +36,13 @@ inline std::vector<std::string> words(const std::string& cell) {
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
-// A cell's text with "\\n" and "\\r" in the place of line ends, turned into bytes.
-inline std::string unescaped(std::string text) {
-    for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos; ++at)
-        text.replace(at, 2, text[at + 1] == 'n' ? "\n" : "\r");
+inline std::string replaced(std::string text, const std::string& old, const std::string& now) {
+    for (std::size_t at = 0; (at = text.find(old, at)) != std::string::npos; at += now.size())
+        text.replace(at, old.size(), now);
     return text;
+}
+
+// A cell's text with "\\n" and "\\r" in the place of line ends, turned into bytes.
+inline std::string unescaped(const std::string& cell) {
+    return replaced(replaced(cell, "\\n", "\n"), "\\r", "\r");
 }

@@ -1,4 +1,5 @@
 #include "platform/qt/qt_machine.h"
+#include "tests/support/table_file.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,7 +8,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <numeric>
-#include <regex>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -146,8 +146,7 @@ TEST(SerialPortFailures, AreToldApart) {
     EXPECT_THROW(QtSerialPort([](int) { return ""; }).Open(), platform::PortError);
 
     const Pty pty;
-    const std::string lockFile =
-        "/var/lock/LCK.." + std::regex_replace(pty.name().substr(5), std::regex("/"), "_");
+    const std::string lockFile = "/var/lock/LCK.." + replaced(pty.name().substr(5), "/", "_");
     std::ofstream(lockFile) << getppid() << '\n';
     EXPECT_EQ(causeOf(pty.name()), "process " + std::to_string(getppid()) +
                                        " holds it, by the lock file " + lockFile + ".");
