@@ -97,7 +97,8 @@ wait_until_gone() {
 # --- keys --------------------------------------------------------------------------------------
 
 press() { xdotool key --delay 30 "$@"; }
-type_text() { xdotool type --delay 20 "$1"; }
+# The text is UTF-8, whatever locale the script was started in.
+type_text() { LC_ALL=C.UTF-8 xdotool type --delay 20 "$1"; }
 
 # open_menu KEY ENTRY: opens the menu whose access key is Alt+KEY, on which ENTRY stands. A window
 # that takes no input for the moment drops the key, so it is pressed again until the menu is there.

@@ -28,7 +28,7 @@ icons=$tree/share/icons/hicolor
 for size in 16 32 48 256; do
     [[ $(identify -format %wx%h "$icons/${size}x$size/apps/$(entry Icon).png") == "${size}x$size" ]]
 done
-[[ $(identify -format %m "$icons/scalable/apps/$(entry Icon).svg") == SVG ]]
+[[ $(file --brief --mime-type "$icons/scalable/apps/$(entry Icon).svg") == image/svg+xml ]]
 
 step "Man pages"
 for name in quorven simbox; do
