@@ -256,12 +256,7 @@ leave_the_settings() {
 
 look_at_help_and_about() {
     step "F1: Help; Help About"
-    press F1
-    wait_for_window "QUORVEN Help"
-    wait_for_line "text: Help: QUORVEN"
-    take_picture help
-    press Escape
-    wait_until_gone "QUORVEN Help"
+    look_at_the_guide
     choose h About
     wait_for_line "label: Version $(setting "$play_folder" 4), $(setting "$play_folder" 5)"
     say "" about

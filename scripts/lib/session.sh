@@ -141,6 +141,15 @@ buffer_page() { read_windows "$main_title" | sed 's/^ *//' | grep -E '^[0-9A-F]{
 
 buffer_window_closed() { shows_not "frame: Buffer"; }
 
+look_at_the_guide() {
+    press F1
+    wait_for_window "QUORVEN Help"
+    wait_for_line "text: Help: QUORVEN"
+    take_picture help
+    press Escape
+    wait_until_gone "QUORVEN Help"
+}
+
 exit_program() {
     choose f Exit
     expect_status 0 "$program_pid" quorven

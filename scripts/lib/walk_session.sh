@@ -83,12 +83,7 @@ programs_a_chip() {
 
 shows_its_guide() {
     step "F1: the guide"
-    press F1
-    wait_for_window "QUORVEN Help"
-    wait_for_line "text: Help: QUORVEN"
-    take_picture help
-    press Escape
-    wait_until_gone "QUORVEN Help"
+    look_at_the_guide
 }
 
 ends() {

@@ -1,4 +1,5 @@
 // What lies around the function procedures.
+#include "link/find_programmer.h"
 #include "tests/support/run_fixture.h"
 
 #include <stdexcept>
@@ -36,13 +37,15 @@ TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {
     expectPoweredDown();
 }
 
-TEST_F(Runs, NoSecondRunStartsInsideARun) {
+TEST_F(Runs, NeitherARunNorDiscoveryStartsInsideARun) {
     box();
     device(1, 256);
     vm.at(300, [&] { run(Erase); });
+    vm.at(350, FindProgrammer);
     run(Blank);
     EXPECT_EQ(frames().size(), 5U);
     EXPECT_EQ(window.buttons, "rcRC");
+    EXPECT_TRUE(vm.messages.empty());
 }
 
 TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
