@@ -6,17 +6,18 @@
 namespace modFunc {
 
 // One row of the device catalogue, in the order of the file. An empty row has empty strings and
-// zeros. The file's numbers are taken as they stand: a device function refuses what is outside the
-// ranges told here.
+// zeros. The file may hold numbers outside the ranges given here: a device function rejects such a
+// device.
 struct DeviceRec {
-    std::string Name;          // shown to the user
-    std::string Text2;         // held, not used
-    std::string Text3;         // held, not used
-    std::int16_t Family = 0;   // row of FamilyTable, 0..50
-    std::int32_t Size = 0;     // bytes of chip memory, 0..65536
-    std::int16_t PageSize = 0; // bytes a page on families 20 to 29, 1..128, dividing 256
-    std::int16_t Value7 = 0;   // held, not used
-    std::int16_t Value8 = 0;   // held, not used
+    std::string Name;        // shown to the user
+    std::string Text2;       // not used
+    std::string Text3;       // not used
+    std::int16_t Family = 0; // row of FamilyTable, 0..50
+    std::int32_t Size = 0;   // bytes of chip memory, 0..65536
+    std::int16_t PageSize =
+        0;                   // bytes of a page where the family writes pages, 1..128, dividing 256
+    std::int16_t Value7 = 0; // not used
+    std::int16_t Value8 = 0; // not used
 };
 
 } // namespace modFunc

@@ -6,120 +6,99 @@ namespace modFunc {
 
 namespace {
 
-using Rec = FamilyRec;
-using Grp = FamilyGroup;
-
-constexpr int parallelFamilies[] = {1, 2, 3, 4, 5, 10};
-constexpr std::size_t parallelCount = std::size(parallelFamilies);
-
-struct GroupLine {
-    Grp Rec::*group;
-    std::uint8_t Grp::*field;
-    std::uint8_t values[parallelCount];
+// A field that is not named is 0.
+constexpr FamilyRec family1{
+    .Program = {.PinP = 250, .PinQ = 192, .WriteOption = 4, .SupplyV1 = 12, .SupplyV3 = 50},
+    .Read = {.PinP = 248, .PinQ = 192, .SupplyV1 = 5, .SupplyV3 = 50},
+    .Lock1 = {.PinP = 251, .PinQ = 192, .LockA = 255, .SupplyV1 = 12, .SupplyV3 = 50},
+    .Lock2 = {.PinP = 251, .LockA = 255},
+    .Lock3 = {.PinP = 249, .PinQ = 64, .LockA = 255},
+    .Erase = {.PinP = 249, .SupplyV1 = 12, .SupplyV3 = 50},
+    .Spare7 = {.PinP = 248, .SupplyV1 = 5, .SupplyV3 = 50},
+    .SetupByte1 = 160,
+    .SetupByte2 = 63,
+    .ChipCode = 8,
+    .WriteMode = 1,
+    .ClassByte = 1,
 };
 
-struct CommonLine {
-    std::uint8_t Rec::*field;
-    std::uint8_t values[parallelCount];
-};
+constexpr FamilyRec family2 = [] {
+    FamilyRec family = family1;
+    family.Program.PinQ = 200;
+    family.Program.WriteOption = 0;
+    family.Lock1.PinQ = 200;
+    family.Lock2.PinQ = 8;
+    family.Lock3.PinQ = 72;
+    family.Spare5 = {.PinP = 251, .PinQ = 64, .SupplyV1 = 5, .SupplyV3 = 50};
+    family.Erase.PinQ = 8;
+    family.SetupByte1 = 128;
+    family.SetupByte2 = 55;
+    family.WriteMode = 2;
+    return family;
+}();
 
-// clang-format off
-constexpr GroupLine groupLines[] = {
-    //                                  family  1    2    3    4    5   10
-    {&Rec::Program, &Grp::PinP,             {250, 250, 250, 250, 250,  14}},
-    {&Rec::Program, &Grp::PinQ,             {192, 200, 192, 200, 192,   0}},
-    {&Rec::Program, &Grp::WriteOption,      {  4,   0,   4,   0,   4,   0}},
-    {&Rec::Program, &Grp::SupplyV1,         { 12,  12,  12,  12,  12,   0}},
-    {&Rec::Program, &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Program, &Grp::SupplyV3,         { 50,  50,  50,  50,  50,  50}},
+constexpr FamilyRec family3 = [] {
+    FamilyRec family = family1;
+    family.Erase.PinQ = 8;
+    family.SetupByte1 = 128;
+    family.WriteMode = 2;
+    return family;
+}();
 
-    {&Rec::Read,    &Grp::PinP,             {248, 248, 248, 248, 248,  12}},
-    {&Rec::Read,    &Grp::PinQ,             {192, 192, 192, 192, 192,   0}},
-    {&Rec::Read,    &Grp::SupplyV1,         {  5,   5,   5,   5,  12,   0}},
-    {&Rec::Read,    &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Read,    &Grp::SupplyV3,         { 50,  50,  50,  50,  50,  50}},
+constexpr FamilyRec family4 = [] {
+    FamilyRec family = family2;
+    family.Lock1.SupplyV3 = 65;
+    family.Erase.SupplyV3 = 65;
+    family.SetupByte2 = 39;
+    family.ChipCode = 4;
+    return family;
+}();
 
-    {&Rec::Lock1,   &Grp::PinP,             {251, 251, 251, 251, 249,  15}},
-    {&Rec::Lock1,   &Grp::PinQ,             {192, 200, 192, 200,  64,   0}},
-    {&Rec::Lock1,   &Grp::LockA,            {255, 255, 255, 255,   0,   0}},
-    {&Rec::Lock1,   &Grp::LockB,            {  0,   0,   0,   0,   0,   0}},
-    {&Rec::Lock1,   &Grp::SupplyV1,         { 12,  12,  12,  12,  12,   0}},
-    {&Rec::Lock1,   &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Lock1,   &Grp::SupplyV3,         { 50,  50,  50,  65,  50,  50}},
+// Its three lock steps use one pin pattern.
+constexpr FamilyRec family5 = [] {
+    FamilyRec family = family1;
+    family.Read.SupplyV1 = 12;
+    family.Lock1 = {.PinP = 249, .PinQ = 64, .SupplyV1 = 12, .SupplyV3 = 50};
+    family.Lock2 = {.PinP = 249, .PinQ = 64};
+    family.Lock3 = {.PinP = 249, .PinQ = 64};
+    family.WriteMode = 2;
+    return family;
+}();
 
-    {&Rec::Lock2,   &Grp::PinP,             {251, 251, 251, 251, 249,   3}},
-    {&Rec::Lock2,   &Grp::PinQ,             {  0,   8,   0,   8,  64,   0}},
-    {&Rec::Lock2,   &Grp::LockA,            {255, 255, 255, 255,   0,   0}},
-    {&Rec::Lock2,   &Grp::LockB,            {  0,   0,   0,   0,   0,   0}},
-    {&Rec::Lock2,   &Grp::SupplyV1,         {  0,   0,   0,   0,   0,   0}},
-    {&Rec::Lock2,   &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Lock2,   &Grp::SupplyV3,         {  0,   0,   0,   0,   0,  50}},
-
-    {&Rec::Lock3,   &Grp::PinP,             {249, 249, 249, 249, 249,   0}},
-    {&Rec::Lock3,   &Grp::PinQ,             { 64,  72,  64,  72,  64,   0}},
-    {&Rec::Lock3,   &Grp::LockA,            {255, 255, 255, 255,   0,   0}},
-    {&Rec::Lock3,   &Grp::LockB,            {  0,   0,   0,   0,   0,   0}},
-
-    {&Rec::Spare5,  &Grp::PinP,             {  0, 251,   0, 251,   0,   0}},
-    {&Rec::Spare5,  &Grp::PinQ,             {  0,  64,   0,  64,   0,   0}},
-    {&Rec::Spare5,  &Grp::SupplyV1,         {  0,   5,   0,   5,   0,   0}},
-    {&Rec::Spare5,  &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   0}},
-    {&Rec::Spare5,  &Grp::SupplyV3,         {  0,  50,   0,  50,   0,   0}},
-
-    {&Rec::Erase,   &Grp::PinP,             {249, 249, 249, 249, 249,   1}},
-    {&Rec::Erase,   &Grp::PinQ,             {  0,   8,   8,   8,   0,   0}},
-    {&Rec::Erase,   &Grp::SupplyV1,         { 12,  12,  12,  12,  12,   0}},
-    {&Rec::Erase,   &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Erase,   &Grp::SupplyV3,         { 50,  50,  50,  65,  50,  50}},
-
-    {&Rec::Spare7,  &Grp::PinP,             {248, 248, 248, 248, 248,   0}},
-    {&Rec::Spare7,  &Grp::PinQ,             {  0,   0,   0,   0,   0,   0}},
-    {&Rec::Spare7,  &Grp::SupplyV1,         {  5,   5,   5,   5,   5,   0}},
-    {&Rec::Spare7,  &Grp::SupplyV2,         {  0,   0,   0,   0,   0,   5}},
-    {&Rec::Spare7,  &Grp::SupplyV3,         { 50,  50,  50,  50,  50,  50}},
-};
-
-constexpr CommonLine commonLines[] = {
-    //                                  family  1    2    3    4    5   10
-    {&Rec::SetupByte1,                      {160, 128, 128, 128, 160,   0}},
-    {&Rec::SetupByte2,                      { 63,  55,  63,  39,  63,   0}},
-    {&Rec::ChipCode,                        {  8,   8,   8,   4,   8,   8}},
-    {&Rec::WriteMode,                       {  1,   2,   2,   2,   2,   0}},
-    {&Rec::ClassByte,                       {  1,   1,   1,   1,   1,   2}},
+constexpr FamilyRec family10{
+    .Program = {.PinP = 14, .SupplyV2 = 5, .SupplyV3 = 50},
+    .Read = {.PinP = 12, .SupplyV2 = 5, .SupplyV3 = 50},
+    .Lock1 = {.PinP = 15, .SupplyV2 = 5, .SupplyV3 = 50},
+    .Lock2 = {.PinP = 3, .SupplyV2 = 5, .SupplyV3 = 50},
+    .Erase = {.PinP = 1, .SupplyV2 = 5, .SupplyV3 = 50},
+    .Spare7 = {.SupplyV2 = 5, .SupplyV3 = 50},
+    .ChipCode = 8,
+    .ClassByte = 2,
 };
 
 // The serial families: no supplies, no pin patterns.
-struct SerialFamily {
-    int family;
-    std::uint8_t chipCode;
-    std::uint8_t classByte;
-};
-constexpr SerialFamily serialFamilies[] = {
-    {20, 20, 3},
-    {21, 21, 3},
-    {30,  7, 4},
-    {31,  8, 4},
-    {32,  9, 4},
-};
-// clang-format on
+constexpr FamilyRec family20{.ChipCode = 20, .ClassByte = 3};
+constexpr FamilyRec family21{.ChipCode = 21, .ClassByte = 3};
+constexpr FamilyRec family30{.ChipCode = 7, .ClassByte = 4};
+constexpr FamilyRec family31{.ChipCode = 8, .ClassByte = 4};
+constexpr FamilyRec family32{.ChipCode = 9, .ClassByte = 4};
 
 } // namespace
 
 void InitFamilyTable() {
     auto& table = state().FamilyTable;
-    table.fill(FamilyRec{});
-    for (std::size_t column = 0; column < parallelCount; ++column) {
-        FamilyRec& row = table.at(static_cast<std::size_t>(parallelFamilies[column]));
-        for (const GroupLine& line : groupLines)
-            row.*line.group.*line.field = line.values[column];
-        for (const CommonLine& line : commonLines)
-            row.*line.field = line.values[column];
-    }
-    for (const SerialFamily& serial : serialFamilies) {
-        FamilyRec& row = table.at(static_cast<std::size_t>(serial.family));
-        row.ChipCode = serial.chipCode;
-        row.ClassByte = serial.classByte;
-    }
+    table.fill({});
+    table[1] = family1;
+    table[2] = family2;
+    table[3] = family3;
+    table[4] = family4;
+    table[5] = family5;
+    table[10] = family10;
+    table[20] = family20;
+    table[21] = family21;
+    table[30] = family30;
+    table[31] = family31;
+    table[32] = family32;
 }
 
 } // namespace modFunc

@@ -1,12 +1,12 @@
-// All that sets one chip family apart electrically. The box knows nothing of it: these bytes go
-// to it as they stand, inside the frames of link/frames.h.
+// All that sets one chip family apart electrically. The programmer knows nothing of chips: it gets
+// these bytes unchanged, inside the frames of link/frames.h.
 #pragma once
 
 #include <cstdint>
 
 namespace modFunc {
 
-inline constexpr int lastFamily = 50;
+inline constexpr int lastFamily = 50; // families are numbered from 0
 
 // Nine bytes for one step of an operation.
 struct FamilyGroup {
@@ -24,25 +24,25 @@ struct FamilyGroup {
 // One row: ten groups, then five bytes common to the family. The order of the fields is the order
 // of the table's offsets 0 to 94.
 struct FamilyRec {
-    FamilyGroup Program; // offsets 0-8
-    FamilyGroup Read;    // 9-17; also Blank check and Verify, and the set-up of page writing
-    FamilyGroup Lock1;   // 18-26; the supplies of all lock steps
-    FamilyGroup Lock2;   // 27-35; its supplies are held, not sent
-    FamilyGroup Lock3;   // 36-44
-    FamilyGroup Spare5;  // 45-53; held, not sent
-    FamilyGroup Erase;   // 54-62
-    FamilyGroup Spare7;  // 63-71; held, not sent
-    FamilyGroup Spare8;  // 72-80; zero
-    FamilyGroup Spare9;  // 81-89; zero
+    FamilyGroup Program{}; // offsets 0-8
+    FamilyGroup Read{};    // 9-17; also Blank check and Verify, and the set-up of page writing
+    FamilyGroup Lock1{};   // 18-26; the supplies of all lock steps
+    FamilyGroup Lock2{};   // 27-35; its supplies are not sent
+    FamilyGroup Lock3{};   // 36-44
+    FamilyGroup Spare5{};  // 45-53; not sent
+    FamilyGroup Erase{};   // 54-62
+    FamilyGroup Spare7{};  // 63-71; not sent
+    FamilyGroup Spare8{};  // 72-80; zero
+    FamilyGroup Spare9{};  // 81-89; zero
     std::uint8_t SetupByte1 = 0; // 90; in every long "S" and every "T"
     std::uint8_t SetupByte2 = 0; // 91; likewise
-    std::uint8_t ChipCode = 0;   // 92; in "R" and "W", and in "E" on families 30 to 39
+    std::uint8_t ChipCode = 0;   // 92; in "R" and "W", and in "E" with a chip code
     std::uint8_t WriteMode = 0;  // 93; last byte of "W" in block form
     std::uint8_t ClassByte = 0;  // 94; class of the family, first parameter of "S" and "T"
 };
 static_assert(sizeof(FamilyRec) == 95);
 
-// Fills rows 1 to 5, 10, 20, 21, 30, 31 and 32 of State::FamilyTable; all other rows hold zeros.
+// Fills State::FamilyTable: rows 1 to 5, 10, 20, 21, 30, 31 and 32; all other rows hold zeros.
 void InitFamilyTable();
 
 } // namespace modFunc

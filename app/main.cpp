@@ -1,5 +1,6 @@
 // Puts the program together: application, start files, machine, main window.
 #include "app/startup.h"
+#include "app/state.h"
 #include "functions/device_run.h"
 #include "platform/qt/application.h"
 #include "platform/qt/qt_machine.h"
@@ -12,10 +13,10 @@ int main(int argc, char** argv) {
     Application application(argc, argv);
     try {
         modFunc::Main();
-        QtMachine machine;
-        application.beforeReport = modFunc::DeviceRun::PowerDownIfUnderWay;
+        QtMachine machine(modFunc::state().AppPath);
+        application.beforeReport = modFunc::DeviceRun::PowerDownIfInProgress;
         const EndSignals endSignals([&application] {
-            modFunc::DeviceRun::PowerDownIfUnderWay();
+            modFunc::DeviceRun::PowerDownIfInProgress();
             modFunc::WriteSettings();
             application.endNow(0);
         });

@@ -1,10 +1,11 @@
-// The one record of shared state. Windows and procedures meet here: a dialog writes its answer
-// into it, and whoever opened the dialog reads it afterwards. One thread, so no locks.
+// The one record of shared state, through which windows and procedures exchange values: a dialog
+// stores its result here, and whoever opened the dialog reads it afterwards. Only one thread uses
+// it, so there are no locks.
 #pragma once
 
 #include "app/device_rec.h"
 #include "app/family_table.h"
-#include "files/hex_rec.h"
+#include "app/hex_rec.h"
 #include "platform/bytes.h"
 
 #include <array>
@@ -22,98 +23,80 @@ inline constexpr int lastHexRecord = 10000;
 struct State {
     // Program and device.
 
-    // Directory of all data files: the current directory at start. Written by Main;
-    // read by DataFile and the port names.
+    // Folder of all data files: the current directory at start.
     std::string AppPath;
-    // Serial port number, 1..16; another one in the settings file leads to no port. Written by
-    // ReadSettings, frmSettings; read by FindProgrammer, frmSettings, WriteSettings.
+    // Serial port number, 1..16. The settings file may hold another one, which leads to no port.
     std::int16_t ComPort = 0;
-    // Rows of DeviceList in use, 0..50. Written by ReadSettings alone; read by
-    // ReadDeviceList, frmSelectDevice, WriteSettings.
+    // Rows of DeviceList in use, 0..50.
     std::int16_t DeviceCount = 0;
-    // Row of DeviceList in use, 0..50. Written by ReadSettings, frmSelectDevice; read by all that
-    // depends on the chip, through selectedDevice(), and by frmSelectDevice, WriteSettings.
+    // Row of DeviceList in use, 0..50.
     std::int16_t SelectedDevice = 0;
-    // Version text, such as "1.0". Written by ReadSettings alone; read by mdiMain, frmAbout,
-    // WriteSettings.
+    // Version text, such as "1.0".
     std::string ProgramVersion;
-    // Release date text. Written by ReadSettings alone; read by frmAbout, WriteSettings.
+    // Release date text.
     std::string ProgramDate;
-    // The device catalogue, rows 1..DeviceCount; row 0 stays empty. Written by
-    // ReadDeviceList; read through selectedDevice() and by frmSelectDevice.
+    // The device catalogue, rows 1..DeviceCount; row 0 stays empty.
     std::array<DeviceRec, lastDeviceRow + 1> DeviceList{};
-    // The family parameters, rows 0..50. Written by InitFamilyTable; read through
-    // selectedFamily() by the device functions.
+    // The family parameters, rows 0..50; constant after the start.
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
-    // Entries of the Auto sequence, 0..20. Written by ReadAutoFile, frmEditAuto; read by RunAuto,
-    // frmEditAuto, WriteAutoFile.
+    // Entries of the Auto sequence, 0..20.
     std::int16_t AutoCount = 0;
-    // The Auto sequence, entries 1..AutoCount, each a function code 0..5; entry 0 is not used. What
-    // else auto.cfg holds runs nothing. Written and read as AutoCount.
+    // The Auto sequence, entries 1..AutoCount, each a FunctionCode below Auto; entry 0 is not used.
+    // auto.cfg may hold other numbers, which run nothing.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.
 
-    // The image, bytes 0..70000 for every device; chip address n is byte n. Written by Clear, Fill,
-    // the file loaders, ReadDevice and the hex editor; read by the view, ProgramDevice,
-    // VerifyDevice and the savers.
+    // The image, bytes 0..70000 whatever the device; chip address n is byte n.
     Bytes BufferData = Bytes(lastBufferIndex + 1);
-    // Sum of the selected device's bytes, 0..65535. Written by ComputeCheckSum; read by frmBuffer.
+    // Sum of the selected device's bytes, 0..65535.
     std::int32_t BufferCheckSum = 0;
 
-    // Answers of frmBufferFill, written by it and read by FillImage.
+    // Result of frmBufferFill.
 
-    // It ended by OK. Read by Buffer Fill.
+    // It was closed by OK.
     bool FillConfirmed = false;
-    // The fill value.
     std::uint8_t FillByte = 0;
     // First index to fill, 0..65535.
     std::int32_t FillStart = 0;
-    // Number of bytes to fill, 0..65535.
+    // Bytes to fill, 0..65535.
     std::int32_t FillLength = 0;
 
     // File exchange.
 
-    // The parsed Intel HEX file, records from element 1 on. Written and read by OpenHexFile. The
-    // text of element 0 is the line that HexFileText is building.
+    // The Intel HEX file being read, records from element 1 on. Element 0 is where a line is built
+    // when one is written.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
-    // Data records in HexRecords. Written and read by OpenHexFile.
+    // Data records in HexRecords, 0..10000.
     std::int16_t HexRecordCount = 0;
-    // frmFileLoad ended with the type Intel HEX chosen. Written by frmFileLoad's OK;
-    // read by File Load and File Save.
+    // Result of frmFileLoad: the type is Intel HEX, not binary.
     bool FileIsHex = false;
-    // frmFileLoad ended by Cancel. Written by frmFileLoad; read by File Load, File Save.
+    // Result of frmFileLoad: it was closed by Cancel.
     bool FileCancelled = false;
-    // Lower limit on the file's addresses, 0 or above. Written by frmFileLoad's OK; read by
-    // OpenHexFile, OpenBinFile.
+    // Result of frmFileLoad: lowest address taken from the file, 0 or above.
     std::int32_t FileAddress = 0;
-    // Added to every file address, 0 or above. Written by frmFileLoad's OK; read
-    // by OpenHexFile, OpenBinFile.
+    // Result of frmFileLoad: added to every address of the file, 0 or above.
     std::int32_t BufferAddress = 0;
 
     // Programmer link.
 
-    // The frame being sent. Written and read by SendAndWait.
+    // The frame last sent.
     Bytes TxFrame;
-    // The bytes last taken from the port. Written by every read of the port; read by
-    // the device functions and FindProgrammer.
+    // The bytes last taken from the port.
     Bytes RxText;
-    // The same bytes where a caller examines them, index 0 first. Written and read by the device
-    // functions that look at a reply and by FindProgrammer.
+    // A copy of these where a procedure examines a reply, index 0 first.
     Bytes RxBytes;
-    // Length of the reply to wait for, in bytes. Written by SendAndWait and by the functions that
-    // wait for more of a reply; read by WaitReply.
+    // Length of the reply to wait for, in bytes.
     std::int16_t RxExpected = 0;
-    // totmr has ticked since this was last cleared. Set by totmr_Timer; cleared by WaitReply,
-    // FindProgrammer and the splash; read by these and the functions that look at time-outs.
+    // totmr has ticked since this was last cleared.
     bool TimedOut = false;
-    // The box answered at discovery. Written by FindProgrammer; read by frmFunction.
+    // The last discovery found a programmer, and its port is open.
     bool ProgrammerFound = false;
 };
 
 // The one instance.
 State& state();
-// Every field back to zero, False or empty.
+// Every field back to zero, false or empty.
 void ResetState();
 
 // The catalogue row in use and its row of family parameters. selectedFamily() throws

@@ -61,7 +61,7 @@ public:
 
 private:
     TemporaryFolder folder_;
-    QtMachine machine_;
+    QtMachine machine_{modFunc::state().AppPath};
 };
 
 // The least that sends a frame and takes its reply: write, poll, read.
@@ -121,7 +121,7 @@ BENCHMARK_CAPTURE(exchange, out261in1, 261, std::int16_t{1})->Iterations(5000);
 
 // How late a pause ends, as the program waits: yielding until the timer has ticked.
 void waitTimer(benchmark::State& bench) {
-    QtMachine machine;
+    QtMachine machine(modFunc::state().AppPath);
     std::vector<double> lateUs;
     for (auto _ : bench) {
         bool done = false;

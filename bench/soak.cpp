@@ -2,6 +2,7 @@
 // the process takes may not grow. A measurement of its own (scripts/soak.sh); it takes about a
 // second and a half a run.
 #include "functions/device_run.h"
+#include "link/exchange.h"
 #include "tests/support/fault_kinds.h"
 #include "tests/windows/window_fixture.h"
 
@@ -28,7 +29,7 @@ protected:
         constexpr std::int16_t rows[] = {1, 7, 11, 16, 21};
         state().SelectedDevice = rows[any(std::size(rows))];
         state().DeviceList[std::size_t(state().SelectedDevice)].Size = 256;
-        const int code = static_cast<int>(any(Auto + 1));
+        const int code = static_cast<int>(any(DeviceRun::functions.size()));
         startBox('\xFF', faults);
         when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
         trigger("OptionsSettings");
@@ -40,7 +41,7 @@ protected:
                 click(form, "cmdClose");
         });
         trigger("DeviceFunction");
-        EXPECT_FALSE(DeviceRun::UnderWay());
+        EXPECT_FALSE(LinkInUse());
         box.terminate();
         EXPECT_TRUE(boxEnds());
     }

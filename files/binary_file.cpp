@@ -1,8 +1,8 @@
 #include "files/binary_file.h"
 
 #include "app/state.h"
+#include "app/status_bar.h"
 #include "buffer/buffer_view.h"
-#include "files/hex_file.h"
 #include "platform/file_error.h"
 #include "platform/files.h"
 #include "platform/machine.h"

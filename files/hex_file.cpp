@@ -3,6 +3,7 @@
 #include "app/delimited_text.h"
 #include "app/hex_text.h"
 #include "app/state.h"
+#include "app/status_bar.h"
 #include "buffer/buffer_view.h"
 #include "buffer/image.h"
 #include "platform/file_error.h"
@@ -167,10 +168,6 @@ std::string HexFileText() {
 void SaveHexFile() {
     platform::ReplaceFile(machine().cdia.FileName, HexFileText());
     ShowFileName();
-}
-
-void ShowFileName() {
-    machine().sbar.setPanel(4, "File: " + machine().cdia.FileName);
 }
 
 bool LooksLikeHexFile(const std::string& fileName) {

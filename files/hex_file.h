@@ -34,9 +34,6 @@ std::string HexFileText();
 // status bar panel 4 names the file. Every failure throws platform::FileError.
 void SaveHexFile();
 
-// Status bar panel 4 names the file of the last load or save.
-void ShowFileName();
-
 // The type that frmFileLoad proposes: the name's last three letters are "HEX" or "hex".
 bool LooksLikeHexFile(const std::string& fileName);
 

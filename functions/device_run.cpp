@@ -1,5 +1,6 @@
 #include "functions/device_run.h"
 
+#include "app/family_traits.h"
 #include "app/state.h"
 #include "link/exchange.h"
 #include "link/frames.h"
@@ -10,46 +11,32 @@ namespace modFunc {
 using platform::machine;
 
 namespace {
-
-bool runUnderWay = false;
-
-Bytes powerDownFrames() {
-    Bytes frames = SuppliesOffFrame();
-    const Bytes release = ReleaseFrame();
-    frames.insert(frames.end(), release.begin(), release.end());
-    return frames;
-}
-
-struct UnderWayMark {
-    UnderWayMark() {
-        runUnderWay = true;
-        machine().cm.setLastFrames(powerDownFrames());
-    }
-    ~UnderWayMark() {
-        runUnderWay = false;
-        machine().cm.setLastFrames({});
-        machine().tmrWait.Tick = nullptr; // it names the run
-    }
-    UnderWayMark(const UnderWayMark&) = delete;
-    UnderWayMark& operator=(const UnderWayMark&) = delete;
-};
-
 constexpr std::int32_t largestDevice = 65536;
-constexpr int erasePassPauseMs = 200;
-
-} // namespace
-
-bool DeviceRun::UnderWay() {
-    return runUnderWay;
 }
 
 void DeviceRun::Run(int index) {
     if (LinkInUse())
         return;
-    const LinkUse use;
-    const UnderWayMark mark;
-    machine().tmrWait.Tick = [this] { tmrWait_Timer(); };
+    const LinkUse use(LinkUser::Run);
+    auto& m = machine();
+    m.cm.setLastFrames(PowerDownFrames());
+    m.tmrWait.Tick = [this] { tmrWait_Timer(); };
+    const auto release = [&m] {
+        m.cm.setLastFrames({});
+        m.tmrWait.Tick = nullptr;
+    };
+    try {
+        RunChosen(index);
+    } catch (...) {
+        PowerDownIfInProgress();
+        release();
+        throw;
+    }
+    release();
+}
 
+void DeviceRun::RunChosen(int index) {
+    constexpr int passPauseMs = 200;
     SetPercent(0);
     window_->EnableRun(false);
     window_->EnableClose(false);
@@ -57,77 +44,44 @@ void DeviceRun::Run(int index) {
         SetLine("");
     MsgLine = 0;
     StopAuto = false;
-    DropLeftovers();
-    try {
+
+    if (index == static_cast<int>(FunctionCode::Auto)) {
+        RunAuto();
+    } else {
+        DropStaleBytes();
         RunFunction(index);
-    } catch (...) {
-        PowerDownIfUnderWay();
-        throw;
     }
+    if (index == static_cast<int>(FunctionCode::Erase)) {
+        for (int pass = 1; pass < TraitsOf(selectedDevice().Family).erasePasses; ++pass) {
+            WaitTimer(passPauseMs);
+            RunFunction(index);
+            WaitTimer(passPauseMs);
+        }
+    }
+
     if (window_) {
         window_->EnableRun(true);
         window_->EnableClose(true);
     }
 }
 
-// An answer that came too late for an earlier function would count as one to this function's first
-// frame, the answer to that as one to the second, and so on: a Read would move the chip's bytes and
-// say "OK".
-void DeviceRun::DropLeftovers() {
+void DeviceRun::RunFunction(int code) {
+    if (code < 0 || code >= static_cast<int>(FunctionCode::Auto))
+        return;
+    (this->*functions.at(static_cast<std::size_t>(code)).procedure)();
+    EndFunction();
+}
+
+// A reply that arrived too late for an earlier function would count as the reply to this function's
+// first frame, the reply to that as one to the second, and so on: a Read would store the chip's
+// bytes shifted and say "OK!".
+void DeviceRun::DropStaleBytes() {
     ReadReply();
 }
 
-void DeviceRun::PowerDownIfUnderWay() {
-    if (UnderWay())
-        machine().cm.Output(powerDownFrames());
-}
-
-void DeviceRun::RunFunction(int index) {
-    switch (index) {
-    case Read:
-        ReadDevice();
-        EndFunction();
-        break;
-    case Erase:
-        EraseDevice();
-        EndFunction();
-        if (selectedDevice().Family == 4) {
-            WaitTimer(erasePassPauseMs);
-            EraseDevice();
-            EndFunction();
-            WaitTimer(erasePassPauseMs);
-        }
-        break;
-    case Blank:
-        BlankCheckDevice();
-        EndFunction();
-        break;
-    case Program:
-        ProgramDevice();
-        EndFunction();
-        break;
-    case Verify:
-        VerifyDevice();
-        EndFunction();
-        break;
-    case Lock:
-        LockPasses();
-        break;
-    case Auto:
-        RunAuto();
-        break;
-    default:
-        break;
-    }
-}
-
-// The socket stays powered from pass to pass.
-void DeviceRun::LockPasses() {
-    const int family = selectedDevice().Family;
-    const int passes = family == 2 || family == 4 ? 3 : 2;
-    for (int pass = 0; pass < passes; ++pass)
-        LockDevice();
-    EndFunction();
+void DeviceRun::PowerDownIfInProgress() {
+    if (CurrentLinkUser() == LinkUser::Run)
+        machine().cm.Output(PowerDownFrames());
 }
 
 void DeviceRun::ShowProgress() {
@@ -152,8 +106,7 @@ void DeviceRun::AppendToLine(const std::string& text) {
 
 bool DeviceRun::DeviceFits() {
     const DeviceRec& device = selectedDevice();
-    if (device.Family >= 0 && device.Family <= lastFamily && device.Size >= 0 &&
-        device.Size <= largestDevice)
+    if (TraitsOf(device.Family).inTable && device.Size >= 0 && device.Size <= largestDevice)
         return true;
     NotSupported();
     return false;
@@ -163,7 +116,7 @@ void DeviceRun::NotSupported() {
     SetLine("Function not supported!");
 }
 
-// The chip stays powered while the box waits for the user: the power-down follows the procedure.
+// The chip stays powered while the message box waits: the power-down follows the procedure.
 void DeviceRun::CommunicationFailure() {
     machine().msgBox.Show("Device Error", "Communication Error!",
                           platform::MessageBox::Icon::Critical);

@@ -1,9 +1,9 @@
 // One run of a device function, from the press of Run to the last frame.
 //
 // What a function procedure reads and writes belongs to the run, not to the window: a successful
-// Read closes the window while the run goes on. Each procedure returns normally on every outcome,
+// Read closes the window while the run continues. Each procedure returns normally on every outcome,
 // writes to the line `MsgLine` and to no other, and leaves the power-down to EndFunction, which
-// follows it always.
+// always follows.
 #pragma once
 
 #include <array>
@@ -13,14 +13,10 @@
 
 namespace modFunc {
 
-// Function codes: positions in listFunction and values in AutoList. Auto is in the list only.
-enum FunctionCode { Read = 0, Erase, Blank, Program, Verify, Lock, Auto };
+// Positions in listFunction; those below Auto are also the values in AutoList.
+enum class FunctionCode { Read, Erase, Blank, Program, Verify, Lock, Auto };
 
 inline constexpr int messageLines = 6;
-
-// Texts of listFunction, in the order of the codes.
-inline constexpr std::array functionNames = {"Read",   "Erase", "Blank", "Program",
-                                             "Verify", "Lock",  "Auto"};
 
 // The function window, as a run draws on it.
 struct RunWindow {
@@ -29,29 +25,36 @@ struct RunWindow {
     virtual void ShowProgress(int percent) = 0;                   // 0..100
     virtual void EnableRun(bool enabled) = 0;
     virtual void EnableClose(bool enabled) = 0;
-    // The window goes; the run does not draw on it again.
+    // The window is destroyed; the run does not draw on it again.
     virtual void Close() = 0;
 };
 
 class DeviceRun {
 public:
-    explicit DeviceRun(RunWindow& window) : window_(&window) {}
+    struct Function {
+        const char* name;               // in listFunction and in the Auto editor
+        void (DeviceRun::*procedure)(); // null for Auto, which runs the others
+        bool inAutoEditor;              // frmEditAuto offers it
+    };
+    // One row for each FunctionCode, in the order of the codes.
+    static const std::array<Function, 7> functions;
 
-    // Runs what stands at `index` of listFunction against the selected device and returns when its
-    // last frame and pause are over; once for each object. An index outside 0..6 runs nothing.
-    // While a run is under way nothing happens, and while discovery has the link. Should an error
-    // escape, the power-down frames go out before it is passed on.
+    explicit DeviceRun(RunWindow& window) : window_(&window) {}
+    DeviceRun(const DeviceRun&) = delete;
+    DeviceRun& operator=(const DeviceRun&) = delete;
+
+    // Runs row `index` of listFunction on the selected device and returns when its last frame and
+    // pause are over; once for each object. An index outside 0..6 runs nothing. Nothing happens
+    // while the link is in use. If an exception escapes, the power-down frames are sent before it
+    // is passed on.
     void Run(int index);
 
-    // A run is between its start and its end, on whatever window.
-    static bool UnderWay();
-    // For an error that no one handles, and for an end from outside: while a run is under way,
-    // sends the two power-down frames without waiting for a reply, since nothing may be relied on
-    // to wait with.
-    static void PowerDownIfUnderWay();
+    // For an error that nothing handles and for a program ended from outside: if a run is in
+    // progress, sends the power-down frames without waiting for a reply.
+    static void PowerDownIfInProgress();
 
 private:
-    // Fields named as the window's own; their ranges in parentheses.
+    // Fields with the window's own names; ranges in parentheses.
     std::int16_t Percent = 0;    // progress (0..100)
     std::int32_t ByteIndex = 0;  // counter inside a block
     std::int32_t BlockIndex = 0; // counter of the blocks
@@ -73,8 +76,10 @@ private:
     void RunAuto();
     void EndFunction();
 
-    void RunFunction(int index);
-    void DropLeftovers(); // before every function
+    void RunChosen(int index);
+    // The procedure of a function code and EndFunction; nothing for Auto and for other numbers.
+    void RunFunction(int code);
+    void DropStaleBytes(); // before every function
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();
@@ -82,30 +87,41 @@ private:
     void SetLine(const std::string& text);
     void AppendToLine(const std::string& text);
     void SetPercent(std::int32_t percent);
-    // Refuses a device outside the limits of the catalogue: false after "Function not supported!".
+    // The device is within the limits of the catalogue; if not, the line says so.
     bool DeviceFits();
     void NotSupported();
     void CommunicationFailure();
     void SetBlockAddress(std::int32_t address);
     std::int32_t BlockAddress() const { return AddrHigh * 256 + AddrLow; }
 
-    // The road that Read, Blank check and Verify share: set up the socket, then read the device
-    // block by block into RxBytes and hand each to `take`, which says whether to go on. True when
-    // all blocks were taken and the line says so.
+    // The part that Read, Blank check and Verify share: sets up the socket, then reads the device
+    // block by block into RxBytes and passes each to `take`, which returns whether to continue.
+    // True when all blocks were taken and the line says so.
     bool ReadBlocks(const std::string& openingText, const std::function<bool()>& take);
     // Byte ByteIndex of the block in RxBytes.
     std::uint8_t ReplyByte() const;
-    // Compares the block in RxBytes byte by byte with what `expected` gives for ByteIndex; at the
-    // first difference the line becomes `errorText` and the address, and an Auto sequence stops.
+    // Compares the block in RxBytes byte by byte with what `expected` gives for ByteIndex. At the
+    // first difference the line becomes `errorText` and the address, an Auto sequence stops, and
+    // the result is false.
     bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
-    // The road of Program behind its set-up, in blocks or pages of `bytes`: load and write each,
-    // the first one that fails ending it. False then, with the line telling how.
+    // Writes the device in blocks or pages of `bytes`. The first that fails ends it: the line says
+    // how, and the result is false.
     bool WriteBlocks(std::int32_t bytes);
     bool WriteBlock(std::int32_t bytes);
     bool WriteSucceeded();
 
     RunWindow* window_; // null once closed
 };
+
+inline constexpr std::array<DeviceRun::Function, 7> DeviceRun::functions = {{
+    {"Read", &DeviceRun::ReadDevice, false},
+    {"Erase", &DeviceRun::EraseDevice, true},
+    {"Blank", &DeviceRun::BlankCheckDevice, true},
+    {"Program", &DeviceRun::ProgramDevice, true},
+    {"Verify", &DeviceRun::VerifyDevice, true},
+    {"Lock", &DeviceRun::LockPasses, true},
+    {"Auto", nullptr, false},
+}};
 
 } // namespace modFunc

@@ -1,23 +1,24 @@
 #include "functions/device_run.h"
 
+#include "app/family_traits.h"
 #include "app/state.h"
 #include "link/exchange.h"
 #include "link/frames.h"
 
 namespace modFunc {
 
-namespace {
-constexpr int settleMs = 200;
-}
-
-// Erases the chip. The replies pace the frames and say nothing, so a failed erase is not known
-// here; Blank check tells.
+// Erases the chip. The replies only pace the frames: whether the chip is erased is not known here,
+// Blank check finds out.
 void DeviceRun::EraseDevice() {
+    constexpr int settleMs = 200;
     if (!DeviceFits())
         return;
-    const int number = selectedDevice().Family;
     const FamilyRec& family = selectedFamily();
-    if (number < 20) {
+    switch (TraitsOf(selectedDevice().Family).erase) {
+    case ErasePath::None:
+        NotSupported();
+        return;
+    case ErasePath::Pulses:
         Exchange(SuppliesFrame(family.Erase), 1);
         WaitTimer(settleMs);
         Exchange(SocketFrame(family, family.Erase), 1);
@@ -27,20 +28,19 @@ void DeviceRun::EraseDevice() {
             Exchange(EraseFrame(0), 1);
             WaitTimer(settleMs);
         }
-    } else if (number >= 30 && number <= 39) {
+        break;
+    case ErasePath::ChipCode:
         Exchange(SocketFrame(family, family.Erase), 1);
         WaitTimer(settleMs);
         Exchange(EraseFrame(family.ChipCode), 1);
         SetLine("Erasing ...");
-        // The box answers a second time when the chip is done.
+        // A second reply comes when the chip is erased.
         state().RxExpected = 1;
         WaitReply();
         ReadReply();
-        // Should it send a third byte, that one stays on the port for the next exchange.
+        // A third byte, should one come, stays on the port for the next exchange.
         WaitReply();
-    } else {
-        NotSupported();
-        return;
+        break;
     }
     AppendToLine("OK");
     SetPercent(100);

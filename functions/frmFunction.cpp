@@ -2,6 +2,7 @@
 
 #include "app/hex_text.h"
 #include "app/state.h"
+#include "link/exchange.h"
 
 #include <QAccessible>
 #include <QCloseEvent>
@@ -30,8 +31,8 @@ void announce(QLabel* label) {
 frmFunction::frmFunction(QWidget* owner)
     : Form(owner, "frmFunction", tr("Function"), 6300, 3330, Frame::Title) {
     listFunction = addList(this, "listFunction", tr("Function"), {120, 240, 1455, 2400});
-    for (const char* name : functionNames)
-        listFunction->addItem(QString::fromLatin1(name));
+    for (const DeviceRun::Function& function : DeviceRun::functions)
+        listFunction->addItem(QString::fromLatin1(function.name));
     listFunction->setCurrentRow(0);
 
     auto* Frame1 = addFrame(this, "Frame1", tr("Message:"), {1680, 120, 3015, 2535});
@@ -108,7 +109,7 @@ void frmFunction::reject() {
 }
 
 void frmFunction::closeEvent(QCloseEvent* event) {
-    if (DeviceRun::UnderWay()) {
+    if (CurrentLinkUser() == LinkUser::Run) {
         closeRequested_ = true;
         event->ignore();
         return;

@@ -1,10 +1,17 @@
 #include "functions/device_run.h"
 
+#include "app/family_traits.h"
 #include "app/state.h"
 #include "link/exchange.h"
 #include "link/frames.h"
 
 namespace modFunc {
+
+// The socket stays powered from pass to pass.
+void DeviceRun::LockPasses() {
+    for (int pass = 0; pass < TraitsOf(selectedDevice().Family).lockPasses; ++pass)
+        LockDevice();
+}
 
 // One pass of three lock steps. The supplies are set once, from the first step, and stay.
 void DeviceRun::LockDevice() {
@@ -12,7 +19,7 @@ void DeviceRun::LockDevice() {
     constexpr int stepMs = 100;
     if (!DeviceFits())
         return;
-    if (selectedDevice().Family >= 20) {
+    if (!TraitsOf(selectedDevice().Family).canLock) {
         NotSupported();
         return;
     }
@@ -36,7 +43,7 @@ void DeviceRun::LockDevice() {
 
     SendAndWait(SocketFrame(family, family.Lock3), 1);
     WaitTimer(stepMs);
-    ReadReply(); // after the pause, so a late reply to this frame is not left for the next
+    ReadReply(); // after the pause, so that a late reply to this frame is not left for the next
     Exchange(LockFrame(family.Lock3), 1);
     WaitTimer(stepMs);
     AppendToLine("   OK!");

@@ -1,5 +1,6 @@
 #include "functions/device_run.h"
 
+#include "app/family_traits.h"
 #include "app/hex_text.h"
 #include "app/state.h"
 #include "link/exchange.h"
@@ -11,14 +12,11 @@ namespace modFunc {
 
 namespace {
 
-bool isPageFamily(int family) {
-    return family >= 20 && family <= 29;
-}
-
-// A block that crossed a 256-byte boundary could not be addressed, and a page above 128 bytes does
-// not fit the one byte of its length; a rest of the device that fills no block would be lost.
-bool canBeWritten(const DeviceRec& device) {
-    if (!isPageFamily(device.Family))
+// A block that crosses a 256-byte boundary cannot be addressed, a page above 128 bytes does not fit
+// the one byte of its length, and the rest of a device that is no whole number of blocks would not
+// be written.
+bool canBeWritten(const DeviceRec& device, WritePath path) {
+    if (path == WritePath::Blocks)
         return device.Size % blockBytes == 0;
     return device.PageSize >= 1 && device.PageSize <= largestPageBytes &&
            blockBytes % device.PageSize == 0 && device.Size % device.PageSize == 0;
@@ -26,16 +24,17 @@ bool canBeWritten(const DeviceRec& device) {
 
 } // namespace
 
-// Writes the image, as far as the device reaches, into the chip. No byte is skipped and nothing is
-// tried twice: the first failed block ends the function.
+// Writes the image's bytes, as many as the device has, into the chip. No byte is skipped and
+// nothing is tried twice: the first failed block ends the function.
 void DeviceRun::ProgramDevice() {
     constexpr int supplyMs = 500;
     constexpr int settleMs = 200;
     if (!DeviceFits())
         return;
     const DeviceRec& device = selectedDevice();
-    const bool hasPath = device.Family < 40;
-    if (hasPath && !canBeWritten(device)) {
+    const FamilyTraits traits = TraitsOf(device.Family);
+    const bool hasPath = traits.write != WritePath::None;
+    if (hasPath && !canBeWritten(device, traits.write)) {
         NotSupported();
         return;
     }
@@ -45,10 +44,12 @@ void DeviceRun::ProgramDevice() {
     WaitTimer(supplyMs);
     if (!hasPath)
         return;
-    Exchange(device.Family < 20 ? WriteSocketFrame(family) : SocketFrame(family, family.Read), 1);
+    Exchange(traits.writeSetUp == WriteSetUp::WriteSocket ? WriteSocketFrame(family)
+                                                          : SocketFrame(family, family.Read),
+             1);
     WaitTimer(settleMs);
     SetLine("Programming ...");
-    if (!WriteBlocks(isPageFamily(device.Family) ? device.PageSize : blockBytes))
+    if (!WriteBlocks(traits.write == WritePath::Pages ? device.PageSize : blockBytes))
         return;
     SetPercent(100);
     AppendToLine("   OK!");
@@ -77,14 +78,13 @@ bool DeviceRun::WriteBlock(std::int32_t bytes) {
         CommunicationFailure();
         return false;
     }
-    Exchange(isPageFamily(selectedDevice().Family) ? WritePageFrame(family, address, bytes)
-                                                   : WriteBlockFrame(family, address),
-             1);
+    const bool pages = TraitsOf(selectedDevice().Family).write == WritePath::Pages;
+    Exchange(pages ? WritePageFrame(family, address, bytes) : WriteBlockFrame(family, address), 1);
     s.RxBytes = s.RxText;
     return WriteSucceeded();
 }
 
-// Looks at the status of a write in RxBytes.
+// Checks the status of a write in RxBytes.
 bool DeviceRun::WriteSucceeded() {
     constexpr std::uint8_t written = 'N';
     constexpr std::uint8_t failed = 'E';
@@ -100,8 +100,8 @@ bool DeviceRun::WriteSucceeded() {
         StopAuto = true;
         return false;
     }
-    // The failing address may have come with the status. Then this wait ends in a time-out with
-    // the reply complete, so the bytes are counted and TimedOut is not the test.
+    // The failing address may have arrived with the status. Then this wait ends by time-out though
+    // the reply is complete, so the bytes are counted and TimedOut is not checked.
     s.RxExpected = 2;
     WaitReply();
     ReadReplyTail();

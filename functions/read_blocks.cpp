@@ -21,7 +21,7 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     WaitTimer(settleMs);
     SetLine(openingText);
 
-    // A last partial block is left out, but the percentage is that of the nearest number of blocks.
+    // A last partial block is left out; the percentage counts the nearest whole number of blocks.
     const std::int32_t size = selectedDevice().Size;
     const std::int32_t blocks = size / blockBytes;
     const auto divisor =
@@ -29,13 +29,13 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     for (BlockIndex = 0; BlockIndex < blocks; ++BlockIndex) {
         SetBlockAddress(BlockIndex * blockBytes);
         SendAndWait(ReadBlockFrame(family, BlockAddress()), readReplyBytes);
-        if (s.TimedOut) { // what has come of the reply stays on the port for the next exchange
+        if (s.TimedOut) { // a partial reply stays on the port for the next exchange
             CommunicationFailure();
             return false;
         }
         ReadReply();
         s.RxBytes = s.RxText;
-        if (s.RxBytes.size() < readReplyBytes) { // the line was lost between count and read
+        if (s.RxBytes.size() < readReplyBytes) { // the line was lost after the count
             CommunicationFailure();
             return false;
         }

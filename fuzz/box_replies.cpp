@@ -1,5 +1,6 @@
 #include "functions/device_run.h"
 
+#include "app/family_traits.h"
 #include "app/state.h"
 #include "buffer/buffer_view.h"
 #include "link/exchange.h"
@@ -31,13 +32,13 @@ struct Window final : RunWindow, BufferView {
 };
 
 // One byte of the input each. An Auto sequence is of up to seven entries.
-int chooseFunctionAndDevice(fuzz::Input& input) {
+FunctionCode chooseFunctionAndDevice(fuzz::Input& input) {
     constexpr std::int16_t families[] = {1, 0, 2, 4, 5, 6, 10, 20, 21, 30, 31, 32, 40, 50, 51, -1};
     constexpr std::int32_t sizes[] = {512, 0, 255, 256, 300, 384, 65537, -1};
     constexpr std::int16_t pageSizes[] = {64, 0, 32, 100, 128, 129, 256, -1};
     State& s = state();
-    const int code = input.byte() & 7;
-    s.AutoCount = code == Auto ? static_cast<std::int16_t>(input.byte() & 7) : 0;
+    const auto code = static_cast<FunctionCode>(input.byte() & 7);
+    s.AutoCount = code == FunctionCode::Auto ? static_cast<std::int16_t>(input.byte() & 7) : 0;
     for (int entry = 1; entry <= s.AutoCount; ++entry)
         s.AutoList.at(static_cast<std::size_t>(entry)) = input.byte() & 7;
     DeviceRec& device = s.DeviceList[0];
@@ -55,42 +56,48 @@ std::string times(int count, const std::string& letters) {
 }
 
 // The letters of the frames that a function sends when all goes well, the power-down left out.
-std::string fullSequence(int code, const DeviceRec& device) {
-    const int family = device.Family;
-    const bool fits = family >= 0 && family <= 50 && device.Size >= 0 && device.Size <= 65536;
-    const bool pages = family / 10 == 2;
+std::string fullSequence(FunctionCode code, const DeviceRec& device) {
+    const FamilyTraits traits = TraitsOf(device.Family);
+    const bool fits = traits.inTable && device.Size >= 0 && device.Size <= 65536;
+    const bool pages = traits.write == WritePath::Pages;
     const int unit = pages ? device.PageSize : 256;
-    switch (fits ? code : -1) {
-    case Erase:
-        return family == 4 ? "VSEEVSVSEE" : family < 20 ? "VSEE" : family / 10 == 3 ? "SE" : "";
-    case Program:
-        if (family >= 40)
-            return "V";
+    const std::string nextPass = traits.erasePasses > 1 ? "VS" : "";
+    switch (code) {
+    case FunctionCode::Erase:
+        if (fits && traits.erase == ErasePath::Pulses)
+            return nextPass.empty() ? "VSEE" : "VSEE" + nextPass + "VSEE";
+        return fits && traits.erase == ErasePath::ChipCode ? "SE" : nextPass;
+    case FunctionCode::Program:
+        if (!fits || traits.write == WritePath::None)
+            return fits ? "V" : "";
         if (unit < 1 || unit > (pages ? 128 : 256) || 256 % unit != 0 || device.Size % unit != 0)
             return "";
-        return (family < 20 ? "VT" : "VS") + times(device.Size / unit, "DW");
-    case Lock:
-        return family < 20 ? times(family == 2 || family == 4 ? 3 : 2, "VSLSLSL") : "";
-    case -1:
-        return code == Erase && family == 4 ? "VS" : "";
+        return (traits.writeSetUp == WriteSetUp::WriteSocket ? "VT" : "VS") +
+               times(device.Size / unit, "DW");
+    case FunctionCode::Lock:
+        return fits && traits.canLock ? times(traits.lockPasses, "VSLSLSL") : "";
     default:
-        return "VS" + times(device.Size / 256, "R");
+        return fits ? "VS" + times(device.Size / 256, "R") : "";
     }
 }
 
-void checkFunction(int code, const std::string& line, const fuzz::ScriptedBox& box) {
+void checkFunction(FunctionCode code, const std::string& line, const fuzz::ScriptedBox& box) {
     const std::string full = fullSequence(code, selectedDevice());
     const std::string sent = box.letters.substr(0, box.letters.size() - 2);
-    check(full.starts_with(sent) && (sent == full || (code != Erase && code != Lock)),
+    check(full.starts_with(sent) &&
+              (sent == full || (code != FunctionCode::Erase && code != FunctionCode::Lock)),
           "a function sends its frames, and those without a look at the replies are all sent");
     check(box.vm.messages.size() <= 1, "a lost reply is told once");
     if (!line.ends_with("OK!"))
         return;
     const int blocks = selectedDevice().Size / 256;
     check(sent == full && box.vm.messages.empty(), "OK is said when everything was sent");
-    check(code != Blank || box.took[0xFF] >= 256 * blocks, "a blank chip's bytes were all FF");
-    check(code != Verify || box.took[imageByte] >= 256 * blocks, "a good chip's were the image's");
-    check(code != Program || box.took['N'] >= std::ranges::count(sent, 'W'), "all was confirmed");
+    check(code != FunctionCode::Blank || box.took[0xFF] >= 256 * blocks,
+          "a blank chip's bytes were all FF");
+    check(code != FunctionCode::Verify || box.took[imageByte] >= 256 * blocks,
+          "a good chip's were the image's");
+    check(code != FunctionCode::Program || box.took['N'] >= std::ranges::count(sent, 'W'),
+          "all was confirmed");
 }
 
 void checkImage(std::ptrdiff_t blocks) {
@@ -111,25 +118,27 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         return true;
     }();
     fuzz::Input input(data, size);
-    const int code = chooseFunctionAndDevice(input);
+    const FunctionCode code = chooseFunctionAndDevice(input);
     const std::uint8_t chipFill = input.byte();
     fuzz::ScriptedBox box(input, chipFill);
-    DeviceRun(window).Run(code);
+    DeviceRun(window).Run(static_cast<int>(code));
 
-    check(!DeviceRun::UnderWay() && !LinkInUse() && window.over, "the run has ended");
+    check(!LinkInUse() && window.over, "the run has ended");
     const auto frames = static_cast<std::ptrdiff_t>(box.letters.size());
     check(box.busyMs() <= 3500.0 * static_cast<double>(frames) + 1000, "a run ends in its time");
     check(frames == 0
-              ? code >= Auto
+              ? code >= FunctionCode::Auto
               : box.last == std::array{Bytes{0, 0, 0, 4, 'V', 0, 0, 0}, Bytes{0, 0, 0, 2, 'S', 0}},
           "the last frames power the socket down");
     const std::ptrdiff_t family = selectedDevice().Family;
     check(box.refusal.empty() || state().FamilyTable.at(std::size_t(family)).ClassByte == 0,
           "the box takes every frame but those of an empty family");
-    if (code < Auto)
+    if (code < FunctionCode::Auto)
         checkFunction(code, window.lines[0], box);
     const auto blocks =
         std::min<std::ptrdiff_t>(std::ranges::count(box.letters, 'R'), selectedDevice().Size / 256);
-    checkImage(code == Read || code == Auto ? std::max<std::ptrdiff_t>(blocks, 0) : 0);
+    checkImage(code == FunctionCode::Read || code == FunctionCode::Auto
+                   ? std::max<std::ptrdiff_t>(blocks, 0)
+                   : 0);
     return 0;
 }

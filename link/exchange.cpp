@@ -11,20 +11,20 @@ namespace modFunc {
 using platform::machine;
 
 namespace {
-bool inUse = false;
+LinkUser currentUser = LinkUser::Nobody;
 }
 
-LinkUse::LinkUse() {
-    assert(!inUse && "whoever uses the link asks LinkInUse() first");
-    inUse = true;
+LinkUser CurrentLinkUser() {
+    return currentUser;
+}
+
+LinkUse::LinkUse(LinkUser user) {
+    assert(!LinkInUse() && "whoever uses the link checks first that nobody does");
+    currentUser = user;
 }
 
 LinkUse::~LinkUse() {
-    inUse = false;
-}
-
-bool LinkInUse() {
-    return inUse;
+    currentUser = LinkUser::Nobody;
 }
 
 void totmr_Timer() {

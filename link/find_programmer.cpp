@@ -1,7 +1,7 @@
 #include "link/find_programmer.h"
 
-#include "app/hex_text.h"
 #include "app/state.h"
+#include "app/status_bar.h"
 #include "link/exchange.h"
 #include "link/frames.h"
 #include "platform/machine.h"
@@ -15,7 +15,7 @@ namespace {
 using platform::machine;
 using Icon = platform::MessageBox::Icon;
 
-// Each byte as one character. Texts are UTF-8, where the bytes from 80 up take two.
+// Each byte as one character of UTF-8, where those from 80 up take two bytes.
 std::string characters(const Bytes& bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
@@ -45,16 +45,10 @@ void askForFirmware() {
 
 } // namespace
 
-void ShowDevice() {
-    const DeviceRec& device = selectedDevice();
-    machine().sbar.setPanel(2, "Device: " + device.Name);
-    machine().sbar.setPanel(3, "Size: " + HexDigits(device.Size) + "H");
-}
-
 void FindProgrammer() {
     if (LinkInUse())
         return;
-    const LinkUse use;
+    const LinkUse use(LinkUser::Discovery);
     State& s = state();
     auto& m = machine();
     const std::string port = std::to_string(s.ComPort);
@@ -66,14 +60,14 @@ void FindProgrammer() {
     } catch (const platform::PortError& error) {
         m.msgBox.Show("Communication Port Error", "COM" + port + ", " + error.what(),
                       Icon::Critical);
-        m.sbar.setPanel(1, "FAIL");
+        ShowPortFailure();
         s.ProgrammerFound = false;
         return;
     }
 
     const bool complete = m.cm.InBufferCount() == identifyReplyBytes;
     if (complete)
-        s.RxText = m.cm.Input(); // the line may be lost, or one byte more come, between the two
+        s.RxText = m.cm.Input(); // since the count the line may be lost or another byte arrive
     if (complete && s.RxText.size() >= identifyReplyBytes) {
         s.RxBytes.assign(s.RxText.begin(), s.RxText.begin() + identifyReplyBytes);
         m.msgBox.Show("Device Found!", "Firmware: " + characters(s.RxBytes), Icon::Information);
@@ -84,7 +78,7 @@ void FindProgrammer() {
         m.cm.Close();
         s.ProgrammerFound = false;
     }
-    m.sbar.setPanel(1, "COM" + port);
+    ShowPort();
     ShowDevice();
 }
 

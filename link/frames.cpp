@@ -57,6 +57,13 @@ Bytes ReleaseFrame() {
     return frame('S', {0});
 }
 
+Bytes PowerDownFrames() {
+    Bytes frames = SuppliesOffFrame();
+    const Bytes release = ReleaseFrame();
+    frames.insert(frames.end(), release.begin(), release.end());
+    return frames;
+}
+
 Bytes WriteSocketFrame(const FamilyRec& family) {
     return frame('T', {family.ClassByte, family.SetupByte1, family.SetupByte2, family.Program.PinP,
                        family.Program.PinQ, family.Read.PinP, family.Read.PinQ});

@@ -14,8 +14,8 @@ namespace {
 constexpr int codeRole = Qt::UserRole; // a row's function code
 
 void addFunction(QListWidget* list, int code) {
-    auto* row = new QListWidgetItem(
-        QString::fromLatin1(functionNames.at(static_cast<std::size_t>(code))), list);
+    const char* const name = DeviceRun::functions.at(static_cast<std::size_t>(code)).name;
+    auto* row = new QListWidgetItem(QString::fromLatin1(name), list);
     row->setData(codeRole, code);
 }
 
@@ -41,13 +41,15 @@ frmEditAuto::frmEditAuto(QWidget* owner)
     cmdMoveLeftAll->setAccessibleName(tr("Remove all"));
     followInTabOrder({lstIn, lstOut, cmdOk, cmdCancel, cmdMoveRight, cmdMoveLeft, cmdMoveLeftAll});
 
-    for (const int code : {Erase, Blank, Program, Verify, Lock})
-        addFunction(lstIn, code);
+    constexpr int functionCount = static_cast<int>(FunctionCode::Auto);
+    for (int code = 0; code < functionCount; ++code)
+        if (DeviceRun::functions.at(static_cast<std::size_t>(code)).inAutoEditor)
+            addFunction(lstIn, code);
     lstIn->setCurrentRow(0);
     const State& s = state();
     for (int entry = 1; entry <= s.AutoCount; ++entry) {
         const int code = s.AutoList.at(static_cast<std::size_t>(entry));
-        if (code >= Read && code <= Lock)
+        if (code >= 0 && code < functionCount)
             addFunction(lstOut, code);
     }
     enableArrows();

@@ -1,7 +1,8 @@
 #include "shell/frmSelectDevice.h"
 
+#include "app/family_traits.h"
 #include "app/state.h"
-#include "link/find_programmer.h"
+#include "app/status_bar.h"
 
 #include <QListWidget>
 #include <QPainter>
@@ -74,9 +75,10 @@ void frmSelectDevice::connectHandlers() {
 
 void frmSelectDevice::showOutline(int row) {
     const int family = state().DeviceList.at(static_cast<std::size_t>(row)).Family;
-    const std::size_t visible = family < 10 ? 1 : family < 20 ? 2 : 3;
-    for (std::size_t outline = 1; outline < shp1.size(); ++outline)
-        shp1.at(outline)->setVisible(outline == visible);
+    const ChipOutline visible = TraitsOf(family).outline;
+    shp1[1]->setVisible(visible == ChipOutline::Long);
+    shp1[2]->setVisible(visible == ChipOutline::Middle);
+    shp1[3]->setVisible(visible == ChipOutline::Short);
 }
 
 // Catalogue row of the highlight; 0, the empty row, when there is none. A row that only has the

@@ -2,6 +2,7 @@
 
 #include "app/startup.h"
 #include "app/state.h"
+#include "app/status_bar.h"
 #include "buffer/frmBuffer.h"
 #include "buffer/frmBufferFill.h"
 #include "buffer/image.h"
@@ -35,6 +36,8 @@
 using namespace modFunc;
 
 namespace {
+
+constexpr int splashMs = 1000;
 
 // A status bar panel. A text too long for it, a file's full name above all, loses its middle on
 // the screen and nowhere else.
@@ -78,7 +81,7 @@ mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(thi
     useBufferView(this);
     machine_.cdia.owner = this;
     machine_.totmr.Tick = [] { totmr_Timer(); };
-    machine_.totmr.setInterval(replyTimeoutMs);
+    machine_.totmr.setInterval(splashMs);
     machine_.totmr.setEnabled(true);
 }
 
@@ -134,27 +137,26 @@ void mdiMain::addMenus() {
 }
 
 void mdiMain::addStatusBar() {
-    struct PanelText {
-        QString text;
+    struct PanelShape {
         QString toolTip;
         int width; // twips
     };
-    const PanelText texts[] = {
-        {QStringLiteral("COM"), tr("Communication Port"), 700},
-        {tr("Device:"), tr("Selected Device"), 2000},
-        {tr("Size:"), tr("Memory Size of Selected Device"), 1440},
-        {tr("File:"), tr("File Name"), 5000},
-    };
+    const std::array<PanelShape, 4> shapes = {{
+        {tr("Communication Port"), 700},
+        {tr("Selected Device"), 2000},
+        {tr("Memory Size of Selected Device"), 1440},
+        {tr("File Name"), 5000},
+    }};
     QStatusBar* sbar = statusBar();
     sbar->setObjectName(QStringLiteral("sbar"));
     for (std::size_t i = 0; i < panels_.size(); ++i) {
-        auto* panel = new Panel(texts[i].text, sbar);
+        auto* panel = new Panel(QString::fromLatin1(initialPanelTexts[i]), sbar);
         panel->setObjectName(QStringLiteral("sbar%1").arg(i + 1));
         panel->setTextFormat(Qt::PlainText);
         panel->setFont(sansFont());
         panel->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-        panel->setFixedWidth(pixels(texts[i].width));
-        panel->setToolTip(texts[i].toolTip);
+        panel->setFixedWidth(pixels(shapes[i].width));
+        panel->setToolTip(shapes[i].toolTip);
         sbar->addWidget(panel);
         panels_[i] = panel;
     }
@@ -216,25 +218,28 @@ void mdiMain::closeEvent(QCloseEvent* event) {
     QCoreApplication::exit(0);
 }
 
-// Any failure ends the command without a word; what it leaves behind is told by the loaders and
+// A failure ends the command without a message; what it leaves is documented at the loaders and
 // savers.
-void mdiMain::fileCommand(bool (QtFileDialog::*ask)(), void (*hex)(), void (*binary)()) {
+void mdiMain::FileLoad_Click() {
     try {
-        if (!(machine_.cdia.*ask)())
+        if (!machine_.cdia.ShowOpen())
             return;
         frmFileLoad(this).exec();
         if (!state().FileCancelled)
-            state().FileIsHex ? hex() : binary();
-    } catch (const std::exception&) { // nothing is said
+            state().FileIsHex ? OpenHexFile() : OpenBinFile();
+    } catch (const std::exception&) { // no message
     }
 }
 
-void mdiMain::FileLoad_Click() {
-    fileCommand(&QtFileDialog::ShowOpen, OpenHexFile, OpenBinFile);
-}
-
 void mdiMain::FileSave_Click() {
-    fileCommand(&QtFileDialog::ShowSave, SaveHexFile, SaveBinFile);
+    try {
+        if (!machine_.cdia.ShowSave())
+            return;
+        frmFileLoad(this).exec();
+        if (!state().FileCancelled)
+            state().FileIsHex ? SaveHexFile() : SaveBinFile();
+    } catch (const std::exception&) { // no message
+    }
 }
 
 void mdiMain::FileExit_Click() {
@@ -284,10 +289,12 @@ void mdiMain::OptionsEditAuto_Click() {
     frmEditAuto(this).exec();
 }
 
-// However the window was left: this is the one way to find a box plugged in later.
+// However the window was left: this is the only way to find a programmer plugged in later.
+// Discovery begins before exec() returns, so that no request to close comes in between.
 void mdiMain::OptionsSettings_Click() {
-    frmSettings(this).exec();
-    FindProgrammer();
+    frmSettings settings(this);
+    connect(&settings, &QDialog::finished, FindProgrammer);
+    settings.exec();
     closeIfRequested();
 }
 

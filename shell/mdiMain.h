@@ -33,8 +33,6 @@ private:
     void addStatusBar();
     void connectHandlers();
     void closeIfRequested();
-    // Shows the file dialog and frmFileLoad, then calls what fits the type chosen there.
-    void fileCommand(bool (QtFileDialog::*ask)(), void (*hex)(), void (*binary)());
 
     void FileLoad_Click();
     void FileSave_Click();

@@ -1,6 +1,5 @@
 #include "platform/qt/qt_machine.h"
 
-#include "app/state.h"
 #include "platform/port_names.h"
 
 #include <QApplication>
@@ -9,6 +8,8 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+
+#include <utility>
 
 QtTimer::QtTimer() {
     timer_.setTimerType(Qt::PreciseTimer);
@@ -35,10 +36,10 @@ void QtEventQueue::Yield() {
 
 namespace {
 
-// The window that a message box belongs to, even when another program is the active one: a box
-// that hides behind its window would keep the socket powered.
-QWidget* boxOwner() {
-    if (QWidget* active = QApplication::activeWindow())
+// The window that a message box belongs to, even when another program is the active one: a message
+// box hidden by its window would keep the socket powered.
+QWidget* messageOwner() {
+    if (QWidget* active = QApplication::activeWindow(); active && active->isVisible())
         return active;
     if (QWidget* modal = QApplication::activeModalWidget())
         return modal;
@@ -53,8 +54,8 @@ QWidget* boxOwner() {
 void QtMessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
     QMessageBox box(icon == Icon::Critical ? QMessageBox::Critical : QMessageBox::Information,
                     QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
-                    boxOwner());
-    box.setTextFormat(Qt::PlainText); // the text may come from the box or a file
+                    messageOwner());
+    box.setTextFormat(Qt::PlainText); // the text may come from the programmer or a file
     box.exec();
 }
 
@@ -90,8 +91,8 @@ bool QtFileDialog::show(bool saving) {
     return true;
 }
 
-QtMachine::QtMachine()
-    : cm([](int port) { return platform::PortName(port, modFunc::state().AppPath); }) {
+QtMachine::QtMachine(std::string dataFolder)
+    : cm([folder = std::move(dataFolder)](int port) { return platform::PortName(port, folder); }) {
     platform::useMachine(&machine_);
 }
 

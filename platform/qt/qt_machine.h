@@ -43,10 +43,11 @@ private:
     bool show(bool saving);
 };
 
-// All of it together, with the address that the core knows it by.
+// All of it together, and the machine in use for as long as it lives.
 class QtMachine {
 public:
-    QtMachine();
+    // `dataFolder` is where com<n> links to ports are looked up.
+    explicit QtMachine(std::string dataFolder);
     QtMachine(const QtMachine&) = delete;
     QtMachine& operator=(const QtMachine&) = delete;
     ~QtMachine();

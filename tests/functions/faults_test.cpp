@@ -25,10 +25,10 @@ protected:
         vm.port.staleSends = 0;
     }
 
-    void meet(int family, int code, const std::vector<std::string>& faults) {
-        SCOPED_TRACE(testing::Message()
-                     << "family " << family << ", " << functionNames.at(std::size_t(code)) << ": "
-                     << testing::PrintToString(faults));
+    void meet(int family, FunctionCode code, const std::vector<std::string>& faults) {
+        SCOPED_TRACE(testing::Message() << "family " << family << ", "
+                                        << DeviceRun::functions.at(std::size_t(code)).name << ": "
+                                        << testing::PrintToString(faults));
         prepare(family, faults);
         const Bytes before = state().BufferData;
         const double start = vm.nowMs();
@@ -43,7 +43,7 @@ protected:
     }
 
     void expectSafeEnd() {
-        EXPECT_FALSE(DeviceRun::UnderWay());
+        EXPECT_FALSE(LinkInUse());
         EXPECT_TRUE(vm.box().complaints().empty()) << vm.box().complaints().front();
         if (!vm.box().cablePulled()) {
             expectPoweredDown();
@@ -78,7 +78,8 @@ protected:
     // What the program says and what it leaves in the image, held against the chip. One thing is
     // the link's own: bytes too many, and an answer to the set-up that came after its second, count
     // for the reply to the next frame and move what it carries.
-    void expectTruth(int code, const Bytes& before, const std::vector<std::string>& faults) {
+    void expectTruth(FunctionCode code, const Bytes& before,
+                     const std::vector<std::string>& faults) {
         const auto has = [&faults](const char* name) {
             return std::ranges::any_of(faults, [&](const auto& f) { return f.starts_with(name); });
         };
@@ -102,7 +103,7 @@ protected:
         EXPECT_TRUE(image == expected);
     }
 
-    std::size_t framesOf(int family, int code) {
+    std::size_t framesOf(int family, FunctionCode code) {
         prepare(family, {});
         run(code);
         return frames().size();
@@ -115,7 +116,7 @@ protected:
 
 TEST_F(Faults, EveryFunctionEndsSafelyWhateverTheBoxDoes) {
     for (const int family : families)
-        for (int code = Read; code <= Lock; ++code)
+        for (const FunctionCode code : {Read, Erase, Blank, Program, Verify, Lock})
             for (std::size_t frame = framesOf(family, code); frame > 0; --frame)
                 for (const std::string& kind : faultKinds)
                     meet(family, code, {faultAt(kind, frame)});
@@ -129,6 +130,7 @@ TEST_F(Faults, AndWithSeveralAtOnce) {
         std::vector<std::string> faults(2 + any(3));
         for (std::string& fault : faults)
             fault = faultAt(faultKinds[any(faultKinds.size())], 1 + any(12));
-        meet(families[any(std::size(families))], static_cast<int>(any(Auto)), faults);
+        meet(families[any(std::size(families))], static_cast<FunctionCode>(any(std::size_t(Auto))),
+             faults);
     }
 }

@@ -27,10 +27,11 @@ TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {
     bool underWayAfterClosing = false;
     const std::string powerDown = "00 00 00 04 56 00 00 00 00 00 00 02 53 00";
     vm.at(1000, [&] { EXPECT_EQ(hexText(vm.port.lastFrames), powerDown); });
-    vm.at(1000, [&] { underWayAfterClosing = window.closed && DeviceRun::UnderWay(); });
+    vm.at(1000,
+          [&] { underWayAfterClosing = window.closed && (CurrentLinkUser() == LinkUser::Run); });
     run(Auto);
     EXPECT_TRUE(underWayAfterClosing);
-    EXPECT_FALSE(DeviceRun::UnderWay());
+    EXPECT_FALSE(LinkInUse());
     EXPECT_EQ(frames().size(), 3U * 5);
     EXPECT_EQ(viewReopened, 2);
     EXPECT_EQ(window.lines[1], ""); // nobody sees what comes after
@@ -55,7 +56,7 @@ TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
     EXPECT_THROW(run(Blank), std::runtime_error);
     EXPECT_TRUE(vm.port.lastFrames.empty());
     expectPoweredDown();
-    EXPECT_FALSE(DeviceRun::UnderWay());
+    EXPECT_FALSE(LinkInUse());
 }
 
 TEST_F(Runs, WhatCameTooLateForOneFunctionIsNoAnswerToTheNext) {

@@ -9,9 +9,11 @@ using namespace modFunc;
 
 namespace {
 
-int codeOf(const std::string& name) {
-    const auto found = std::ranges::find(functionNames, name);
-    return found == functionNames.end() ? std::stoi(name) : int(found - functionNames.begin());
+FunctionCode codeOf(const std::string& name) {
+    for (std::size_t code = 0; code < DeviceRun::functions.size(); ++code)
+        if (name == DeviceRun::functions[code].name)
+            return static_cast<FunctionCode>(code);
+    return static_cast<FunctionCode>(std::stoi(name));
 }
 
 class Scenario : public RunTest {
@@ -31,10 +33,10 @@ protected:
         startMs = vm.nowMs();
 
         auto names = words(runText);
-        std::vector<int> codes(names.size() - 1);
+        std::vector<FunctionCode> codes(names.size() - 1);
         std::transform(names.begin() + 1, names.end(), codes.begin(), codeOf);
         autoSequence(codes);
-        run(names[0] == "Auto:" ? int{Auto} : codeOf(names[0]));
+        run(names[0] == "Auto:" ? Auto : codeOf(names[0]));
         EXPECT_EQ(window.closed, runText == "Read" && window.lines[0].ends_with("OK!"));
         EXPECT_EQ(window.buttons, window.closed ? "rc" : "rcRC");
         if (runText == "Program" && window.lines[0].ends_with("OK!")) {
@@ -91,7 +93,7 @@ TEST_F(Scenario, EveryFunctionOnEveryFamily) {
     ASSERT_EQ(table.size(), 13U * 6);
     for (const auto& row : table) {
         SCOPED_TRACE(row.at(0) + " | " + row.at(1));
-        const int code = codeOf(row[1]);
+        const FunctionCode code = codeOf(row[1]);
         play(row[0], "", code == Read || code == Verify ? "image" : "FF", row[1]);
         EXPECT_EQ(lines(), row.at(2));
         EXPECT_EQ(window.percents, row.at(3));

@@ -5,6 +5,7 @@
 #include "app/state.h"
 #include "buffer/buffer_view.h"
 #include "functions/device_run.h"
+#include "link/exchange.h"
 #include "tests/support/virtual_machine.h"
 
 #include <array>
@@ -31,6 +32,9 @@ struct RecordingWindow final : modFunc::RunWindow {
 
 class RunTest : public testing::Test, protected modFunc::BufferView {
 protected:
+    using FunctionCode = modFunc::FunctionCode;
+    using enum modFunc::FunctionCode;
+
     RunTest() {
         modFunc::ResetState();
         modFunc::InitFamilyTable();
@@ -64,12 +68,12 @@ protected:
         for (std::size_t i = 0; i < bytes.size(); ++i)
             bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
     }
-    void autoSequence(const std::vector<int>& codes) {
+    void autoSequence(const std::vector<FunctionCode>& codes) {
         modFunc::state().AutoCount = static_cast<std::int16_t>(codes.size());
         for (std::size_t i = 0; i < codes.size(); ++i)
             modFunc::state().AutoList.at(i + 1) = static_cast<std::int16_t>(codes[i]);
     }
-    void run(int code) { modFunc::DeviceRun(window).Run(code); }
+    void run(FunctionCode code) { modFunc::DeviceRun(window).Run(static_cast<int>(code)); }
 
     // The frames that the box got.
     std::vector<std::string> frames() {

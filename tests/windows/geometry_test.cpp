@@ -48,7 +48,7 @@ protected:
         return widget->property(property).toString();
     }
 
-    QtMachine machine;
+    QtMachine machine{modFunc::state().AppPath};
     std::map<std::string, std::unique_ptr<QWidget>> windows;
 };
 

@@ -70,7 +70,7 @@ protected:
     std::string chip(std::size_t bytes) { return folder.read("chip.bin").substr(0, bytes); }
     // The main window, loaded and shown.
     void start() {
-        machine = std::make_unique<QtMachine>();
+        machine = std::make_unique<QtMachine>(folder.path());
         mdi = std::make_unique<mdiMain>(*machine);
         modFunc::state().TimedOut = false;
         mdi->Load();

@@ -1,6 +1,9 @@
 // What takes more than a play: a click on a digit, and events that come during a run.
 #include "functions/device_run.h"
+#include "link/exchange.h"
 #include "tests/windows/window_fixture.h"
+
+#include <algorithm>
 
 using namespace modFunc;
 
@@ -29,7 +32,7 @@ class Meddler {
 public:
     explicit Meddler(mdiMain& main) : main_(main) {
         QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
-            if (DeviceRun::UnderWay())
+            if ((CurrentLinkUser() == LinkUser::Run))
                 meddle();
         });
         timer_.start(10);
@@ -101,14 +104,16 @@ TEST_F(Windows, NoEventReachesARun) {
     startBox('\xFF', slow);
     start();
     state().DeviceList[1].Size = 256;
-    constexpr int sequence[] = {Erase, Blank, Program, Verify, Read, Verify, Lock};
+    using enum FunctionCode;
+    constexpr FunctionCode sequence[] = {Erase, Blank, Program, Verify, Read, Verify, Lock};
     state().AutoCount = std::size(sequence);
-    std::copy(std::begin(sequence), std::end(sequence), state().AutoList.begin() + 1);
+    std::ranges::transform(sequence, state().AutoList.begin() + 1,
+                           [](FunctionCode code) { return static_cast<std::int16_t>(code); });
     state().BufferData.assign(70001, 0x3C);
     trigger("BufferEdit");
     Meddler meddler(*mdi);
     when("frmFunction", [](QWidget& form) {
-        in<QListWidget>(form, "listFunction")->setCurrentRow(Auto);
+        in<QListWidget>(form, "listFunction")->setCurrentRow(static_cast<int>(FunctionCode::Auto));
         click(form, "cmdRun");
         EXPECT_FALSE(form.isVisible());
     });
@@ -129,7 +134,7 @@ TEST_F(Windows, ARequestToCloseTheFunctionWindowWaitsForTheRunsEnd) {
     trigger("BufferEdit");
     const Meddler meddler(*mdi);
     when("frmFunction", [](QWidget& form) {
-        in<QListWidget>(form, "listFunction")->setCurrentRow(Blank);
+        in<QListWidget>(form, "listFunction")->setCurrentRow(static_cast<int>(FunctionCode::Blank));
         click(form, "cmdRun");
         EXPECT_FALSE(form.isVisible());
         EXPECT_EQ(in<QLabel>(form, "lblMsg(0)")->text(),

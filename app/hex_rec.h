@@ -10,7 +10,7 @@ inline constexpr int hexRecordDataBytes = 51;
 
 // One record of an Intel HEX file.
 struct HexRec {
-    std::string Line;            // the record's text, as far as data can reach in it
+    std::string Line;            // the record's text, up to the last character that data can reach
     std::int16_t Length = 0;     // byte count field, 0..51 once accepted
     std::int32_t Address = 0;    // address field, 0..65535
     std::int16_t RecordType = 0; // 0 data; any other ends the data

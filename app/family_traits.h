@@ -1,0 +1,64 @@
+// What a chip family's number decides, besides the bytes of its row in FamilyTable: the one place
+// where a family number is compared.
+#pragma once
+
+#include "app/family_table.h"
+
+namespace modFunc {
+
+// How Erase works.
+enum class ErasePath {
+    None,    // not supported
+    Pulses,  // supplies and socket set up, then two erase frames of parameter 00
+    ChipCode // socket set up, then one erase frame with the chip code and two replies
+};
+
+// How Program works after the supplies are set.
+enum class WritePath {
+    None,   // it ends there
+    Blocks, // 256 bytes at a time
+    Pages   // the device's PageSize at a time
+};
+
+// The frame that sets up the socket for Program.
+enum class WriteSetUp {
+    WriteSocket, // "T", with the pin patterns of Program and Read
+    ReadSocket   // "S", with the pin pattern of Read
+};
+
+// The chip in the drawing of the socket.
+enum class ChipOutline { Long, Middle, Short };
+
+struct FamilyTraits {
+    bool inTable = false; // FamilyTable has a row of this number, filled or not
+    ErasePath erase = ErasePath::None;
+    int erasePasses = 1; // when Erase is run by itself; an Auto entry always makes one
+    WritePath write = WritePath::None;
+    WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
+    bool canLock = false;
+    int lockPasses = 2; // also counted where Lock is not supported
+    ChipOutline outline = ChipOutline::Short;
+};
+
+// Any number has traits; a device function rejects one that is not in the table.
+constexpr FamilyTraits TraitsOf(int family) {
+    FamilyTraits traits;
+    traits.inTable = family >= 0 && family <= lastFamily;
+    if (family < 20) {
+        traits.erase = ErasePath::Pulses;
+        traits.erasePasses = family == 4 ? 2 : 1;
+        traits.write = WritePath::Blocks;
+        traits.writeSetUp = WriteSetUp::WriteSocket;
+        traits.canLock = true;
+        traits.lockPasses = family == 2 || family == 4 ? 3 : 2;
+        traits.outline = family < 10 ? ChipOutline::Long : ChipOutline::Middle;
+    } else if (family < 30) {
+        traits.write = WritePath::Pages;
+    } else if (family < 40) {
+        traits.erase = ErasePath::ChipCode;
+        traits.write = WritePath::Blocks;
+    }
+    return traits;
+}
+
+} // namespace modFunc
