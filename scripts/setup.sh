@@ -7,7 +7,7 @@ packages=(
     # building
     cmake ninja-build g++ qt6-base-dev qt6-serialport-dev
     # tests and their checks
-    libgtest-dev clang-format
+    libgtest-dev clang-format clang-tidy
     # measuring
     libbenchmark-dev
     # a screen of its own for the program, with a window manager, keys and pictures

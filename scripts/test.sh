@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting,
-# builds the release and its package and has that judged.
-# The last line counts the tests; the status is 0 only if everything was well.
+# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting
+# and the sources by clang-tidy, builds the release and its package and checks that by lintian.
+# The last line counts the tests; the status is 0 only if nothing failed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -11,10 +11,11 @@ code_folders=(app link functions buffer files shell platform simbox)
 results=$PWD/build/ci/results.xml
 test_status=0
 format_status=0
+lint_status=0
 package_status=0
 
 build() {
-    cmake --preset ci >/dev/null # what goes wrong is on the error output
+    cmake --preset ci >/dev/null # errors go to the error output
     cmake --build --preset ci -- --quiet
 }
 
@@ -42,6 +43,19 @@ check_format() {
     else
         format_status=1
         echo "formatting: FAILED; clang-format -i puts it right"
+    fi
+}
+
+# Its findings are errors, see .clang-tidy.
+check_lint() {
+    echo
+    local files
+    mapfile -t files < <(sources "${code_folders[@]}" | grep '\.cpp$')
+    if printf '%s\n' "${files[@]}" | xargs -P 2 -n 4 clang-tidy -p build/ci --quiet 2>/dev/null; then
+        echo "clang-tidy: nothing found in ${#files[@]} sources"
+    else
+        lint_status=1
+        echo "clang-tidy: FAILED"
     fi
 }
 
@@ -86,7 +100,8 @@ count() {
 build
 run_tests
 check_format
+check_lint
 check_package
 show_test_share
 count
-((test_status == 0 && format_status == 0 && package_status == 0))
+((test_status == 0 && format_status == 0 && lint_status == 0 && package_status == 0))
