@@ -9,6 +9,7 @@ namespace simbox {
 namespace {
 
 constexpr std::int64_t partialFrameLifeUs = 1'000'000;
+constexpr std::size_t portionBytes = 32; // what a USB bridge hands over at once
 constexpr std::uint8_t extraByte = 0xEE;
 
 std::string nameOf(char letter) {
@@ -81,7 +82,7 @@ void Box::receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
         return;
     }
     for (const std::uint8_t value : bytes) {
-        incoming_.push_back({incomingPace_.next(nowUs), value});
+        incoming_.push_back({incomingPace_.next(nowUs, 1), value});
     }
     advance(nowUs);
 }
@@ -92,7 +93,7 @@ std::optional<std::int64_t> Box::nextEventUs() const {
         next = next ? std::min(*next, timeUs) : timeUs;
     };
     if (!outgoing_.empty()) {
-        consider(outgoing_.front().atUs[outgoing_.front().sent]);
+        consider(outgoing_.front().atUs);
     }
     if (partial_.empty() && incoming_.empty()) {
         return next;
@@ -111,18 +112,12 @@ std::optional<std::int64_t> Box::nextEventUs() const {
 std::vector<std::uint8_t> Box::take(std::int64_t nowUs) {
     advance(nowUs);
     std::vector<std::uint8_t> due;
-    while (!outgoing_.empty()) {
-        OutgoingPiece& piece = outgoing_.front();
-        for (; piece.sent < piece.bytes.size() && piece.atUs[piece.sent] <= nowUs; ++piece.sent) {
-            if (piece.sent == 0) {
-                trace(piece.atUs.front(), '<', piece.bytes, piece.meaning);
-            }
-            due.push_back(piece.bytes[piece.sent]);
+    for (; !outgoing_.empty() && outgoing_.front().atUs <= nowUs; outgoing_.pop_front()) {
+        const Portion& portion = outgoing_.front();
+        if (traceSink_ && !portion.traceText.empty()) {
+            traceSink_(portion.traceText);
         }
-        if (piece.sent < piece.bytes.size()) {
-            break;
-        }
-        outgoing_.pop_front();
+        due.insert(due.end(), portion.bytes.begin(), portion.bytes.end());
     }
     return due;
 }
@@ -210,37 +205,34 @@ void Box::spoil(Reply& reply, std::span<const Fault> faults) const {
 void Box::pull(std::int64_t timeUs) {
     pulled_ = true;
     incoming_.clear();
-    // What was on the wire before still arrives.
-    for (OutgoingPiece& piece : outgoing_) {
-        const auto cut = std::upper_bound(piece.atUs.begin(), piece.atUs.end(), timeUs);
-        piece.bytes.resize(static_cast<std::size_t>(cut - piece.atUs.begin()));
-        piece.atUs.erase(cut, piece.atUs.end());
-    }
-    std::erase_if(outgoing_,
-                  [](const OutgoingPiece& piece) { return piece.sent == piece.bytes.size(); });
+    // A portion that has not filled by then is lost in the bridge.
+    std::erase_if(outgoing_, [timeUs](const Portion& portion) { return portion.atUs > timeUs; });
     trace(timeUs, '<', {}, "cable pulled");
 }
 
 void Box::queueReply(std::int64_t timeUs, const Reply& reply) {
-    std::int64_t readyUs = timeUs + reply.delayUs;
+    const std::int64_t readyUs = timeUs + reply.delayUs;
     if (reply.bytes.empty()) {
         trace(readyUs, '<', {}, "no reply by a fault");
         return;
     }
-    OutgoingPiece piece;
-    piece.meaning = reply.meaning;
-    for (std::size_t index = 0; index < reply.bytes.size(); ++index) {
-        if (index == reply.gapIndex) {
-            readyUs = (piece.atUs.empty() ? readyUs : piece.atUs.back()) + reply.gapUs;
-            if (!piece.bytes.empty()) {
-                outgoing_.push_back(std::exchange(piece, {}));
-            }
-            piece.meaning = reply.meaning + ", continued";
-        }
-        piece.atUs.push_back(outgoingPace_.next(readyUs));
-        piece.bytes.push_back(reply.bytes[index]);
+    const auto bytes = std::span(reply.bytes);
+    const std::size_t gap = std::min(reply.gapIndex, bytes.size());
+    const std::int64_t endUs = queueUnit(readyUs, bytes.first(gap), reply.meaning);
+    queueUnit(endUs + reply.gapUs, bytes.subspan(gap), reply.meaning + ", continued");
+}
+
+std::int64_t Box::queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
+                            const std::string& meaning) {
+    std::int64_t endUs = readyUs;
+    for (std::size_t start = 0; start < bytes.size(); start += portionBytes) {
+        const auto part = bytes.subspan(start, std::min(portionBytes, bytes.size() - start));
+        endUs = outgoingPace_.next(readyUs, part.size());
+        outgoing_.push_back({endUs,
+                             {part.begin(), part.end()},
+                             start == 0 ? traceLine(endUs, '<', bytes, meaning) : ""});
     }
-    outgoing_.push_back(std::move(piece));
+    return endUs;
 }
 
 void Box::complain(std::int64_t timeUs, const std::string& text) {

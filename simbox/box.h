@@ -22,6 +22,11 @@ namespace simbox {
 // A frame counts as received when its last byte is in. It is then answered, or refused: a refused
 // frame changes nothing, gets no reply and leaves a complaint. An incomplete frame is dropped with
 // a complaint one second after its first byte. Any byte sequence is survived.
+//
+// With pacing a reply arrives as from a USB bridge: in portions of 32 bytes, each when its last
+// byte has come over the wire, and the rest at the time of its last byte. The two parts of a reply
+// with a gap are divided into portions separately. A pulled cable loses the portion that was
+// filling.
 class Box {
 public:
     explicit Box(Options options = {});
@@ -38,7 +43,7 @@ public:
     // that complete by then are carried out here (or in `receive`), not before.
     std::vector<std::uint8_t> take(std::int64_t nowUs);
 
-    // A pull fault has struck: bytes due before it still come out of `take`, nothing after.
+    // A pull fault has struck: portions due before it still come out of `take`, nothing after.
     bool cablePulled() const { return pulled_; }
 
     const std::vector<std::string>& complaints() const { return complaints_; }
@@ -61,12 +66,11 @@ private:
         std::int64_t atUs;
         std::uint8_t value;
     };
-    // Bytes that follow each other without a gap.
-    struct OutgoingPiece {
-        std::vector<std::int64_t> atUs;
+    // Reply bytes that arrive together.
+    struct Portion {
+        std::int64_t atUs;
         std::vector<std::uint8_t> bytes;
-        std::size_t sent = 0;
-        std::string meaning;
+        std::string traceText; // empty for those after the first of a reply
     };
 
     void advance(std::int64_t nowUs);
@@ -76,6 +80,9 @@ private:
     void spoil(Reply& reply, std::span<const Fault> faults) const;
     void pull(std::int64_t timeUs);
     void queueReply(std::int64_t timeUs, const Reply& reply);
+    // Queues bytes that follow each other without a gap, and gives the time of the last.
+    std::int64_t queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
+                           const std::string& meaning);
     void complain(std::int64_t timeUs, const std::string& text);
     void trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
                const std::string& meaning) const;
@@ -87,7 +94,7 @@ private:
     std::deque<IncomingByte> incoming_; // still on the wire
     std::vector<std::uint8_t> partial_; // bytes in, of a frame not yet complete
     std::int64_t partialSinceUs_ = 0;
-    std::deque<OutgoingPiece> outgoing_;
+    std::deque<Portion> outgoing_;
     std::vector<Frame> frames_;
     std::map<char, std::uint32_t> letterCounts_;
     std::vector<std::string> complaints_;

@@ -91,8 +91,8 @@ bool lengthFits(char letter, std::size_t length) {
 // 10 bits a byte, in nanoseconds, so that rounding does not add up over a frame.
 WirePace::WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
 
-std::int64_t WirePace::next(std::int64_t readyUs) {
-    freeNs_ = std::max(freeNs_, readyUs * 1000) + byteNs_;
+std::int64_t WirePace::next(std::int64_t readyUs, std::size_t bytes) {
+    freeNs_ = std::max(freeNs_, readyUs * 1000) + byteNs_ * static_cast<std::int64_t>(bytes);
     return (freeNs_ + 999) / 1000;
 }
 

@@ -31,14 +31,14 @@ std::uint32_t lengthOf(std::span<const std::uint8_t> frameBytes);
 bool lengthFits(char letter, std::size_t length);
 bool letterKnown(char letter);
 
-// One direction of the line: when each byte is through it, one after another.
+// One direction of the line: when the bytes are through it, one after another.
 class WirePace {
 public:
     // `baud` 0: bytes take no time.
     explicit WirePace(std::uint32_t baud);
-    // Time (microseconds, rounded up) at which the next byte is through, its first bit leaving no
-    // earlier than `readyUs` and not before the byte in front of it is through.
-    std::int64_t next(std::int64_t readyUs);
+    // Time (microseconds, rounded up) at which the last of the next `bytes` bytes is through, the
+    // first bit leaving no earlier than `readyUs` and not before the byte in front is through.
+    std::int64_t next(std::int64_t readyUs, std::size_t bytes);
 
 private:
     std::int64_t byteNs_;
