@@ -4,7 +4,7 @@
 #include "app/state.h"
 #include "buffer/image.h"
 #include "buffer/page_text.h"
-#include "platform/qt/form.h"
+#include "platform/qt/controls.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -65,9 +65,9 @@ int keyCodeFor(int key) {
 }
 
 // White on navy, in the middle.
-QLabel* addHexLabel(QWidget* parent, const char* name, const Place& place) {
+QLabel* addHexLabel(QWidget* parent, const char* name, const TwipsRect& rect) {
     QLabel* label =
-        addLabel(parent, name, QStringLiteral("0000"), place, fixedFont(points9_75, QFont::Bold));
+        addLabel(parent, name, QStringLiteral("0000"), rect, fixedFont(points9_75, QFont::Bold));
     label->setAlignment(Qt::AlignCenter);
     setTextColour(label, Qt::white);
     QPalette colours = label->palette();
@@ -153,11 +153,11 @@ frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent), editor_(selectedDevice(
 
     txtBuffer = new PageBox(this);
     txtBuffer->setObjectName(QStringLiteral("txtBuffer"));
-    txtBuffer->setGeometry(Place{120, 360, 9975, 3615}.rect());
+    txtBuffer->setGeometry(TwipsRect{120, 360, 9975, 3615}.inPixels());
     txtBuffer->setAccessibleName(tr("Buffer"));
     vsc = new QScrollBar(Qt::Vertical, this);
     vsc->setObjectName(QStringLiteral("vsc"));
-    vsc->setGeometry(Place{9840, 360, 255, 3615}.rect());
+    vsc->setGeometry(TwipsRect{9840, 360, 255, 3615}.inPixels());
     vsc->setAccessibleName(tr("Buffer line"));
     vsc->setFocusPolicy(Qt::StrongFocus);
     vsc->setSingleStep(1);

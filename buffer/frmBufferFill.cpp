@@ -4,6 +4,7 @@
 #include "app/state.h"
 #include "buffer/image.h"
 #include "platform/machine.h"
+#include "platform/qt/controls.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -3,6 +3,7 @@
 #include "platform/qt/form.h"
 
 class QLineEdit;
+class QPushButton;
 
 // What Buffer Fill writes and where. Leaves FillConfirmed, and on OK FillByte, FillStart and
 // FillLength, within the image.

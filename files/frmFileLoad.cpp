@@ -4,6 +4,7 @@
 #include "app/state.h"
 #include "files/hex_file.h"
 #include "platform/machine.h"
+#include "platform/qt/controls.h"
 
 #include <QGroupBox>
 #include <QLineEdit>
@@ -16,10 +17,11 @@ namespace {
 
 constexpr int indicatorPixels = 22; // the button's circle and its gap
 
-QRadioButton* addOption(QWidget* frame, const char* name, const QString& text, const Place& place) {
+QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
+                        const TwipsRect& rect) {
     auto* option = new QRadioButton(text, frame);
     option->setObjectName(QString::fromLatin1(name));
-    option->setGeometry(place.rect());
+    option->setGeometry(rect.inPixels());
     option->setFont(sansFont());
     fitText(option, indicatorPixels);
     return option;

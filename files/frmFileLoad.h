@@ -3,6 +3,7 @@
 #include "platform/qt/form.h"
 
 class QLineEdit;
+class QPushButton;
 class QRadioButton;
 
 // File type and offsets, asked before every load and save. Leaves FileCancelled, and on OK

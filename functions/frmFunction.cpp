@@ -3,6 +3,8 @@
 #include "app/hex_text.h"
 #include "app/state.h"
 #include "link/exchange.h"
+#include "platform/qt/controls.h"
+#include "platform/qt/list.h"
 
 #include <QAccessible>
 #include <QCloseEvent>
@@ -18,7 +20,7 @@ using namespace modFunc;
 
 namespace {
 
-constexpr Place track{1680, 2760, 3015, 135};
+constexpr TwipsRect track{1680, 2760, 3015, 135};
 
 // Has a screen reader say what a label shows now, wherever the focus is.
 void announce(QLabel* label) {
@@ -45,8 +47,8 @@ frmFunction::frmFunction(QWidget* owner)
     }
 
     addChipRange();
-    shpBG = new Shape(this, "shpBG", Qt::white, track);
-    shpProgress = new Shape(this, "shpProgress", QColor(192, 0, 0), track);
+    shpBG = addRectangle(this, "shpBG", Qt::white, track);
+    shpProgress = addRectangle(this, "shpProgress", QColor(192, 0, 0), track);
     shpProgress->resize(0, shpProgress->height());
     lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255},
                            fixedFont(points9_75, QFont::Bold));

@@ -8,6 +8,7 @@
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QPushButton;
 
 // The window from which a chip is driven. It shows a run and starts it; the run itself knows no
 // window and outlives this one when Read closes it.
@@ -41,8 +42,8 @@ private:
     QLineEdit* txtChipEnd;
     QLineEdit* txtBufferStart;
     QLineEdit* txtBufferEnd;
-    Shape* shpBG;
-    Shape* shpProgress;
+    QWidget* shpBG;
+    QWidget* shpProgress;
     QLabel* lblProgress;
     QPushButton* cmdRun;
     QPushButton* cmdClose;

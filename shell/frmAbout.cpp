@@ -1,15 +1,16 @@
 #include "shell/frmAbout.h"
 
 #include "app/state.h"
+#include "platform/qt/controls.h"
 
 #include <QLabel>
 #include <QPushButton>
 
 namespace {
 
-void addLine(QWidget* parent, const char* name, const QString& text, const Place& place,
+void addLine(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
              const QFont& font, const QColor& colour) {
-    QLabel* label = addLabel(parent, name, text, place, font);
+    QLabel* label = addLabel(parent, name, text, rect, font);
     label->setAlignment(Qt::AlignCenter);
     setTextColour(label, colour);
 }

@@ -2,6 +2,8 @@
 
 #include "platform/qt/form.h"
 
+class QPushButton;
+
 // The splash of the start, without a button, and the About box, with one.
 class frmAbout : public Form {
     Q_OBJECT

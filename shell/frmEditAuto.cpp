@@ -3,6 +3,8 @@
 #include "app/startup.h"
 #include "app/state.h"
 #include "functions/device_run.h"
+#include "platform/qt/controls.h"
+#include "platform/qt/list.h"
 
 #include <QListWidget>
 #include <QPushButton>

@@ -3,6 +3,7 @@
 #include "platform/qt/form.h"
 
 class QListWidget;
+class QPushButton;
 
 // Edits the Auto sequence. OK stores it in AutoCount and AutoList and at once in auto.cfg.
 class frmEditAuto : public Form {

@@ -3,6 +3,8 @@
 #include "app/family_traits.h"
 #include "app/state.h"
 #include "app/status_bar.h"
+#include "platform/qt/controls.h"
+#include "platform/qt/list.h"
 
 #include <QListWidget>
 #include <QPainter>
@@ -12,13 +14,13 @@ using namespace modFunc;
 
 namespace {
 
-// An outline, one pixel wide, around the place it was given.
+// An outline, one pixel wide, along the inside of its edges.
 class Outline : public QWidget {
 public:
-    Outline(QWidget* parent, const char* name, const QColor& colour, const Place& place)
+    Outline(QWidget* parent, const char* name, const QColor& colour, const TwipsRect& twips)
         : QWidget(parent), colour_(colour) {
         setObjectName(QString::fromLatin1(name));
-        setGeometry(place.rect());
+        setGeometry(twips.inPixels());
         setAttribute(Qt::WA_TransparentForMouseEvents);
     }
 
@@ -56,9 +58,9 @@ frmSelectDevice::frmSelectDevice(QWidget* owner)
 // The socket, and a chip in it at the lower end, whatever its length.
 void frmSelectDevice::addSocket() {
     const QColor blue(0, 0, 255);
-    constexpr Place stroke{3563, 2040, 75, 120}; // five pixels wide, its middle at 3600
+    constexpr TwipsRect stroke{3563, 2040, 75, 120}; // five pixels wide, its middle at 3600
     giveLightGround(new Outline(this, "Shape1", Qt::black, {3000, 120, 615, 1935}));
-    new Shape(this, "Line1", palette().color(QPalette::WindowText), stroke);
+    addRectangle(this, "Line1", palette().color(QPalette::WindowText), stroke);
     shp1[1] = new Outline(this, "shp1(1)", blue, {3120, 240, 375, 1695});
     shp1[2] = new Outline(this, "shp1(2)", blue, {3120, 960, 375, 975});
     shp1[3] = new Outline(this, "shp1(3)", blue, {3120, 1560, 375, 375});

@@ -5,6 +5,7 @@
 #include <array>
 
 class QListWidget;
+class QPushButton;
 
 // The device catalogue, with a drawing of where the chip goes in the socket. OK or a double click
 // makes the highlighted device the selected one; the caller closes the buffer view then.

@@ -2,6 +2,7 @@
 
 #include "app/state.h"
 #include "platform/machine.h"
+#include "platform/qt/controls.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -23,7 +24,7 @@ frmSettings::frmSettings(QWidget* owner)
     auto* Frame1 = addFrame(this, "Frame1", tr("Select Port:"), {120, 120, 2055, 855});
     cmbCOM = new QComboBox(Frame1);
     cmbCOM->setObjectName(QStringLiteral("cmbCOM"));
-    cmbCOM->setGeometry(Place{360, 360, 1335, 315}.rect());
+    cmbCOM->setGeometry(TwipsRect{360, 360, 1335, 315}.inPixels());
     cmbCOM->setFont(sansFont());
     cmbCOM->setAccessibleName(tr("Port"));
     cmbCOM->setEditable(true);

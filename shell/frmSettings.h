@@ -3,6 +3,7 @@
 #include "platform/qt/form.h"
 
 class QComboBox;
+class QPushButton;
 
 // The serial port. OK sets ComPort, 1..16; whoever opened the window looks for the box afterwards,
 // however it was left.

@@ -2,7 +2,8 @@
 
 #include "platform/file_error.h"
 #include "platform/files.h"
-#include "platform/qt/form.h"
+#include "platform/qt/fonts.h"
+#include "platform/qt/twips.h"
 #include "platform/rich_text.h"
 
 #include <QBuffer>

@@ -5,6 +5,7 @@
 #include "buffer/frmBufferFill.h"
 #include "files/frmFileLoad.h"
 #include "functions/frmFunction.h"
+#include "platform/qt/controls.h"
 #include "platform/qt/qt_machine.h"
 #include "shell/frmAbout.h"
 #include "shell/frmEditAuto.h"

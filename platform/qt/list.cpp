@@ -1,0 +1,46 @@
+#include "platform/qt/list.h"
+
+#include "platform/qt/fonts.h"
+
+#include <QKeyEvent>
+#include <QListWidget>
+
+namespace {
+
+class List : public QListWidget {
+public:
+    using QListWidget::QListWidget;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool moves = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down ||
+                           event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
+        if (moves && currentItem() && selectedItems().isEmpty())
+            currentItem()->setSelected(true);
+        else
+            QListWidget::keyPressEvent(event);
+    }
+
+    // No row is shown in part.
+    void showEvent(QShowEvent* event) override {
+        QPalette colours = palette();
+        colours.setBrush(QPalette::Window, colours.base()); // of the strip left below the last row
+        setPalette(colours);
+        setAutoFillBackground(true);
+        if (const int row = sizeHintForRow(0); row > 0)
+            setViewportMargins(0, 0, 0, (height() - 2 * frameWidth()) % row);
+        QListWidget::showEvent(event);
+    }
+};
+
+} // namespace
+
+QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
+                     const TwipsRect& rect) {
+    auto* list = new List(parent);
+    list->setObjectName(QString::fromLatin1(name));
+    list->setGeometry(rect.inPixels());
+    list->setFont(sansFont());
+    list->setAccessibleName(accessibleName);
+    return list;
+}
