@@ -19,10 +19,10 @@ void DeviceRun::Run(int index) {
         return;
     const LinkUse use(LinkUser::Run);
     auto& m = machine();
-    m.cm.setLastFrames(PowerDownFrames());
+    m.cm.setCrashFrames(PowerDownFrames());
     m.tmrWait.Tick = [this] { tmrWait_Timer(); };
     const auto release = [&m] {
-        m.cm.setLastFrames({});
+        m.cm.setCrashFrames({});
         m.tmrWait.Tick = nullptr;
     };
     try {

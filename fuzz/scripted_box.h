@@ -48,11 +48,7 @@ public:
 
 private:
     void setCommPort(int) override { check(!open, "an open port keeps its number"); }
-    void setSettings(const std::string&) override {}
-    void setRThreshold(int) override {}
-    void setInputModeBinary() override {}
-    void setLastFrames(const Bytes&) override {}
-    void AwaitBytes(std::int16_t) override {}
+    void setCrashFrames(const Bytes&) override {}
     bool PortOpen() const override { return open; }
     void Open() override {
         if (cannotOpen)

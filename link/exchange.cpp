@@ -38,7 +38,6 @@ void WaitReply() {
     m.totmr.setInterval(replyTimeoutMs);
     s.TimedOut = false;
     m.totmr.setEnabled(true);
-    m.cm.AwaitBytes(s.RxExpected);
     while (m.cm.InBufferCount() < s.RxExpected && !s.TimedOut)
         m.events.Yield();
     if (m.cm.InBufferCount() == s.RxExpected)

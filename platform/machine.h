@@ -20,38 +20,31 @@ struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the box: byte transparent, no flow control, polled. A line that is lost
-// while open raises nothing: it takes no more bytes and gives none.
+// The serial line to the programmer: 57600 baud, byte transparent, no flow control, polled. A line
+// that is lost while open raises no error: it takes no more bytes and delivers none.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
-    // The properties below hold from the next opening on.
+    // 1..16; holds from the next opening on.
     virtual void setCommPort(int number) = 0;
-    virtual void setSettings(const std::string& settings) = 0; // such as "57600,N,8,1"
-    virtual void setRThreshold(int bytes) = 0;                 // 0: no receive events
-    virtual void setInputModeBinary() = 0;
 
     virtual bool PortOpen() const = 0;
     // Opens port `CommPort` with DTR asserted and RTS not. Throws PortError; the port is closed
     // then.
     virtual void Open() = 0;
-    // Closes the port and drops what was queued. Nothing happens on a closed port.
+    // Closes the port and drops what was queued. No effect on a closed port.
     virtual void Close() = 0;
 
     // Hands all bytes to the system at once and returns without waiting for them to leave.
     virtual void Output(const Bytes& frame) = 0;
     // Number of bytes that have arrived and wait, the system's own queue included; at most 32767.
     virtual std::int16_t InBufferCount() = 0;
-    // The caller is about to yield until so many bytes wait: fewer need not end a Yield. To be told
-    // anew before each such wait.
-    virtual void AwaitBytes(std::int16_t bytes) = 0;
-    // Takes all waiting bytes; empty when none wait. Of a line that never rests so many as can be
-    // counted, and hardly a read beyond.
+    // Takes all waiting bytes; empty when none wait. On a line that delivers without end, about
+    // 32767.
     virtual Bytes Input() = 0;
 
-    // Frames that go out by themselves should the process end in a way that no one can handle any
-    // more. Empty: none.
-    virtual void setLastFrames(const Bytes& frames) = 0;
+    // Power-down frames that are sent on a crash, when no code of ours runs any more. Empty: none.
+    virtual void setCrashFrames(const Bytes& frames) = 0;
 };
 
 // A repeating timer. Its ticks are events: they come out of EventQueue::Yield and of the loops of

@@ -26,7 +26,7 @@ TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {
     autoSequence({Read, Verify, Read});
     bool underWayAfterClosing = false;
     const std::string powerDown = "00 00 00 04 56 00 00 00 00 00 00 02 53 00";
-    vm.at(1000, [&] { EXPECT_EQ(hexText(vm.port.lastFrames), powerDown); });
+    vm.at(1000, [&] { EXPECT_EQ(hexText(vm.port.crashFrames), powerDown); });
     vm.at(1000,
           [&] { underWayAfterClosing = window.closed && (CurrentLinkUser() == LinkUser::Run); });
     run(Auto);
@@ -54,7 +54,7 @@ TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
     device(1, 256);
     vm.at(300, [] { throw std::runtime_error("anything"); });
     EXPECT_THROW(run(Blank), std::runtime_error);
-    EXPECT_TRUE(vm.port.lastFrames.empty());
+    EXPECT_TRUE(vm.port.crashFrames.empty());
     expectPoweredDown();
     EXPECT_FALSE(LinkInUse());
 }

@@ -29,24 +29,20 @@ struct VirtualTimer final : platform::Timer {
 struct BoxPort final : platform::SerialPort {
     explicit BoxPort(const std::int64_t& clock) : nowUs(clock) {}
     void setCommPort(int number) override;
-    void setSettings(const std::string&) override {}
-    void setRThreshold(int) override {}
-    void setInputModeBinary() override {}
     bool PortOpen() const override { return open; }
     void Open() override;
     void Close() override;
     void Output(const Bytes& frame) override;
     std::int16_t InBufferCount() override;
-    void AwaitBytes(std::int16_t) override {}
     Bytes Input() override;
-    void setLastFrames(const Bytes& frames) override { lastFrames = frames; }
+    void setCrashFrames(const Bytes& frames) override { crashFrames = frames; }
 
     const std::int64_t& nowUs;
     std::unique_ptr<simbox::Box> box;
     std::string openError; // not empty: opening fails with it
     int commPort = 0;
     bool open = false;
-    Bytes lastFrames;
+    Bytes crashFrames;
     Bytes queue;        // arrived and not read; a test may put stale bytes here
     int staleSends = 0; // frames that went out while bytes waited unread
 };

@@ -1,27 +1,25 @@
-// The cable pulled at every frame of every function: the other side of a real pseudo-terminal is
-// closed. Each case waits for real time-outs, so they run in many processes at once (ctest -R
-// cable).
-#include "tests/support/table_file.h"
+// The cable pulled during a run: the other side of a real pseudo-terminal is closed. Every frame of
+// every function is covered in virtual time, by the fault tests; here it is the port and the
+// windows.
 #include "tests/windows/window_fixture.h"
-
-#include <ctime>
 
 using namespace modFunc;
 
 namespace {
 
 struct Pull {
-    std::vector<std::string> run; // a row of tests/windows/pulls.txt
-    std::size_t frame;            // at which the cable goes, from 0
+    const char* name;
+    const char* function;
+    int frame; // at which the cable is pulled; the first of the run is 2
+    const char* line;
+    bool noticed; // by the function: it checks the replies to read and write frames only
 };
 
-std::vector<Pull> allPulls() {
-    std::vector<Pull> pulls;
-    for (const auto& run : readTable(TEST_FILES "/windows/pulls.txt"))
-        for (std::size_t frame = 0; frame < run.at(2).size(); ++frame)
-            pulls.push_back({run, frame});
-    return pulls;
-}
+constexpr Pull pulls[] = {
+    {"ReadAtABlock", "Read", 5, "Reading ...   Device Fault!", true},
+    {"EraseAtItsFirstFrame", "Erase", 2, "Erasing ...OK", false},
+    {"VerifyAtItsLastFrame", "Verify", 7, "Verifying ...   OK!", false},
+};
 
 class CablePulled : public Windows, public testing::WithParamInterface<Pull> {
 protected:
@@ -38,57 +36,37 @@ protected:
         trigger("DeviceFunction");
         return line;
     }
-    // Leaves the settings with a fresh box plugged in. So many tests run at once that a box may
-    // miss its tenth of a second.
-    void findBox(const QStringList& options = {}) {
-        state().ProgrammerFound = false;
-        for (int tries = 10; tries > 0 && !state().ProgrammerFound; --tries) {
-            box.terminate();
-            EXPECT_TRUE(boxEnds());
-            startBox('\xFF', options);
-            when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
-            trigger("OptionsSettings");
-        }
-        EXPECT_EQ(messages.last(), QStringLiteral("Device Found!: Firmware: SimBox v1.00"));
+    void leaveSettings() {
+        when("frmSettings", [](QWidget& form) { QTest::keyClick(&form, Qt::Key_Escape); });
+        trigger("OptionsSettings");
+        EXPECT_EQ(messages, QStringList{QStringLiteral("Device Found!: Firmware: SimBox v1.00")});
         messages.clear();
-    }
-    // A program that goes on listening to the dead line would take a whole core.
-    static void expectIdle() {
-        const std::clock_t before = std::clock();
-        QTest::qWait(500);
-        EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 40) << "above 5 % of a core";
     }
 };
 
 } // namespace
 
-TEST_P(CablePulled, EndsTheRunAndTheBoxIsFoundAgain) {
-    const auto& [run, frame] = GetParam();
-    const int row = std::stoi(run[0]);
-    const std::string& letters = run[2];
+TEST_P(CablePulled, EndsTheRunAndTheProgrammerIsFoundAgain) {
+    const Pull& pull = GetParam();
+    startBox('\xFF', {QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(pull.frame)});
     start();
-    findBox({QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(frame + 2)});
-    state().SelectedDevice = static_cast<std::int16_t>(row);
-    state().DeviceList.at(std::size_t(row)).Size = 256;
-    const QString line = runFunction(QString::fromStdString(run[1]));
-    EXPECT_EQ(frames().size(), qsizetype(frame) + 2);
-    EXPECT_TRUE(boxEnds());
-    // Only the answers to "R", "D" and "W" are looked at.
-    const std::size_t lastAsked = letters.find_last_of("RDW");
-    const bool missed = lastAsked != std::string::npos && frame <= lastAsked;
-    QString expected = QString::fromStdString(run[3]);
-    if (lastAsked != std::string::npos)
-        expected += missed ? QStringLiteral("   Device Fault!") : QStringLiteral("   OK!");
-    EXPECT_EQ(line, expected);
-    EXPECT_EQ(messages, missed ? QStringList{QStringLiteral("Device Error: Communication Error!")}
-                               : QStringList{});
+    messages.clear();
+    state().SelectedDevice = 1;
+    state().DeviceList[1].Size = 512;
+    EXPECT_EQ(runFunction(QString::fromLatin1(pull.function)), QString::fromLatin1(pull.line));
+    EXPECT_EQ(messages, pull.noticed
+                            ? QStringList{QStringLiteral("Device Error: Communication Error!")}
+                            : QStringList{});
+    messages.clear();
+    EXPECT_EQ(frames().size(), pull.frame);
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
-    expectIdle();
+    EXPECT_FALSE(machine->cm.PortOpen());
+    EXPECT_TRUE(boxEnds());
 
-    findBox();
+    startBox();
+    leaveSettings();
     EXPECT_EQ(runFunction(QStringLiteral("Blank")), QStringLiteral("Blank Checking ...   OK!"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, CablePulled, testing::ValuesIn(allPulls()), [](const auto& each) {
-    return each.param.run[1] + "_" + each.param.run[0] + "_" + std::to_string(each.param.frame);
-});
+INSTANTIATE_TEST_SUITE_P(Every, CablePulled, testing::ValuesIn(pulls),
+                         [](const auto& each) { return each.param.name; });

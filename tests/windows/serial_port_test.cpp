@@ -33,6 +33,11 @@ public:
     void write(const Bytes& bytes) const {
         EXPECT_EQ(::write(master_, bytes.data(), bytes.size()), ssize_t(bytes.size()));
     }
+    termios settings() const {
+        termios line{};
+        tcgetattr(master_, &line);
+        return line;
+    }
     Bytes read() const {
         Bytes bytes(4096);
         bytes.resize(std::size_t(std::max<ssize_t>(::read(master_, bytes.data(), 4096), 0)));
@@ -49,12 +54,12 @@ protected:
         port.setSettings("57600,N,8,1");
         port.Open();
     }
-    // Yields until `bytes` wait on the port, for at most a second.
-    void waitFor(int bytes) {
+    // Yields until `bytes` wait on the port, for at most `limitMs`.
+    void waitFor(int bytes, int limitMs = 1000) {
         QtTimer limit;
         bool over = false;
         limit.Tick = [&] { over = true; };
-        limit.setInterval(1000);
+        limit.setInterval(limitMs);
         limit.setEnabled(true);
         for (; !over && port.InBufferCount() < bytes; ++yields)
             QtEventQueue().Yield();
@@ -66,6 +71,14 @@ protected:
 };
 
 } // namespace
+
+TEST_F(SerialPort, OpensAt57600BaudWithEightBitsAndNoParity) {
+    const termios line = pty.settings();
+    EXPECT_EQ(cfgetispeed(&line), speed_t{B57600});
+    EXPECT_EQ(cfgetospeed(&line), speed_t{B57600});
+    EXPECT_EQ(line.c_cflag & (CSIZE | CSTOPB | PARENB | CRTSCTS), tcflag_t{CS8});
+    EXPECT_EQ(line.c_iflag & (IXON | IXOFF | ISTRIP | ICRNL), tcflag_t{0});
+}
 
 TEST_F(SerialPort, PassesEveryByteValueBothWays) {
     Bytes all(256);
@@ -99,15 +112,26 @@ TEST_F(SerialPort, DropsWhatWasQueuedWhenClosedAndOpensAgain) {
     EXPECT_EQ(port.Input(), Bytes{4});
 }
 
-TEST_F(SerialPort, AHungUpLineGivesNothingAndCostsNothing) {
-    port.AwaitBytes(260); // as in the middle of a long reply
-    pty.hangUp();
-    waitFor(1); // a second
-    EXPECT_LT(yields, 100) << "the dead line is still listened to";
-    EXPECT_FALSE(port.PortOpen());
-    EXPECT_EQ(port.InBufferCount(), 0);
-    EXPECT_TRUE(port.Input().empty());
-    port.Output({1, 2, 3});
+// A dead line that still has a notifier wakes every Yield. The numbers are bytes of a reply that
+// have arrived before.
+TEST_F(SerialPort, AHungUpLineIsClosedAtRestAndInsideAReply) {
+    for (const int arrived : {0, 100}) {
+        SCOPED_TRACE(arrived);
+        Pty line;
+        QtSerialPort hungUp([&](int) { return line.name(); });
+        hungUp.Open();
+        line.write(Bytes(std::size_t(arrived), 0x55));
+        while (hungUp.InBufferCount() < arrived)
+            QtEventQueue().Yield();
+        line.hangUp();
+        yields = 0;
+        waitFor(260, 100); // on the other port, which is silent
+        EXPECT_LT(yields, 20) << "the dead line still wakes the event queue";
+        EXPECT_FALSE(hungUp.PortOpen());
+        EXPECT_EQ(hungUp.InBufferCount(), 0);
+        EXPECT_TRUE(hungUp.Input().empty());
+        hungUp.Output({1, 2, 3});
+    }
 }
 
 namespace {
