@@ -32,6 +32,7 @@ it, and by a role of Atspi.Role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITE
     wait(what, condition, seconds=20)     polls until the condition is true and returns its value
 """
 
+import atexit
 import ctypes
 import os
 import pathlib
@@ -202,13 +203,14 @@ class Program(Process):
 
     def front(self):
         """Its active window. Where another program has the keyboard, this one is given it."""
-        for window in self.windows():
-            if has(window, State.SHOWING) and has(window, State.ACTIVE):
-                return window
-        for number in self.screen.ask("search", "--onlyvisible", "--name", "").split():
-            if self.owns(int(self.screen.ask("getwindowpid", number) or 0)):
-                self.screen.ask("windowactivate", number)
-                break
+        ask = self.screen.ask
+        if not self.owns(int(ask("getactivewindow", "getwindowpid") or 0)):
+            for number in ask("search", "--onlyvisible", "--name", "").split():
+                if self.owns(int(ask("getwindowpid", number) or 0)):
+                    ask("windowactivate", number)
+                    return None
+        return next((window for window in self.windows() if has(window, State.SHOWING)
+                     and has(window, State.ACTIVE)), None)
 
     def window(self, title, seconds=20):
         def there():
@@ -290,39 +292,57 @@ class Program(Process):
         self.press(button)
 
 
-class Screen:
-    def __init__(self, size="1024x768"):
-        signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # takes all down on the way
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="quorven."))  # short: sockets are here
+class Bus:
+    """The accessibility bus, one for all screens of this process: its client library keeps to it.
+    It is no client of any X server, so it outlives them. Ended when Python ends."""
+
+    def __init__(self):
+        # Sockets are here and their names may not be long. Only ours (0700).
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="quorven."))
         (self.folder / "home").mkdir()
         self.processes = []
-        bus = f"unix:path={self.folder}/bus"
-        self.env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
-        self.env |= {"PATH": os.environ["PATH"], "HOME": f"{self.folder}/home", "LC_ALL": "C.UTF-8",
-                     "XDG_RUNTIME_DIR": str(self.folder), "DBUS_SESSION_BUS_ADDRESS": bus,
-                     "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus
-        try:
-            self.start_all(size, bus)
-        except BaseException:
-            self.close()
-            raise
+        atexit.register(self.close)
+        signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # takes all down on the way
+        self.address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/bus"
+        self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + self.address)
+        wait("the message bus", (self.folder / "bus").is_socket)
+        self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+        registry = self.start("/usr/libexec/at-spi2-registryd")
+        wait("the accessibility bus", lambda: "is running" in registry.output())
+        Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
 
-    def start_all(self, size, bus):
+    def start(self, *command):
+        log = self.folder / (os.path.basename(command[0]) + ".txt")
+        env = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+        self.processes.append(Process(command, "/", log, env))
+        return self.processes[-1]
+
+    def close(self):
+        for process in reversed(self.processes):
+            process.stop()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class Screen:
+    bus = None
+
+    def __init__(self, size="1024x768"):
+        Screen.bus = Screen.bus or Bus()
+        folder = Screen.bus.folder
+        self.processes = []
+        self.env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
+        self.env |= {"PATH": os.environ["PATH"], "HOME": f"{folder}/home", "LC_ALL": "C.UTF-8",
+                     "XDG_RUNTIME_DIR": str(folder), "QT_QPA_PLATFORM": "xcb",
+                     "DBUS_SESSION_BUS_ADDRESS": Screen.bus.address,
+                     "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         reading, writing = os.pipe()
         self.server = self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24",
                                   "-nolisten", "tcp"], pass_fds=[writing])
         os.close(writing)
         with open(reading) as number:
-            self.env["DISPLAY"] = os.environ["DISPLAY"] = ":" + number.readline().strip()
+            self.env["DISPLAY"] = ":" + number.readline().strip()
         self.start(["openbox"])
-        self.start(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + bus])
-        wait("the message bus", (self.folder / "bus").is_socket)
-        self.start(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
-        registry = self.start(["/usr/libexec/at-spi2-registryd"])
-        wait("the accessibility bus", lambda: "is running" in registry.output())
         wait("the window manager", lambda: self.ask("get_num_desktops"))
-        Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
 
     def __enter__(self):
         return self
@@ -333,17 +353,17 @@ class Screen:
     def close(self):
         for process in reversed(self.processes):
             process.stop()
-        shutil.rmtree(self.folder, ignore_errors=True)
 
     def keep(self, process):
         self.processes.append(process)
         return process
 
     def start(self, command, folder="/", log=None, env={}, **more):
-        log = log or self.folder / (os.path.basename(command[0]) + ".txt")
+        log = log or Screen.bus.folder / (os.path.basename(command[0]) + ".txt")
         return self.keep(Process(command, folder, log, self.env | env, **more))
 
     def simbox(self, folder, *options, path="build/simbox", wrapper=()):
+        folder = os.path.abspath(folder)
         command = [*wrapper, os.path.abspath(path), "--link", f"{folder}/com5", "--trace",
                    f"{folder}/trace.txt", *options]
         return self.keep(Simbox(command, folder, self.env))
