@@ -144,3 +144,18 @@ TEST_F(Windows, ARequestToCloseTheFunctionWindowWaitsForTheRunsEnd) {
     EXPECT_EQ(messages.last(), QStringLiteral("Device Error: Communication Error!"));
     EXPECT_EQ(frames().size(), 1 + 2 + 2 + 2);
 }
+
+// At once after the dialog's end: discovery has begun by then, so its message is shown first.
+TEST_F(Windows, ACloseRequestAtTheEndOfSettingsWaitsForDiscovery) {
+    startBox();
+    start();
+    messages.clear();
+    when("frmSettings", [this](QWidget& form) {
+        QObject::connect(qobject_cast<QDialog*>(&form), &QDialog::finished, mdi.get(),
+                         &QWidget::close);
+        QTest::keyClick(&form, Qt::Key_Escape);
+    });
+    trigger("OptionsSettings");
+    EXPECT_EQ(messages, QStringList{QStringLiteral("Device Found!: Firmware: SimBox v1.00")});
+    EXPECT_FALSE(mdi->isVisible());
+}
