@@ -21,7 +21,7 @@ class ScriptedBox final : platform::SerialPort {
 public:
     ScriptedBox(fuzz::Input input, std::uint8_t chipFill)
         : input_(input), loseAt_(input_.number(0x3FF)), byteAt_(input_.number(0x3FF)) {
-        commands().chip().fill(chipFill);
+        commands().chip().Fill(chipFill);
         commands().chip().setLocked(false);
         vm.onMessage = [this] { letMessageStand(); };
         platform::useMachine(&machine_);
@@ -66,8 +66,8 @@ private:
               "a frame tells its length");
         letters += static_cast<char>(frame[4]);
         last = {last[1], frame};
-        const simbox::Outcome outcome = commands().run({0, letters.back(), frame});
-        refusal += outcome.complaint;
+        const simbox::Outcome outcome = commands().Run({0, letters.back(), frame});
+        refusal += outcome.protocolError;
         answer(outcome.reply.value_or(simbox::Reply()));
     }
     std::int16_t InBufferCount() override {

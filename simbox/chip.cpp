@@ -8,19 +8,19 @@ Chip::Chip(std::uint8_t fill) {
     memory_.fill(fill);
 }
 
-void Chip::set(std::uint16_t address, std::uint8_t value) {
+void Chip::Set(std::uint16_t address, std::uint8_t value) {
     if (memory_[address] != value) {
         memory_[address] = value;
         ++revision_;
     }
 }
 
-void Chip::fill(std::uint8_t value) {
+void Chip::Fill(std::uint8_t value) {
     memory_.fill(value);
     ++revision_;
 }
 
-void Chip::load(std::span<const std::uint8_t> bytes) {
+void Chip::Load(std::span<const std::uint8_t> bytes) {
     const auto used = bytes.first(std::min(bytes.size(), sizeBytes));
     std::copy(used.begin(), used.end(), memory_.begin());
     ++revision_;
@@ -33,27 +33,27 @@ void Chip::setLocked(bool locked) {
     }
 }
 
-std::uint8_t Chip::read(std::uint16_t address, CellKind kind) const {
+std::uint8_t Chip::Read(std::uint16_t address, CellKind kind) const {
     if (locked_ && kind == CellKind::Flash) {
         return 0x00;
     }
     return memory_[address];
 }
 
-bool Chip::write(std::uint16_t address, std::uint8_t data, CellKind kind) {
+bool Chip::Write(std::uint16_t address, std::uint8_t data, CellKind kind) {
     if (kind == CellKind::PageWrite) {
-        set(address, data);
+        Set(address, data);
         return true;
     }
     if (locked_) {
         return false;
     }
-    set(address, static_cast<std::uint8_t>(memory_[address] & data));
+    Set(address, static_cast<std::uint8_t>(memory_[address] & data));
     return memory_[address] == data;
 }
 
-void Chip::erase() {
-    fill(0xFF);
+void Chip::Erase() {
+    Fill(0xFF);
     setLocked(false);
 }
 

@@ -30,19 +30,19 @@ public:
     std::uint64_t revision() const { return revision_; }
 
     // Handling from outside the socket: no physics, no lock.
-    void set(std::uint16_t address, std::uint8_t value);
-    void fill(std::uint8_t value);
+    void Set(std::uint16_t address, std::uint8_t value);
+    void Fill(std::uint8_t value);
     // Puts `bytes` at address 0 upward; what lies behind them stays. At most sizeBytes bytes count.
-    void load(std::span<const std::uint8_t> bytes);
+    void Load(std::span<const std::uint8_t> bytes);
     void setLocked(bool locked);
 
     // What the box reads: the cell, or 00 from a locked flash chip.
-    std::uint8_t read(std::uint16_t address, CellKind kind) const;
+    std::uint8_t Read(std::uint16_t address, CellKind kind) const;
     // Programs one cell. True when the cell then holds `data`; false when bits would have had to be
     // set that only an erase can set, or (cell unchanged) when a flash chip is locked.
-    bool write(std::uint16_t address, std::uint8_t data, CellKind kind);
+    bool Write(std::uint16_t address, std::uint8_t data, CellKind kind);
     // Every byte FF, lock open.
-    void erase();
+    void Erase();
 
 private:
     Memory memory_;

@@ -31,7 +31,7 @@ void writeWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
 
 } // namespace
 
-void loadChip(const std::string& path, Chip& chip) {
+void LoadChip(const std::string& path, Chip& chip) {
     if (!std::filesystem::exists(path)) {
         return;
     }
@@ -43,11 +43,11 @@ void loadChip(const std::string& path, Chip& chip) {
     if (content.size() > Chip::sizeBytes) {
         throw std::runtime_error(path + " is longer than a chip of 65536 bytes");
     }
-    chip.load(std::vector<std::uint8_t>(content.begin(), content.end()));
+    chip.Load(std::vector<std::uint8_t>(content.begin(), content.end()));
     chip.setLocked(std::filesystem::exists(lockPath(path)));
 }
 
-void saveChip(const std::string& path, const Chip& chip) {
+void SaveChip(const std::string& path, const Chip& chip) {
     writeWhole(path, chip.memory());
     if (chip.locked()) {
         writeWhole(lockPath(path), {});

@@ -8,13 +8,13 @@ namespace simbox {
 namespace {
 
 constexpr std::size_t firmwareLength = 12;
-constexpr std::uint32_t greatestBaud = 4'000'000;
-constexpr std::uint32_t greatestWriteTimeUs = 60'000'000;
+constexpr std::uint32_t maxBaud = 4'000'000;
+constexpr std::uint32_t maxWriteTimeUs = 60'000'000;
 
-std::optional<std::uint32_t> number(std::string_view text, int base, std::uint32_t greatest) {
+std::optional<std::uint32_t> number(std::string_view text, int base, std::uint32_t max) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || end != text.data() + text.size() || value > greatest) {
+    if (error != std::errc() || end != text.data() + text.size() || value > max) {
         return std::nullopt;
     }
     return value;
@@ -33,7 +33,7 @@ std::string takeText(std::string_view option, std::string_view value, Settings& 
         return value.size() == firmwareLength ? "" : "12 characters expected";
     }
     if (option == "--fault") {
-        const auto fault = parseFault(value);
+        const auto fault = ParseFault(value);
         if (const auto* error = std::get_if<std::string>(&fault)) {
             return *error;
         }
@@ -51,12 +51,12 @@ std::string takeText(std::string_view option, std::string_view value, Settings& 
 
 std::string takeValue(std::string_view option, std::string_view value, Settings& settings) {
     if (option == "--baud") {
-        const auto baud = number(value, 10, greatestBaud);
+        const auto baud = number(value, 10, maxBaud);
         settings.box.baud = baud.value_or(0);
         return baud && *baud > 0 ? "" : "a number from 1 to 4000000 expected";
     }
     if (option == "--write-time") {
-        const auto timeUs = number(value, 10, greatestWriteTimeUs);
+        const auto timeUs = number(value, 10, maxWriteTimeUs);
         settings.box.writeTimeUs = timeUs.value_or(0);
         return timeUs ? "" : "microseconds from 0 to 60000000 expected";
     }
@@ -70,13 +70,13 @@ std::string takeValue(std::string_view option, std::string_view value, Settings&
 
 } // namespace
 
-std::string helpText() {
+std::string HelpText() {
     return std::string(
                "simbox: a simulated device programmer on a pseudo-terminal\n"
                "\n"
                "  --link PATH      symbolic link to make to the terminal\n"
                "  --chip FILE      keep the chip in FILE (64 KiB, plain bytes) and FILE.lock\n"
-               "  --trace FILE     write every frame, reply and complaint to FILE; - for the\n"
+               "  --trace FILE     write every frame, reply and protocol error to FILE; - for the\n"
                "                   standard output\n"
                "  --baud N         pace of the line, 57600 if not given\n"
                "  --no-pace        bytes take no time on the line\n"
@@ -94,7 +94,7 @@ std::string helpText() {
            "received (see the trace, lines with !).\n";
 }
 
-std::variant<Settings, std::string> parseCommandLine(std::span<const std::string_view> arguments) {
+std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments) {
     Settings settings;
     bool paced = true;
     for (std::size_t index = 0; index < arguments.size(); ++index) {

@@ -18,10 +18,10 @@ struct Settings {
 };
 
 // Every option with its meaning, ready to print.
-std::string helpText();
+std::string HelpText();
 
 // Reads the arguments behind the program's name. Gives the settings, or a sentence saying which
 // argument is wrong and why.
-std::variant<Settings, std::string> parseCommandLine(std::span<const std::string_view> arguments);
+std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments);
 
 } // namespace simbox

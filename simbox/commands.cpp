@@ -46,29 +46,29 @@ Commands::Commands(const Options& options)
                  });
 }
 
-Outcome Commands::run(const Frame& frame) {
+Outcome Commands::Run(const Frame& frame) {
     const std::size_t length = frame.bytes.size() - lengthFieldBytes;
     if (length == 0) {
         return refused("frame of length 0");
     }
-    if (!letterKnown(frame.letter)) {
-        return refused("unknown letter");
+    if (!KnownCommand(frame.commandCode)) {
+        return refused("unknown command code");
     }
-    if (!lengthFits(frame.letter, length)) {
+    if (!LengthFits(frame.commandCode, length)) {
         return refused("wrong length " + std::to_string(length));
     }
-    if (std::string why = whyNotNow(frame.letter); !why.empty()) {
+    if (std::string why = whyNotNow(frame.commandCode); !why.empty()) {
         return refused(std::move(why));
     }
     const Parameters p = Parameters(frame.bytes).subspan(lengthFieldBytes + 1);
-    switch (frame.letter) {
+    switch (frame.commandCode) {
     case 'I':
         return identify();
     case 'V':
         return setSupplies(p);
     case 'S':
     case 'T':
-        return setUpSocket(frame.letter, p);
+        return setUpSocket(frame.commandCode, p);
     case 'D':
         return loadData(p);
     case 'W':
@@ -82,10 +82,10 @@ Outcome Commands::run(const Frame& frame) {
     }
 }
 
-// What can be said from the letter alone; empty when the frame may come now.
-std::string Commands::whyNotNow(char letter) const {
-    const auto oneOf = [letter](const char* letters) {
-        return std::string(letters).find(letter) != std::string::npos;
+// What can be said from the command code alone; empty when the frame may come now.
+std::string Commands::whyNotNow(char commandCode) const {
+    const auto oneOf = [commandCode](const char* letters) {
+        return std::string(letters).find(commandCode) != std::string::npos;
     };
     if (!held_.empty() && oneOf("TDREL")) {
         return "loaded data is waiting for its write";
@@ -99,13 +99,13 @@ std::string Commands::whyNotNow(char letter) const {
     if (oneOf("EL") && class_ == 3) {
         return "page devices have neither erase nor lock";
     }
-    if (letter == 'L' && class_ == 4) {
+    if (commandCode == 'L' && class_ == 4) {
         return "class 4 has no lock";
     }
     if (oneOf("EL") && setUp_ == SetUp::ForWriting) {
         return "socket is set up for writing";
     }
-    if (letter == 'L' && !freshSetUp_) {
+    if (commandCode == 'L' && !freshSetUp_) {
         return "lock step without a socket set-up of its own";
     }
     return "";
@@ -126,7 +126,7 @@ Outcome Commands::setSupplies(Parameters p) {
     return acknowledged();
 }
 
-Outcome Commands::setUpSocket(char letter, Parameters p) {
+Outcome Commands::setUpSocket(char commandCode, Parameters p) {
     const std::uint8_t classByte = p[0];
     if (p.size() == 1) {
         if (classByte != 0) {
@@ -143,10 +143,10 @@ Outcome Commands::setUpSocket(char letter, Parameters p) {
     if (classByte < 1 || classByte > 4) {
         return refused("class " + std::to_string(classByte) + " is not known");
     }
-    if (letter == 'T' && classByte > 2) {
+    if (commandCode == 'T' && classByte > 2) {
         return refused("set-up for writing is for classes 1 and 2 only");
     }
-    setUp_ = letter == 'T' ? SetUp::ForWriting : SetUp::Plain;
+    setUp_ = commandCode == 'T' ? SetUp::ForWriting : SetUp::Plain;
     class_ = classByte;
     freshSetUp_ = true;
     return acknowledged();
@@ -206,7 +206,7 @@ std::optional<std::uint16_t> Commands::program(std::uint16_t first) {
         if (faultAt(FaultKind::ProgramError, address)) {
             return address;
         }
-        if (!faultAt(FaultKind::Lie, address) && !chip_.write(address, data, cells())) {
+        if (!faultAt(FaultKind::Lie, address) && !chip_.Write(address, data, cells())) {
             return address;
         }
         ++address;
@@ -230,7 +230,7 @@ Outcome Commands::readBlock(Parameters p) const {
     std::vector<std::uint8_t> bytes(readHeaderBytes, acknowledge);
     for (std::size_t index = 0; index < blockBytes; ++index) {
         const auto address = static_cast<std::uint16_t>(addressAt(p) + index);
-        bytes.push_back(chip_.read(address, cells()));
+        bytes.push_back(chip_.Read(address, cells()));
     }
     return replied(std::move(bytes), "data of block " + addressText(addressAt(p)));
 }
@@ -239,7 +239,7 @@ Outcome Commands::erase(Parameters p) {
     if (lowClass() && p[0] != 0x00) {
         return refused("erase parameter is not 00");
     }
-    chip_.erase();
+    chip_.Erase();
     lockSteps_ = 0;
     if (class_ != 4) {
         return acknowledged();

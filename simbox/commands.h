@@ -25,7 +25,7 @@ struct Reply {
 // Either a reply, or why the frame is refused.
 struct Outcome {
     std::optional<Reply> reply;
-    std::string complaint; // empty when there is a reply
+    std::string protocolError; // empty when there is a reply
 };
 
 // What the box does on a frame, without line and time: the supplies, the socket, the data held for
@@ -37,7 +37,7 @@ class Commands {
 public:
     explicit Commands(const Options& options);
 
-    Outcome run(const Frame& frame);
+    Outcome Run(const Frame& frame);
 
     Chip& chip() { return chip_; }
     // The last "V" was not all zero.
@@ -50,14 +50,14 @@ private:
 
     Outcome identify() const;
     Outcome setSupplies(Parameters p);
-    Outcome setUpSocket(char letter, Parameters p);
+    Outcome setUpSocket(char commandCode, Parameters p);
     Outcome loadData(Parameters p);
     Outcome writeBlock(Parameters p);
     Outcome readBlock(Parameters p) const;
     Outcome erase(Parameters p);
     Outcome lockStep();
 
-    std::string whyNotNow(char letter) const;
+    std::string whyNotNow(char commandCode) const;
     std::string whyNoWrite(Parameters p) const;
     bool lowClass() const { return class_ == 1 || class_ == 2; }
     CellKind cells() const { return class_ == 3 ? CellKind::PageWrite : CellKind::Flash; }

@@ -26,8 +26,8 @@ const char* const faultHelp =
 
 namespace {
 
-constexpr std::uint32_t greatestCount = 65536;
-constexpr std::uint32_t greatestDelayMs = 3'600'000;
+constexpr std::uint32_t maxCount = 65536;
+constexpr std::uint32_t maxDelayMs = 3'600'000;
 
 // Arguments behind the name: F frame after '@'; behind ':' each K count, T time, H bytes, A
 // address.
@@ -54,10 +54,10 @@ constexpr std::array<Form, 13> forms{{
 }};
 
 template <typename Value>
-bool parseNumber(std::string_view text, int base, std::uint32_t greatest, Value& value) {
+bool parseNumber(std::string_view text, int base, std::uint32_t max, Value& value) {
     std::uint32_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    if (error != std::errc() || end != text.data() + text.size() || number > greatest) {
+    if (error != std::errc() || end != text.data() + text.size() || number > max) {
         return false;
     }
     value = static_cast<Value>(number);
@@ -66,7 +66,7 @@ bool parseNumber(std::string_view text, int base, std::uint32_t greatest, Value&
 
 bool parseFrame(std::string_view text, Fault& fault) {
     if (!text.empty() && text.front() >= 'A' && text.front() <= 'Z') {
-        fault.letter = text.front();
+        fault.commandCode = text.front();
         text.remove_prefix(1);
         if (text.empty()) {
             fault.number = 0;
@@ -81,7 +81,7 @@ bool parseDelay(std::string_view text, Fault& fault) {
         return false;
     }
     text.remove_suffix(2);
-    if (!parseNumber(text, 10, greatestDelayMs, fault.delayUs)) {
+    if (!parseNumber(text, 10, maxDelayMs, fault.delayUs)) {
         return false;
     }
     fault.delayUs *= 1000;
@@ -105,7 +105,7 @@ bool parseArgument(char kind, std::string_view text, Fault& fault) {
     case 'F':
         return parseFrame(text, fault);
     case 'K':
-        return parseNumber(text, 10, greatestCount, fault.count);
+        return parseNumber(text, 10, maxCount, fault.count);
     case 'T':
         return parseDelay(text, fault);
     case 'H':
@@ -132,7 +132,7 @@ const char* argumentName(char kind) {
 
 } // namespace
 
-std::variant<Fault, std::string> parseFault(std::string_view text) {
+std::variant<Fault, std::string> ParseFault(std::string_view text) {
     const std::string_view name = text.substr(0, text.find_first_of("@:"));
     const auto* const form = std::find_if(std::begin(forms), std::end(forms),
                                           [&](const Form& f) { return f.name == name; });
@@ -156,20 +156,21 @@ std::variant<Fault, std::string> parseFault(std::string_view text) {
     return fault;
 }
 
-bool meansFrame(const Fault& fault, char letter, std::uint32_t ofAll, std::uint32_t ofLetter) {
+bool MeansFrame(const Fault& fault, char commandCode, std::uint32_t ofAll,
+                std::uint32_t ofCommand) {
     switch (fault.kind) {
     case FaultKind::Identify:
-        return letter == 'I';
+        return commandCode == 'I';
     case FaultKind::ProgramError:
     case FaultKind::Lie:
         return false;
     default:
         break;
     }
-    if (fault.letter != 0 && fault.letter != letter) {
+    if (fault.commandCode != 0 && fault.commandCode != commandCode) {
         return false;
     }
-    return fault.number == 0 || fault.number == (fault.letter == 0 ? ofAll : ofLetter);
+    return fault.number == 0 || fault.number == (fault.commandCode == 0 ? ofAll : ofCommand);
 }
 
 } // namespace simbox

@@ -1,6 +1,6 @@
-#include "simbox/box.h"
 #include "simbox/chip_file.h"
 #include "simbox/command_line.h"
+#include "simbox/programmer.h"
 #include "simbox/terminal_posix.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ using namespace simbox;
 
 constexpr int statusFailed = 1;
 constexpr int statusWrongOption = 2;
-constexpr int statusNonsense = 3;
+constexpr int statusProtocolError = 3;
 
 class StopWatch {
 public:
@@ -30,7 +30,7 @@ private:
 };
 
 // Each line is flushed, so that a trace can be watched and survives whatever happens.
-void startTrace(Box& box, const std::string& path, std::ofstream& file) {
+void startTrace(Programmer& box, const std::string& path, std::ofstream& file) {
     if (path == "-") {
         box.setTraceSink([](const std::string& line) { std::cout << line << std::endl; });
     } else if (!path.empty()) {
@@ -47,15 +47,15 @@ class ChipKeeper {
 public:
     ChipKeeper(std::string path, Chip& chip) : path_(std::move(path)), chip_(chip) {
         if (!path_.empty()) {
-            loadChip(path_, chip_);
-            saveChip(path_, chip_);
+            LoadChip(path_, chip_);
+            SaveChip(path_, chip_);
         }
         savedRevision_ = chip_.revision();
     }
     bool behind() const { return !path_.empty() && chip_.revision() != savedRevision_; }
-    void update() {
+    void Update() {
         if (behind()) {
-            saveChip(path_, chip_);
+            SaveChip(path_, chip_);
             savedRevision_ = chip_.revision();
         }
     }
@@ -68,10 +68,10 @@ private:
 
 // Saving the chip takes about a millisecond, which must not come between a frame and its reply: it
 // waits until nothing is due for a while, as during the bytes of a long frame.
-void serve(Box& box, Terminal& terminal, ChipKeeper& keeper) {
+void serve(Programmer& box, Terminal& terminal, ChipKeeper& keeper) {
     constexpr std::int64_t quietUs = 5'000;
     const StopWatch watch;
-    while (!Terminal::stopRequested() && !box.cablePulled()) {
+    while (!Terminal::StopRequested() && !box.cablePulled()) {
         const auto untilNext = [&]() -> std::optional<std::int64_t> {
             const auto next = box.nextEventUs();
             return next ? std::optional(std::max<std::int64_t>(0, *next - watch.us()))
@@ -79,22 +79,22 @@ void serve(Box& box, Terminal& terminal, ChipKeeper& keeper) {
         };
         auto timeoutUs = untilNext();
         if (keeper.behind() && timeoutUs && *timeoutUs > quietUs) {
-            keeper.update();
+            keeper.Update();
             timeoutUs = untilNext();
         }
         const bool idle = !timeoutUs;
-        const auto bytes = terminal.wait(idle && keeper.behind() ? quietUs : timeoutUs);
+        const auto bytes = terminal.Wait(idle && keeper.behind() ? quietUs : timeoutUs);
         if (idle && bytes.empty()) {
-            keeper.update();
+            keeper.Update();
         }
-        box.receive(watch.us(), bytes);
-        terminal.write(box.take(watch.us()));
+        box.Receive(watch.us(), bytes);
+        terminal.Write(box.Take(watch.us()));
     }
-    keeper.update();
+    keeper.Update();
 }
 
 int run(const Settings& settings) {
-    Box box(settings.box);
+    Programmer box(settings.box);
     std::ofstream traceFile;
     startTrace(box, settings.traceFile, traceFile);
     ChipKeeper keeper(settings.chipFile, box.chip());
@@ -107,23 +107,23 @@ int run(const Settings& settings) {
 
     serve(box, terminal, keeper);
 
-    for (const std::string& complaint : box.complaints()) {
-        std::cerr << "simbox: complaint: " << complaint << "\n";
+    for (const std::string& protocolError : box.protocolErrors()) {
+        std::cerr << "simbox: protocol error: " << protocolError << "\n";
     }
-    return box.complaints().empty() ? 0 : statusNonsense;
+    return box.protocolErrors().empty() ? 0 : statusProtocolError;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
-    const auto settings = parseCommandLine(arguments);
+    const auto settings = ParseCommandLine(arguments);
     if (const auto* error = std::get_if<std::string>(&settings)) {
         std::cerr << "simbox: " << *error << "\n";
         return statusWrongOption;
     }
     if (std::get<Settings>(settings).help) {
-        std::cout << helpText();
+        std::cout << HelpText();
         return 0;
     }
     try {

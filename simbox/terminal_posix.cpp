@@ -121,7 +121,7 @@ void Terminal::close() {
     }
 }
 
-std::vector<std::uint8_t> Terminal::wait(std::optional<std::int64_t> timeoutUs) {
+std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) {
     timespec timeout{};
     if (timeoutUs) {
         timeout.tv_sec = static_cast<time_t>(*timeoutUs / 1'000'000);
@@ -151,7 +151,7 @@ std::vector<std::uint8_t> Terminal::wait(std::optional<std::int64_t> timeoutUs) 
     return {buffer.begin(), buffer.begin() + count};
 }
 
-void Terminal::write(std::span<const std::uint8_t> bytes) {
+void Terminal::Write(std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::write(master_, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR) {
@@ -167,7 +167,7 @@ void Terminal::write(std::span<const std::uint8_t> bytes) {
     }
 }
 
-bool Terminal::stopRequested() {
+bool Terminal::StopRequested() {
     return stopSignal != 0;
 }
 

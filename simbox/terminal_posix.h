@@ -26,14 +26,14 @@ public:
 
     // Sleeps until bytes are there, `timeoutUs` (microseconds; nullopt: for ever) has passed, or
     // one of the signals has come. Gives all bytes that are there, none in the other cases.
-    std::vector<std::uint8_t> wait(std::optional<std::int64_t> timeoutUs);
+    std::vector<std::uint8_t> Wait(std::optional<std::int64_t> timeoutUs);
 
     // Bytes that no one has read for so long that the system's queue is full are lost, as on any
     // line without flow control.
-    void write(std::span<const std::uint8_t> bytes);
+    void Write(std::span<const std::uint8_t> bytes);
 
     // One of the signals has come.
-    static bool stopRequested();
+    static bool StopRequested();
 
 private:
     void open();

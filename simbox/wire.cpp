@@ -36,14 +36,14 @@ std::string number(std::size_t value) {
     return std::to_string(value);
 }
 
-std::string describeSetUp(char letter, std::span<const std::uint8_t> p) {
+std::string describeSetUp(char commandCode, std::span<const std::uint8_t> p) {
     if (p.size() == 1) {
         return p[0] == 0 ? "release socket" : "release socket with class " + number(p[0]);
     }
-    const std::string start = letter == 'T' ? "set up socket for writing" : "set up socket";
+    const std::string start = commandCode == 'T' ? "set up socket for writing" : "set up socket";
     const std::string common =
         start + " class " + number(p[0]) + " set-up " + hexList(p.subspan(1, 2));
-    if (letter == 'S') {
+    if (commandCode == 'S') {
         return common + " pins " + hexList(p.subspan(3, 2));
     }
     return common + " write pins " + hexList(p.subspan(3, 2)) + " read pins " +
@@ -52,7 +52,7 @@ std::string describeSetUp(char letter, std::span<const std::uint8_t> p) {
 
 } // namespace
 
-std::uint32_t lengthOf(std::span<const std::uint8_t> frameBytes) {
+std::uint32_t LengthOf(std::span<const std::uint8_t> frameBytes) {
     std::uint32_t length = 0;
     for (const std::uint8_t value : frameBytes.first(lengthFieldBytes)) {
         length = length << 8U | value;
@@ -60,12 +60,12 @@ std::uint32_t lengthOf(std::span<const std::uint8_t> frameBytes) {
     return length;
 }
 
-bool letterKnown(char letter) {
-    return std::string("IVSTDWREL").find(letter) != std::string::npos;
+bool KnownCommand(char commandCode) {
+    return std::string("IVSTDWREL").find(commandCode) != std::string::npos;
 }
 
-bool lengthFits(char letter, std::size_t length) {
-    switch (letter) {
+bool LengthFits(char commandCode, std::size_t length) {
+    switch (commandCode) {
     case 'I':
         return length == 1;
     case 'E':
@@ -91,28 +91,28 @@ bool lengthFits(char letter, std::size_t length) {
 // 10 bits a byte, in nanoseconds, so that rounding does not add up over a frame.
 WirePace::WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
 
-std::int64_t WirePace::next(std::int64_t readyUs, std::size_t bytes) {
+std::int64_t WirePace::Next(std::int64_t readyUs, std::size_t bytes) {
     freeNs_ = std::max(freeNs_, readyUs * 1000) + byteNs_ * static_cast<std::int64_t>(bytes);
     return (freeNs_ + 999) / 1000;
 }
 
-std::string describeFrame(std::span<const std::uint8_t> frameBytes) {
+std::string DescribeFrame(std::span<const std::uint8_t> frameBytes) {
     if (frameBytes.size() <= lengthFieldBytes) {
         return "unknown";
     }
-    const char letter = static_cast<char>(frameBytes[lengthFieldBytes]);
+    const char commandCode = static_cast<char>(frameBytes[lengthFieldBytes]);
     const auto p = frameBytes.subspan(lengthFieldBytes + 1);
-    if (!lengthFits(letter, p.size() + 1)) {
+    if (!LengthFits(commandCode, p.size() + 1)) {
         return "unknown";
     }
-    switch (letter) {
+    switch (commandCode) {
     case 'I':
         return "identify";
     case 'V':
         return "set supplies " + number(p[0]) + " " + number(p[1]) + " " + number(p[2]);
     case 'S':
     case 'T':
-        return describeSetUp(letter, p);
+        return describeSetUp(commandCode, p);
     case 'D':
         return "load " + number(p.size()) + " bytes";
     case 'W':
@@ -127,7 +127,7 @@ std::string describeFrame(std::span<const std::uint8_t> frameBytes) {
     }
 }
 
-std::string traceLine(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
+std::string TraceLine(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
                       const std::string& meaning) {
     std::array<char, 40> start{};
     std::snprintf(start.data(), start.size(), "%lld.%06lld %c ",

@@ -12,24 +12,24 @@ namespace simbox {
 //
 //   offset  size        field
 //   0       4           length, big-endian: number of bytes behind this field
-//   4       1           command letter
+//   4       1           command code
 //   5       length - 1  parameters
 struct Frame {
     std::int64_t arrivedUs = 0;      // when its last byte was in
-    char letter = 0;                 // 0 for a frame of length 0
+    char commandCode = 0;            // 0 for a frame of length 0
     std::vector<std::uint8_t> bytes; // all of it, length field included
 };
 
 constexpr std::size_t lengthFieldBytes = 4;
 // A greater length is no frame of any kind; the line is out of step.
-constexpr std::uint32_t longestLength = 65536;
+constexpr std::uint32_t maxLength = 65536;
 
 // The length field of a frame of which at least four bytes are there.
-std::uint32_t lengthOf(std::span<const std::uint8_t> frameBytes);
+std::uint32_t LengthOf(std::span<const std::uint8_t> frameBytes);
 
-// Whether a frame with this letter may have this length. False for unknown letters.
-bool lengthFits(char letter, std::size_t length);
-bool letterKnown(char letter);
+// Whether a frame with this command code may have this length. False for unknown letters.
+bool LengthFits(char commandCode, std::size_t length);
+bool KnownCommand(char commandCode);
 
 // One direction of the line: when the bytes are through it, one after another.
 class WirePace {
@@ -38,19 +38,20 @@ public:
     explicit WirePace(std::uint32_t baud);
     // Time (microseconds, rounded up) at which the last of the next `bytes` bytes is through, the
     // first bit leaving no earlier than `readyUs` and not before the byte in front is through.
-    std::int64_t next(std::int64_t readyUs, std::size_t bytes);
+    std::int64_t Next(std::int64_t readyUs, std::size_t bytes);
 
 private:
     std::int64_t byteNs_;
     std::int64_t freeNs_ = 0; // the line is busy until then
 };
 
-// A frame's meaning in words: "set supplies 12 0 50". "unknown" where the letter or length is.
-std::string describeFrame(std::span<const std::uint8_t> frameBytes);
+// A frame's meaning in words: "set supplies 12 0 50". "unknown" where the command code or length
+// is.
+std::string DescribeFrame(std::span<const std::uint8_t> frameBytes);
 
 // "0.001234 > 00 00 00 01 49  identify": seconds, direction, bytes (the first 16 and a count when
 // there are more, "-" when there are none), meaning.
-std::string traceLine(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
+std::string TraceLine(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
                       const std::string& meaning);
 
 } // namespace simbox

@@ -19,9 +19,9 @@ protected:
         box(faults, 57600);
         device(family, size, 128);
         image();
-        vm.box().chip().load(state().BufferData);
+        vm.box().chip().Load(state().BufferData);
         if (family < 20 || family >= 30)
-            vm.box().chip().fill(0xFF);
+            vm.box().chip().Fill(0xFF);
         vm.port.staleSends = 0;
     }
 
@@ -44,7 +44,7 @@ protected:
 
     void expectSafeEnd() {
         EXPECT_FALSE(LinkInUse());
-        EXPECT_TRUE(vm.box().complaints().empty()) << vm.box().complaints().front();
+        EXPECT_TRUE(vm.box().protocolErrors().empty()) << vm.box().protocolErrors().front();
         if (!vm.box().cablePulled()) {
             expectPoweredDown();
             EXPECT_FALSE(vm.box().powered());

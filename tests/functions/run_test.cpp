@@ -63,7 +63,7 @@ TEST_F(Runs, WhatCameTooLateForOneFunctionIsNoAnswerToTheNext) {
     box({"short@R1:100"}, 57600);
     device(1, 256);
     image();
-    vm.box().chip().load(state().BufferData);
+    vm.box().chip().Load(state().BufferData);
     const Bytes whole = state().BufferData;
     std::fill_n(state().BufferData.begin(), 256, std::uint8_t{0xEE});
     autoSequence({Read, Read});

@@ -49,11 +49,11 @@ protected:
     void fillChip(const std::string& contents) {
         for (const std::string& word : words(contents)) {
             if (word == "image")
-                vm.box().chip().load(state().BufferData);
+                vm.box().chip().Load(state().BufferData);
             else if (word.size() == 2)
-                vm.box().chip().fill(std::uint8_t(std::stoi(word, nullptr, 16)));
+                vm.box().chip().Fill(std::uint8_t(std::stoi(word, nullptr, 16)));
             else
-                vm.box().chip().set(std::uint16_t(std::stoi(word, nullptr, 16)),
+                vm.box().chip().Set(std::uint16_t(std::stoi(word, nullptr, 16)),
                                     std::uint8_t(std::stoi(word.substr(5), nullptr, 16)));
         }
     }
@@ -75,8 +75,8 @@ protected:
         for (const simbox::Frame& frame : vm.box().frames()) {
             pause(static_cast<double>(frame.arrivedUs) / 1000);
             const Bytes parameters(frame.bytes.begin() + 5, frame.bytes.end());
-            text += (text.empty() ? "" : ", ") + std::string{frame.letter} + " " +
-                    (frame.letter == 'D' ? std::to_string(parameters.size()) : hexText(parameters));
+            text += (text.empty() ? "" : ", ") + std::string{frame.commandCode} + " " +
+                    (frame.commandCode == 'D' ? std::to_string(parameters.size()) : hexText(parameters));
         }
         pause(vm.nowMs());
         return text;
@@ -99,7 +99,7 @@ TEST_F(Scenario, EveryFunctionOnEveryFamily) {
         EXPECT_EQ(window.percents, row.at(3));
         EXPECT_EQ(traffic(), row.at(4));
         const bool refused = row.size() > 5;
-        EXPECT_EQ(vm.box().complaints().empty(), !refused);
+        EXPECT_EQ(vm.box().protocolErrors().empty(), !refused);
         EXPECT_EQ(vm.box().chip().locked(), !refused && row[2] == "Locking ...   OK!");
     }
 }

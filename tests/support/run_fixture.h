@@ -50,7 +50,7 @@ protected:
         options.baud = baud;
         options.fill = 0xFF;
         for (const std::string& fault : faults)
-            options.faults.push_back(std::get<simbox::Fault>(simbox::parseFault(fault)));
+            options.faults.push_back(std::get<simbox::Fault>(simbox::ParseFault(fault)));
         vm.replaceBox(options);
         vm.port.open = true;
         window = {};

@@ -31,7 +31,7 @@ void BoxPort::Open() {
     if (!openError.empty())
         throw platform::PortError(openError);
     open = true;
-    box->take(nowUs);
+    box->Take(nowUs);
 }
 
 void BoxPort::Close() {
@@ -43,11 +43,11 @@ void BoxPort::Output(const Bytes& frame) {
     if (!open)
         return;
     staleSends += InBufferCount() > 0;
-    box->receive(nowUs, frame);
+    box->Receive(nowUs, frame);
 }
 
 std::int16_t BoxPort::InBufferCount() {
-    const Bytes arrived = box->take(nowUs);
+    const Bytes arrived = box->Take(nowUs);
     if (open)
         queue.insert(queue.end(), arrived.begin(), arrived.end());
     return static_cast<std::int16_t>(std::min<std::size_t>(queue.size(), INT16_MAX));
@@ -69,7 +69,7 @@ VirtualMachine::~VirtualMachine() {
 }
 
 void VirtualMachine::replaceBox(simbox::Options options) {
-    port.box = std::make_unique<simbox::Box>(std::move(options));
+    port.box = std::make_unique<simbox::Programmer>(std::move(options));
 }
 
 void VirtualMachine::at(std::int64_t milliseconds, std::function<void()> action) {

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/machine.h"
-#include "simbox/box.h"
+#include "simbox/programmer.h"
 
 #include <cstdint>
 #include <deque>
@@ -38,7 +38,7 @@ struct BoxPort final : platform::SerialPort {
     void setCrashFrames(const Bytes& frames) override { crashFrames = frames; }
 
     const std::int64_t& nowUs;
-    std::unique_ptr<simbox::Box> box;
+    std::unique_ptr<simbox::Programmer> box;
     std::string openError; // not empty: opening fails with it
     int commPort = 0;
     bool open = false;
@@ -64,7 +64,7 @@ public:
     VirtualMachine& operator=(const VirtualMachine&) = delete;
     ~VirtualMachine();
 
-    simbox::Box& box() { return *port.box; }
+    simbox::Programmer& box() { return *port.box; }
     // A fresh box with other options on the same port.
     void replaceBox(simbox::Options options);
     // Has `action` run out of the event queue at a time of the clock.

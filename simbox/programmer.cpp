@@ -1,4 +1,4 @@
-#include "simbox/box.h"
+#include "simbox/programmer.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,11 +12,11 @@ constexpr std::int64_t partialFrameLifeUs = 1'000'000;
 constexpr std::size_t portionBytes = 32; // what a USB bridge hands over at once
 constexpr std::uint8_t extraByte = 0xEE;
 
-std::string nameOf(char letter) {
-    if (letter >= '!' && letter <= '~') {
-        return std::string("\"") + letter + "\"";
+std::string nameOf(char commandCode) {
+    if (commandCode >= '!' && commandCode <= '~') {
+        return std::string("\"") + commandCode + "\"";
     }
-    return "byte " + std::to_string(static_cast<unsigned char>(letter));
+    return "byte " + std::to_string(static_cast<unsigned char>(commandCode));
 }
 
 // One fault on one reply. The kinds that do not work on a reply leave it alone.
@@ -63,31 +63,31 @@ void spoilOnce(Reply& reply, const Fault& fault) {
 
 } // namespace
 
-Box::Box(Options options)
+Programmer::Programmer(Options options)
     : options_(std::move(options)), commands_(options_), incomingPace_(options_.baud),
       outgoingPace_(options_.baud) {}
 
-void Box::setTraceSink(std::function<void(const std::string&)> sink) {
+void Programmer::setTraceSink(std::function<void(const std::string&)> sink) {
     traceSink_ = std::move(sink);
 }
 
-void Box::setFaults(std::vector<Fault> faults) {
+void Programmer::setFaults(std::vector<Fault> faults) {
     options_.faults = std::move(faults);
     silenced_ = false;
 }
 
-void Box::receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
+void Programmer::Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
     advance(nowUs);
     if (pulled_) {
         return;
     }
     for (const std::uint8_t value : bytes) {
-        incoming_.push_back({incomingPace_.next(nowUs, 1), value});
+        incoming_.push_back({incomingPace_.Next(nowUs, 1), value});
     }
     advance(nowUs);
 }
 
-std::optional<std::int64_t> Box::nextEventUs() const {
+std::optional<std::int64_t> Programmer::nextEventUs() const {
     std::optional<std::int64_t> next;
     const auto consider = [&next](std::int64_t timeUs) {
         next = next ? std::min(*next, timeUs) : timeUs;
@@ -101,7 +101,7 @@ std::optional<std::int64_t> Box::nextEventUs() const {
     consider((partial_.empty() ? incoming_.front().atUs : partialSinceUs_) + partialFrameLifeUs);
     const std::size_t whole = partial_.size() < lengthFieldBytes
                                   ? lengthFieldBytes
-                                  : lengthFieldBytes + lengthOf(partial_);
+                                  : lengthFieldBytes + LengthOf(partial_);
     const std::size_t missing = whole - partial_.size();
     if (missing <= incoming_.size()) {
         consider(incoming_[missing - 1].atUs);
@@ -109,7 +109,7 @@ std::optional<std::int64_t> Box::nextEventUs() const {
     return next;
 }
 
-std::vector<std::uint8_t> Box::take(std::int64_t nowUs) {
+std::vector<std::uint8_t> Programmer::Take(std::int64_t nowUs) {
     advance(nowUs);
     std::vector<std::uint8_t> due;
     for (; !outgoing_.empty() && outgoing_.front().atUs <= nowUs; outgoing_.pop_front()) {
@@ -122,7 +122,7 @@ std::vector<std::uint8_t> Box::take(std::int64_t nowUs) {
     return due;
 }
 
-void Box::advance(std::int64_t nowUs) {
+void Programmer::advance(std::int64_t nowUs) {
     while (!incoming_.empty() && incoming_.front().atUs <= nowUs) {
         const IncomingByte byte = incoming_.front();
         incoming_.pop_front();
@@ -131,7 +131,7 @@ void Box::advance(std::int64_t nowUs) {
     giveUpPartial(nowUs);
 }
 
-void Box::receiveByte(IncomingByte byte) {
+void Programmer::receiveByte(IncomingByte byte) {
     giveUpPartial(byte.atUs);
     if (partial_.empty()) {
         partialSinceUs_ = byte.atUs;
@@ -140,9 +140,10 @@ void Box::receiveByte(IncomingByte byte) {
     if (partial_.size() < lengthFieldBytes) {
         return;
     }
-    const std::uint32_t length = lengthOf(partial_);
-    if (length > longestLength) {
-        complain(byte.atUs, "length " + std::to_string(length) + " is no frame's; input dropped");
+    const std::uint32_t length = LengthOf(partial_);
+    if (length > maxLength) {
+        reportError(byte.atUs,
+                    "length " + std::to_string(length) + " is no frame's; input dropped");
         partial_.clear();
         incoming_.clear();
     } else if (partial_.size() == lengthFieldBytes + length) {
@@ -150,29 +151,30 @@ void Box::receiveByte(IncomingByte byte) {
     }
 }
 
-void Box::giveUpPartial(std::int64_t nowUs) {
+void Programmer::giveUpPartial(std::int64_t nowUs) {
     if (!partial_.empty() && nowUs - partialSinceUs_ >= partialFrameLifeUs) {
-        complain(partialSinceUs_ + partialFrameLifeUs,
-                 "incomplete frame of " + std::to_string(partial_.size()) + " bytes dropped");
+        reportError(partialSinceUs_ + partialFrameLifeUs,
+                    "incomplete frame of " + std::to_string(partial_.size()) + " bytes dropped");
         partial_.clear();
     }
 }
 
-void Box::finishFrame(std::int64_t timeUs) {
+void Programmer::finishFrame(std::int64_t timeUs) {
     Frame frame;
     frame.arrivedUs = timeUs;
     frame.bytes = std::exchange(partial_, {});
     if (frame.bytes.size() > lengthFieldBytes) {
-        frame.letter = static_cast<char>(frame.bytes[lengthFieldBytes]);
+        frame.commandCode = static_cast<char>(frame.bytes[lengthFieldBytes]);
     }
     frames_.push_back(frame);
     const auto ofAll = static_cast<std::uint32_t>(frames_.size());
-    const std::uint32_t ofLetter = ++letterCounts_[frame.letter];
-    trace(timeUs, '>', frame.bytes, describeFrame(frame.bytes));
+    const std::uint32_t ofCommand = ++commandCounts_[frame.commandCode];
+    trace(timeUs, '>', frame.bytes, DescribeFrame(frame.bytes));
 
     std::vector<Fault> faults;
-    std::copy_if(options_.faults.begin(), options_.faults.end(), std::back_inserter(faults),
-                 [&](const Fault& f) { return meansFrame(f, frame.letter, ofAll, ofLetter); });
+    std::copy_if(
+        options_.faults.begin(), options_.faults.end(), std::back_inserter(faults),
+        [&](const Fault& f) { return MeansFrame(f, frame.commandCode, ofAll, ofCommand); });
     const auto struck = [&faults](FaultKind kind) {
         return std::any_of(faults.begin(), faults.end(),
                            [kind](const Fault& f) { return f.kind == kind; });
@@ -183,17 +185,17 @@ void Box::finishFrame(std::int64_t timeUs) {
     }
     silenced_ = silenced_ || struck(FaultKind::SilentFrom);
 
-    Outcome outcome = commands_.run(frame);
+    Outcome outcome = commands_.Run(frame);
     if (!outcome.reply) {
-        complain(timeUs, "frame " + std::to_string(ofAll) + ", " + nameOf(frame.letter) + ": " +
-                             outcome.complaint);
+        reportError(timeUs, "frame " + std::to_string(ofAll) + ", " + nameOf(frame.commandCode) +
+                                ": " + outcome.protocolError);
         return;
     }
     spoil(*outcome.reply, faults);
     queueReply(timeUs, *outcome.reply);
 }
 
-void Box::spoil(Reply& reply, std::span<const Fault> faults) const {
+void Programmer::spoil(Reply& reply, std::span<const Fault> faults) const {
     for (const Fault& fault : faults) {
         spoilOnce(reply, fault);
     }
@@ -202,7 +204,7 @@ void Box::spoil(Reply& reply, std::span<const Fault> faults) const {
     }
 }
 
-void Box::pull(std::int64_t timeUs) {
+void Programmer::pull(std::int64_t timeUs) {
     pulled_ = true;
     incoming_.clear();
     // A portion that has not filled by then is lost in the bridge.
@@ -210,7 +212,7 @@ void Box::pull(std::int64_t timeUs) {
     trace(timeUs, '<', {}, "cable pulled");
 }
 
-void Box::queueReply(std::int64_t timeUs, const Reply& reply) {
+void Programmer::queueReply(std::int64_t timeUs, const Reply& reply) {
     const std::int64_t readyUs = timeUs + reply.delayUs;
     if (reply.bytes.empty()) {
         trace(readyUs, '<', {}, "no reply by a fault");
@@ -222,28 +224,28 @@ void Box::queueReply(std::int64_t timeUs, const Reply& reply) {
     queueUnit(endUs + reply.gapUs, bytes.subspan(gap), reply.meaning + ", continued");
 }
 
-std::int64_t Box::queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
-                            const std::string& meaning) {
+std::int64_t Programmer::queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
+                                   const std::string& meaning) {
     std::int64_t endUs = readyUs;
     for (std::size_t start = 0; start < bytes.size(); start += portionBytes) {
         const auto part = bytes.subspan(start, std::min(portionBytes, bytes.size() - start));
-        endUs = outgoingPace_.next(readyUs, part.size());
+        endUs = outgoingPace_.Next(readyUs, part.size());
         outgoing_.push_back({endUs,
                              {part.begin(), part.end()},
-                             start == 0 ? traceLine(endUs, '<', bytes, meaning) : ""});
+                             start == 0 ? TraceLine(endUs, '<', bytes, meaning) : ""});
     }
     return endUs;
 }
 
-void Box::complain(std::int64_t timeUs, const std::string& text) {
-    complaints_.push_back(text);
+void Programmer::reportError(std::int64_t timeUs, const std::string& text) {
+    protocolErrors_.push_back(text);
     trace(timeUs, '!', {}, text);
 }
 
-void Box::trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
-                const std::string& meaning) const {
+void Programmer::trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
+                       const std::string& meaning) const {
     if (traceSink_) {
-        traceSink_(traceLine(timeUs, direction, bytes, meaning));
+        traceSink_(TraceLine(timeUs, direction, bytes, meaning));
     }
 }
 

@@ -1,4 +1,4 @@
-#include "simbox/box.h"
+#include "simbox/programmer.h"
 
 #include "tests/support/table_file.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using simbox::Box;
+using Box = simbox::Programmer;
 using Bytes = std::vector<std::uint8_t>;
 
 // "00 1F 21x256": bytes in hexadecimal, the last of them 256 times.
@@ -31,7 +31,7 @@ simbox::Options optionsOf(const std::string& text) {
     options.baud = static_cast<std::uint32_t>(std::stoul(all.at(0)));
     options.writeTimeUs = std::stoll(all.at(1));
     for (std::size_t i = 2; i < all.size(); ++i)
-        options.faults.push_back(std::get<simbox::Fault>(simbox::parseFault(all[i])));
+        options.faults.push_back(std::get<simbox::Fault>(simbox::ParseFault(all[i])));
     return options;
 }
 
@@ -42,12 +42,12 @@ struct Bench {
     // At that time of the clock, or a second after the last.
     Bytes send(const std::string& bytes, const std::string& timeUs = "") {
         now = timeUs.empty() ? now + 1'000'000 : std::stoll(timeUs);
-        box.receive(now, bytesOf(bytes));
-        return box.take(now);
+        box.Receive(now, bytesOf(bytes));
+        return box.Take(now);
     }
     std::set<std::string> facts() {
         return {"frames=" + std::to_string(box.frames().size()),
-                "complaints=" + std::to_string(box.complaints().size()),
+                "complaints=" + std::to_string(box.protocolErrors().size()),
                 "next=" + std::to_string(box.nextEventUs().value_or(-1)),
                 "locked=" + std::to_string(box.chip().locked())};
     }
@@ -82,13 +82,13 @@ TEST(Box, RefusesNonsense) {
         std::istringstream before(row.at(1));
         for (std::string frame; std::getline(before, frame, ',');)
             bench.send(frame);
-        EXPECT_EQ(bench.box.complaints(), std::vector<std::string>());
+        EXPECT_EQ(bench.box.protocolErrors(), std::vector<std::string>());
         EXPECT_EQ(bench.send(row.at(2)), Bytes());
-        EXPECT_EQ(bench.box.complaints().size(), 1U);
+        EXPECT_EQ(bench.box.protocolErrors().size(), 1U);
         EXPECT_EQ(bench.send("00 00 00 01 49").size(), 12U);
         bench.send("00 00 00 04 56 00 00 00");
         bench.send("00 00 00 02 53 00");
-        EXPECT_EQ(bench.box.complaints().size(), 1U);
+        EXPECT_EQ(bench.box.protocolErrors().size(), 1U);
         EXPECT_TRUE(bench.box.socketReleased() && !bench.box.powered());
     }
 }
@@ -100,7 +100,7 @@ TEST(Box, FaultsStrikeWhereTheyAreAskedFor) {
         Bench bench("0 0 " + row[0]);
         bench.send(ask);
         EXPECT_EQ(bench.send(ask).size(), std::stoul(row.at(1)));
-        EXPECT_EQ(bench.box.take(bench.now + 100'000).size(), std::stoul(row.at(2)));
+        EXPECT_EQ(bench.box.Take(bench.now + 100'000).size(), std::stoul(row.at(2)));
         EXPECT_EQ(bench.send(ask).size(), std::stoul(row.at(3)));
         EXPECT_EQ(bench.box.cablePulled(), row.at(4) == "pulled");
     }
@@ -118,13 +118,13 @@ TEST(Box, SurvivesAnyBytes) {
         for (auto left = random() % 12; left > 0; --left) {
             bytes.push_back(static_cast<std::uint8_t>(random() % (random() % 2 == 0 ? 256 : 5)));
         }
-        box.receive(now, bytes);
+        box.Receive(now, bytes);
         int events = 0;
         while (box.nextEventUs() && random() % 40 != 0) {
             ASSERT_LT(++events, 2'000) << "round " << round;
             now = std::max(now, *box.nextEventUs());
-            box.take(now);
+            box.Take(now);
         }
     }
-    EXPECT_GT(box.complaints().size(), 1'000U);
+    EXPECT_GT(box.protocolErrors().size(), 1'000U);
 }
