@@ -14,13 +14,13 @@ protected:
         state().DeviceList[1].Name = "DIP40 8K";
         state().DeviceList[1].Size = 8192;
     }
-    // Looks for a box with these faults and tells all that came of it.
+    // Discovery of a programmer with these faults: the message box, the state, the panels.
     std::string outcome(const std::vector<std::string>& faults = {}) {
-        box(faults);
+        programmer(faults);
         vm.port.open = false;
-        return outcomeOfThisBox();
+        return outcomeOfThisOne();
     }
-    std::string outcomeOfThisBox() {
+    std::string outcomeOfThisOne() {
         vm.panels = {{1, "COM"}, {2, "Device:"}, {3, "Size:"}};
         FindProgrammer();
         const ShownMessage& message = vm.messages.back();
@@ -37,7 +37,7 @@ const std::string found = "(i) Device Found! | Firmware: SimBox v1.00 | found, o
 
 } // namespace
 
-TEST_F(Discovery, FindsTheBoxAndTellsSoBeforeThePanelsChange) {
+TEST_F(Discovery, FindsTheProgrammerAndShowsItBeforeThePanelsChange) {
     vm.onMessage = [&] {
         EXPECT_EQ(vm.panels[1], "COM");
         EXPECT_FALSE(state().ProgrammerFound);
@@ -66,10 +66,10 @@ TEST_F(Discovery, ShowsFirmwareByteForByte) {
 
 TEST_F(Discovery, RunsAgainOnAnOpenPortAndMayFailToOpenIt) {
     EXPECT_EQ(outcome(), found);
-    vm.port.queue = {1, 2, 3}; // left by an earlier exchange
-    EXPECT_EQ(outcomeOfThisBox(), found);
+    vm.port.staleAtOpen = {1, 2, 3}; // read away before the frame is sent
+    EXPECT_EQ(outcomeOfThisOne(), found);
     vm.port.openError = "/dev/ttyUSB2: gone";
-    EXPECT_EQ(outcomeOfThisBox(), "(!) Communication Port Error | COM7, /dev/ttyUSB2: gone | "
+    EXPECT_EQ(outcomeOfThisOne(), "(!) Communication Port Error | COM7, /dev/ttyUSB2: gone | "
                                   "none, closed | FAIL | Device: | Size:");
 }
 
@@ -77,5 +77,5 @@ TEST_F(Discovery, KeepsARunFromStartingMeanwhile) {
     vm.at(50, [this] { run(Erase); });
     EXPECT_EQ(outcome(), found);
     EXPECT_EQ(frames().size(), 1U);
-    EXPECT_EQ(window.buttons, "");
+    EXPECT_TRUE(window.buttons.empty());
 }

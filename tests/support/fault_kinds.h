@@ -1,4 +1,4 @@
-// Every kind of fault that the simulated box knows, with the place left open.
+// Every kind of fault that the simulated programmer has; % is its frame or address.
 #pragma once
 
 #include "tests/support/virtual_machine.h"
@@ -14,8 +14,7 @@ inline const std::vector<std::string> faultKinds = {
     "status@%:4E",   "status@%:45",      "status@%:45012345",   "pull@%",
     "lie:01%",       "program-error:0%0"};
 
-// The fault with its place filled in: the frame's number or, for a fault of the chip, part of an
-// address.
+// The fault at the frame of this number or, for a fault of the chip, at a part of an address.
 inline std::string faultAt(std::string kind, std::size_t place) {
     const bool ofFrame = kind.find('@') != std::string::npos;
     return kind.replace(kind.find('%'), 1,

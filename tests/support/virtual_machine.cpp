@@ -19,47 +19,48 @@ void VirtualTimer::setEnabled(bool on) {
     enabled = on;
 }
 
-void BoxPort::setCommPort(int number) {
+void ProgrammerPort::setCommPort(int number) {
     if (open)
         throw std::logic_error("the number of an open port cannot be changed");
     commPort = number;
 }
 
-void BoxPort::Open() {
+void ProgrammerPort::Open() {
     if (open)
         throw std::logic_error("an open port cannot be opened");
     if (!openError.empty())
         throw platform::PortError(openError);
     open = true;
-    box->Take(nowUs);
+    queue = staleAtOpen;
 }
 
-void BoxPort::Close() {
+void ProgrammerPort::Close() {
     open = false;
     queue.clear();
 }
 
-void BoxPort::Output(const Bytes& frame) {
+void ProgrammerPort::Output(const Bytes& frame) {
     if (!open)
         return;
-    staleSends += InBufferCount() > 0;
-    box->Receive(nowUs, frame);
+    lastCommandCode = static_cast<char>(frame.at(4));
+    programmer->Receive(nowUs, frame);
 }
 
-std::int16_t BoxPort::InBufferCount() {
-    const Bytes arrived = box->Take(nowUs);
+std::int16_t ProgrammerPort::InBufferCount() {
+    const Bytes arrived = programmer->Take(nowUs);
     if (open)
         queue.insert(queue.end(), arrived.begin(), arrived.end());
     return static_cast<std::int16_t>(std::min<std::size_t>(queue.size(), INT16_MAX));
 }
 
-Bytes BoxPort::Input() {
+Bytes ProgrammerPort::Input() {
     InBufferCount();
+    taken.emplace_back(lastCommandCode, queue);
     return std::exchange(queue, {});
 }
 
 VirtualMachine::VirtualMachine(simbox::Options options) {
-    replaceBox(std::move(options));
+    replaceProgrammer(std::move(options));
     totmr.Tick = [] { modFunc::totmr_Timer(); };
     platform::useMachine(&machine_);
 }
@@ -68,8 +69,8 @@ VirtualMachine::~VirtualMachine() {
     platform::useMachine(nullptr);
 }
 
-void VirtualMachine::replaceBox(simbox::Options options) {
-    port.box = std::make_unique<simbox::Programmer>(std::move(options));
+void VirtualMachine::replaceProgrammer(simbox::Options options) {
+    port.programmer = std::make_unique<simbox::Programmer>(std::move(options));
 }
 
 void VirtualMachine::at(std::int64_t milliseconds, std::function<void()> action) {
@@ -81,11 +82,11 @@ void VirtualMachine::Yield() {
     std::int64_t next =
         std::min(totmr.enabled ? totmr.dueUs : never, tmrWait.enabled ? tmrWait.dueUs : never);
     if (port.open)
-        next = std::min(next, port.box->nextEventUs().value_or(never));
+        next = std::min(next, port.programmer->nextEventUs().value_or(never));
     if (!actions_.empty())
         next = std::min(next, actions_.begin()->first);
     if (next == never)
-        throw std::logic_error("waiting for something that never comes");
+        throw std::logic_error("waiting for an event that never comes");
     nowUs_ = std::max(nowUs_, next);
 
     port.InBufferCount();

@@ -1,6 +1,6 @@
-// The machine in virtual time: the clock moves only in Yield, straight to the next thing that is
-// due, so a second costs nothing and 99 ms against 101 ms is a sharp line. The port leads to the
-// simulated box in the same process.
+// The machine in virtual time: the clock moves only in Yield, straight to the next event that is
+// due, so a second costs nothing and 99 ms differ from 101 ms. The port leads to the simulated
+// programmer in the same process.
 #pragma once
 
 #include "platform/machine.h"
@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct VirtualTimer final : platform::Timer {
@@ -21,13 +22,13 @@ struct VirtualTimer final : platform::Timer {
     void setEnabled(bool on) override;
 
     const std::int64_t& nowUs;
-    int intervalMs = 7; // nothing may rest on what an earlier user left
+    int intervalMs = 7; // nothing may rely on an earlier interval
     bool enabled = false;
     std::int64_t dueUs = 0;
 };
 
-struct BoxPort final : platform::SerialPort {
-    explicit BoxPort(const std::int64_t& clock) : nowUs(clock) {}
+struct ProgrammerPort final : platform::SerialPort {
+    explicit ProgrammerPort(const std::int64_t& clock) : nowUs(clock) {}
     void setCommPort(int number) override;
     bool PortOpen() const override { return open; }
     void Open() override;
@@ -38,13 +39,16 @@ struct BoxPort final : platform::SerialPort {
     void setCrashFrames(const Bytes& frames) override { crashFrames = frames; }
 
     const std::int64_t& nowUs;
-    std::unique_ptr<simbox::Programmer> box;
+    std::unique_ptr<simbox::Programmer> programmer;
     std::string openError; // not empty: opening fails with it
     int commPort = 0;
     bool open = false;
     Bytes crashFrames;
-    Bytes queue;        // arrived and not read; a test may put stale bytes here
-    int staleSends = 0; // frames that went out while bytes waited unread
+    Bytes queue;       // arrived and not read
+    Bytes staleAtOpen; // waits on the port when it is opened
+    // What was read, each time with the command code of the last frame sent.
+    std::vector<std::pair<char, Bytes>> taken;
+    char lastCommandCode = 0;
 };
 
 struct ShownMessage {
@@ -64,14 +68,14 @@ public:
     VirtualMachine& operator=(const VirtualMachine&) = delete;
     ~VirtualMachine();
 
-    simbox::Programmer& box() { return *port.box; }
-    // A fresh box with other options on the same port.
-    void replaceBox(simbox::Options options);
-    // Has `action` run out of the event queue at a time of the clock.
+    simbox::Programmer& programmer() { return *port.programmer; }
+    // A fresh one with other options on the same port.
+    void replaceProgrammer(simbox::Options options);
+    // Runs `action` from the event queue at this time of the clock.
     void at(std::int64_t milliseconds, std::function<void()> action);
     double nowMs() const { return static_cast<double>(nowUs_) / 1000; }
     std::string& fileName() { return FileName; }
-    // The same machine with another port, which brings its bytes by at().
+    // The same machine with another port, whose bytes arrive by at().
     platform::Machine with(platform::SerialPort& other) {
         return {other, totmr, tmrWait, *this, *this, *this, *this};
     }
@@ -81,11 +85,11 @@ private:
     std::multimap<std::int64_t, std::function<void()>> actions_;
 
 public:
-    BoxPort port{nowUs_};
+    ProgrammerPort port{nowUs_};
     VirtualTimer totmr{nowUs_};
     VirtualTimer tmrWait{nowUs_};
     std::vector<ShownMessage> messages;
-    std::function<void()> onMessage; // while a message box waits for its answer
+    std::function<void()> onMessage; // while a message box is open
     std::map<int, std::string> panels;
 
 private:
