@@ -10,8 +10,8 @@ std::string HexByte(std::uint8_t value) {
 }
 
 namespace {
-// With zeros in front up to `least` digits.
-std::string digitsOf(std::int32_t value, std::ptrdiff_t least) {
+// With leading zeros up to `minDigits`.
+std::string digitsOf(std::int32_t value, std::ptrdiff_t minDigits) {
     std::array<char, 8> text;
     text.fill('0');
     auto first = text.end();
@@ -20,7 +20,7 @@ std::string digitsOf(std::int32_t value, std::ptrdiff_t least) {
         *--first = hexDigits[rest & 15];
         rest >>= 4;
     } while (rest != 0);
-    return {std::min(first, text.end() - least), text.end()};
+    return {std::min(first, text.end() - minDigits), text.end()};
 }
 } // namespace
 
@@ -33,15 +33,15 @@ std::string HexWord(std::int32_t value) {
 }
 
 std::int32_t TolerantHex(std::string_view text) {
-    constexpr std::int64_t largest = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int64_t max = std::numeric_limits<std::int32_t>::max();
     std::int64_t value = 0;
     for (const char character : text) {
         const int digit = HexDigitValue(character);
         if (digit < 0)
             break;
         value = value * 16 + digit;
-        if (value > largest)
-            return static_cast<std::int32_t>(largest);
+        if (value > max)
+            return static_cast<std::int32_t>(max);
     }
     return static_cast<std::int32_t>(value);
 }

@@ -11,7 +11,7 @@ namespace modFunc {
 
 inline constexpr char hexDigits[] = "0123456789ABCDEF";
 
-// The value of each character as a digit; -1 for what is none.
+// The value of each character as a digit; -1 for a character that is no digit.
 inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
@@ -24,8 +24,8 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     return values;
 }();
 
-// The value of one digit, 0..15, or -1. In the header, as is the next: files and pages have so many
-// digits that a call for each is most of the time they take.
+// The value of one digit, 0..15, or -1. Inline, as is the next function: a call for each digit
+// would double the time that files and pages take.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }
@@ -39,15 +39,15 @@ inline void PutHexByte(char* at, std::uint8_t value) {
 // The value as exactly two upper-case digits.
 std::string HexByte(std::uint8_t value);
 
-// The value in upper-case digits, filled with "0" to at least four and never cut: five digits from
-// 65536 up, eight digits of two's complement for a negative value.
+// The value in upper-case digits, with leading zeros up to four and never truncated: five digits
+// from 65536 up, eight digits of two's complement for a negative value.
 std::string HexWord(std::int32_t value);
 
 // The value in upper-case digits without leading zeros; 0 for 0.
 std::string HexDigits(std::int32_t value);
 
-// Tolerant reading: the digits from the left, either case, up to the first character that is none;
-// no digit at all gives 0. A value that does not fit 31 bits is taken as 2147483647.
+// Tolerant reading: the digits from the left, either case, up to the first character that is no
+// digit; without any digit 0. A value that does not fit 31 bits is taken as 2147483647.
 std::int32_t TolerantHex(std::string_view text);
 
 // Strict reading: the whole text is one to four digits, either case; nothing otherwise.

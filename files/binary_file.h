@@ -1,20 +1,20 @@
-// Binary files: a file is its bytes.
+// Binary files: nothing but the bytes.
 //
-// Every failure throws platform::FileError, with the file closed and status bar and hex view as
-// they were.
+// Every failure throws platform::FileError; the file is closed, status bar and hex view are
+// unchanged.
 #pragma once
 
 namespace modFunc {
 
-// Loads cdia.FileName: the file's byte p, for p from FileAddress to its end, goes to BufferData
-// p + BufferAddress. A name that does not exist becomes an empty file. What the file does not reach
-// keeps its value; what would go behind the image is dropped with an error, what was stored before
-// it stays. Then status bar panel 4 names the file and the hex view is shown anew.
+// Loads cdia.FileName: byte p of the file, for p from FileAddress to its end, becomes byte
+// p + BufferAddress of BufferData. A name that does not exist becomes an empty file. Bytes outside
+// the file's range keep their values. A byte past the end of the image is an error; the bytes before
+// it stay stored. Then status bar panel 4 names the file and the hex view is reopened.
 void OpenBinFile();
 
-// Writes the selected device's bytes over the first Size bytes of cdia.FileName, which is made when
-// there is none and never cut. Then status bar panel 4 names the file. A failed write may leave the
-// file short.
+// Writes the selected device's bytes over the first Size bytes of cdia.FileName, which is created if
+// it does not exist and never truncated. Then status bar panel 4 names the file. A failed write may
+// leave the file incomplete.
 void SaveBinFile();
 
 } // namespace modFunc

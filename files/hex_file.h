@@ -1,12 +1,12 @@
 // Intel HEX, the 16-bit subset: data records and one end record.
 //
-// A record's text, positions counted from 1; a position behind the end of the line is an empty
-// field, which reads as 0 in tolerant fields:
+// A record's text, positions counted from 1. A position past the end of the line is an empty field,
+// which a tolerant field reads as 0:
 //
-//   1         start mark, not looked at
+//   1         start mark, ignored
 //   2-3       byte count, tolerant hexadecimal, 0..51
 //   4-7       address, strict hexadecimal
-//   8-9       record type, tolerant hexadecimal; any but 0 ends the data
+//   8-9       record type, tolerant hexadecimal; any other than 0 ends the data
 //   10 on     data, two characters a byte, tolerant hexadecimal
 //   last two  check byte: all bytes of the line sum to 0 modulo 256
 #pragma once
@@ -15,26 +15,25 @@
 
 namespace modFunc {
 
-// Loads cdia.FileName into BufferData. The whole file is read and tested first; only then are its
-// bytes placed, each at its address + BufferAddress, those below FileAddress left out. Bytes that
-// no record touches keep their value. Then status bar panel 4 names the file and the hex view is
-// shown anew.
+// Loads cdia.FileName into BufferData. The whole file is read and checked first; only then are its
+// bytes stored, each at its address + BufferAddress, except those below FileAddress. Bytes without
+// a record keep their values. Then status bar panel 4 names the file and the hex view is reopened.
 //
-// A wrong check byte and a missing end record show a message box and change nothing. Everything
-// else that fails throws platform::FileError, with BufferData unchanged, but for a byte whose
-// target lies behind the image: what was placed before it stays.
+// A wrong check byte and a missing end record show a message box and change nothing. Every other
+// failure throws platform::FileError with BufferData unchanged, except a byte past the end of the
+// image: the bytes before it stay stored.
 void OpenHexFile();
 
-// The selected device's bytes in records of 16, blank or not, and an end record, each line ended by
-// CR LF; a last record that the Size does not fill takes its tail from the image. Throws
+// The selected device's bytes in records of 16, erased or not, and an end record, each line ended by
+// CR LF. If the Size does not fill the last record, the record takes its rest from the image. Throws
 // platform::FileError for a device larger than the image.
 std::string HexFileText();
 
-// Writes that text to cdia.FileName, in the place of an existing file, whole or not at all. Then
-// status bar panel 4 names the file. Every failure throws platform::FileError.
+// Replaces cdia.FileName by that text, whole or not at all. Then status bar panel 4 names the file.
+// Every failure throws platform::FileError.
 void SaveHexFile();
 
-// The type that frmFileLoad proposes: the name's last three letters are "HEX" or "hex".
+// What frmFileLoad proposes as the type: the name ends in "HEX" or "hex".
 bool LooksLikeHexFile(const std::string& fileName);
 
 } // namespace modFunc

@@ -5,8 +5,8 @@
 
 #include <functional>
 
-// Keeps the user's input from a window and all that is inside it while `blocked` says so, without
-// greying anything. Other windows, a message box above all, stay usable.
+// Keeps the user's input from a window and everything inside it while `blocked` returns true, without
+// greying anything. Other windows, above all message boxes, stay usable.
 class InputBlock : public QObject {
     Q_OBJECT
 

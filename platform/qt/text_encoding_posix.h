@@ -1,6 +1,6 @@
 #pragma once
 
-// To be called before the application is made. Texts, file names and keys are UTF-8 to the toolkit
-// and to this program; under a locale of another encoding some typed letters would be lost, so the
-// process takes the plain UTF-8 locale then.
+// Call it before the application is created. Qt and this program treat texts, file names and keys as
+// UTF-8. Under a locale of another encoding some typed characters would be lost, so the process then
+// uses the plain UTF-8 locale.
 void useUtf8();
