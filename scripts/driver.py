@@ -27,6 +27,7 @@
 #   box.trace()                      the text of the trace file so far
 #   app.window(title)                waits until that window is in front; app.front() is the one now
 #   app.find(name, *roles, title=None)  what is shown, in that window or any, or None; .item() waits
+#   app.rows(list)                   the texts of all its rows
 #   app.press(name), .select(list, row), .fill(text box, text), .menu(menu, entry)
 #   app.keys("ctrl+a", "Down"), .type(text)
 #   app.message(title, text, button="OK")  waits for the message box with this text, presses the button
@@ -165,7 +166,7 @@ class Program(Process):
 
     def shown(self, *roles, title=None):
         return (item for window in self.windows() if title in (None, window.get_name())
-                for item in shown(window) if item.get_role() in roles)
+                for item in shown(window) if not roles or item.get_role() in roles)
 
     def find(self, name, *roles, title=None):
         items = self.shown(*roles, title=title)
@@ -227,12 +228,16 @@ class Program(Process):
         self.wait(f"the focus on {name!r}", focused)
         return item
 
+    def rows(self, name):
+        """The texts of a list's rows, shown or not."""
+        rows = self.item(name, LIST)
+        return [rows.get_child_at_index(i).get_name() for i in range(rows.get_child_count())]
+
     def select(self, name, row):
         """A row of a list by its text, with the arrow keys."""
-        rows = [item for item in shown(self.focus(name, LIST)) if item.get_role() == ROW]
-        index = [item.get_name() for item in rows].index(row)
-        self.keys("Home", *["Down"] * index)
-        self.wait(f"the row {row!r}", lambda: has(rows[index], State.SELECTED))
+        self.focus(name, LIST)
+        self.keys("Home", *["Down"] * self.rows(name).index(row))
+        self.wait(f"the row {row!r}", lambda: has(self.find(row, ROW), State.SELECTED))
 
     def fill(self, name, text):
         """A text box, by the keyboard; again where a letter is lost that no key has."""
