@@ -66,9 +66,13 @@ private:
               "a frame tells its length");
         letters += static_cast<char>(frame[4]);
         last = {last[1], frame};
-        const simbox::Outcome outcome = commands().Run({0, letters.back(), frame});
-        refusal += outcome.protocolError;
-        answer(outcome.reply.value_or(simbox::Reply()));
+        simbox::Reply reply;
+        try {
+            reply = commands().Run({0, letters.back(), frame});
+        } catch (const simbox::ProtocolError& error) {
+            refusal += error.what();
+        }
+        answer(reply);
     }
     std::int16_t InBufferCount() override {
         countCall();

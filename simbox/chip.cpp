@@ -4,15 +4,9 @@
 
 namespace simbox {
 
-Chip::Chip(std::uint8_t fill) {
-    memory_.fill(fill);
-}
-
 void Chip::Set(std::uint16_t address, std::uint8_t value) {
-    if (memory_[address] != value) {
-        memory_[address] = value;
-        ++revision_;
-    }
+    memory_[address] = value;
+    ++revision_;
 }
 
 void Chip::Fill(std::uint8_t value) {
@@ -21,34 +15,23 @@ void Chip::Fill(std::uint8_t value) {
 }
 
 void Chip::Load(std::span<const std::uint8_t> bytes) {
-    const auto used = bytes.first(std::min(bytes.size(), sizeBytes));
-    std::copy(used.begin(), used.end(), memory_.begin());
+    std::copy_n(bytes.begin(), std::min(bytes.size(), sizeBytes), memory_.begin());
     ++revision_;
 }
 
 void Chip::setLocked(bool locked) {
-    if (locked_ != locked) {
-        locked_ = locked;
-        ++revision_;
-    }
+    locked_ = locked;
+    ++revision_;
 }
 
 std::uint8_t Chip::Read(std::uint16_t address, CellKind kind) const {
-    if (locked_ && kind == CellKind::Flash) {
-        return 0x00;
-    }
-    return memory_[address];
+    return locked_ && kind == CellKind::Flash ? 0x00 : memory_[address];
 }
 
 bool Chip::Write(std::uint16_t address, std::uint8_t data, CellKind kind) {
-    if (kind == CellKind::PageWrite) {
-        Set(address, data);
-        return true;
-    }
-    if (locked_) {
+    if (kind == CellKind::Flash && locked_)
         return false;
-    }
-    Set(address, static_cast<std::uint8_t>(memory_[address] & data));
+    Set(address, kind == CellKind::Flash ? memory_[address] & data : data);
     return memory_[address] == data;
 }
 

@@ -17,35 +17,35 @@ enum class CellKind {
 class Chip {
 public:
     static constexpr std::size_t sizeBytes = 65536;
-    using Memory = std::array<std::uint8_t, sizeBytes>;
 
-    // A fresh chip, every byte holding `fill`, not locked.
-    explicit Chip(std::uint8_t fill);
+    // A new chip, not locked, with `fill` in every byte.
+    explicit Chip(std::uint8_t fill) { memory_.fill(fill); }
 
-    // The cells as they are, a lock notwithstanding. Index = chip address, 0..FFFF.
-    const Memory& memory() const { return memory_; }
+    // The cells as they are, whether locked or not. Index = chip address, 0..FFFF.
+    const std::array<std::uint8_t, sizeBytes>& memory() const { return memory_; }
     bool locked() const { return locked_; }
 
-    // Goes up with every change of memory or lock; a save is due when it has moved on.
+    // Increases whenever memory or lock is written.
     std::uint64_t revision() const { return revision_; }
 
-    // Handling from outside the socket: no physics, no lock.
+    // Changes from outside the socket: no physics, no lock.
     void Set(std::uint16_t address, std::uint8_t value);
     void Fill(std::uint8_t value);
-    // Puts `bytes` at address 0 upward; what lies behind them stays. At most sizeBytes bytes count.
+    // Puts `bytes` at address 0 upward; the rest is unchanged. Only the first sizeBytes bytes
+    // count.
     void Load(std::span<const std::uint8_t> bytes);
     void setLocked(bool locked);
 
-    // What the box reads: the cell, or 00 from a locked flash chip.
+    // What the programmer reads: the cell, or 00 from a locked flash chip.
     std::uint8_t Read(std::uint16_t address, CellKind kind) const;
-    // Programs one cell. True when the cell then holds `data`; false when bits would have had to be
-    // set that only an erase can set, or (cell unchanged) when a flash chip is locked.
+    // Programs one cell. True when the cell then contains `data`; false when that would set bits,
+    // which only an erase can, or (cell unchanged) when a flash chip is locked.
     bool Write(std::uint16_t address, std::uint8_t data, CellKind kind);
-    // Every byte FF, lock open.
+    // Every byte FF, not locked.
     void Erase();
 
 private:
-    Memory memory_;
+    std::array<std::uint8_t, sizeBytes> memory_;
     bool locked_ = false;
     std::uint64_t revision_ = 0;
 };

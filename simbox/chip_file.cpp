@@ -10,50 +10,50 @@ namespace simbox {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 std::string lockPath(const std::string& path) {
     return path + ".lock";
 }
 
-void writeWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
+void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes) {
     const std::string temporary = path + ".tmp";
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    for (const std::uint8_t value : bytes) {
-        file.put(static_cast<char>(value));
-    }
+    std::ofstream file(temporary, std::ios::binary);
+    std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(file));
     file.close();
     if (!file) {
         std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
+        fs::remove(temporary, ignored);
         throw std::runtime_error("cannot write " + temporary);
     }
-    std::filesystem::rename(temporary, path);
+    fs::rename(temporary, path);
 }
 
 } // namespace
 
-void LoadChip(const std::string& path, Chip& chip) {
-    if (!std::filesystem::exists(path)) {
-        return;
+ChipFile::ChipFile(std::string path, Chip& chip) : path_(std::move(path)), chip_(chip) {
+    if (!path_.empty() && fs::exists(path_)) {
+        std::ifstream file(path_, std::ios::binary);
+        const std::vector<std::uint8_t> bytes(std::istreambuf_iterator<char>(file), {});
+        if (!file)
+            throw std::runtime_error("cannot read " + path_);
+        if (bytes.size() > Chip::sizeBytes)
+            throw std::runtime_error(path_ + " is longer than a chip of 65536 bytes");
+        chip_.Load(bytes);
+        chip_.setLocked(fs::exists(lockPath(path_)));
     }
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};
-    if (!file) {
-        throw std::runtime_error("cannot read " + path);
-    }
-    if (content.size() > Chip::sizeBytes) {
-        throw std::runtime_error(path + " is longer than a chip of 65536 bytes");
-    }
-    chip.Load(std::vector<std::uint8_t>(content.begin(), content.end()));
-    chip.setLocked(std::filesystem::exists(lockPath(path)));
+    Save();
 }
 
-void SaveChip(const std::string& path, const Chip& chip) {
-    writeWhole(path, chip.memory());
-    if (chip.locked()) {
-        writeWhole(lockPath(path), {});
-    } else {
-        std::filesystem::remove(lockPath(path));
-    }
+void ChipFile::Save() {
+    if (!behind())
+        return;
+    replaceFile(path_, chip_.memory());
+    if (chip_.locked())
+        replaceFile(lockPath(path_), {});
+    else
+        fs::remove(lockPath(path_));
+    savedRevision_ = chip_.revision();
 }
 
 } // namespace simbox

@@ -6,16 +6,27 @@
 
 namespace simbox {
 
-// A chip on disk: `path` holds the memory as plain bytes, chip address = file offset; a file
-// `path`.lock beside it exists exactly when the chip is locked.
+// Keeps a chip on disk: the file at `path` contains the memory as plain bytes, chip address = file
+// offset; a file `path`.lock beside it exists exactly while the chip is locked. An empty path keeps
+// nothing.
+class ChipFile {
+public:
+    // Fills the chip from the file, then saves it. A shorter file leaves the bytes past its end as
+    // they are; a missing one leaves the whole chip as it is, not locked. Throws an exception
+    // naming file and cause when the file is longer than a chip or cannot be read or written.
+    ChipFile(std::string path, Chip& chip);
 
-// Fills the chip from the file. A shorter file leaves the bytes behind it as they are; a missing
-// one leaves the whole chip as it is, not locked. Throws std::runtime_error naming file and cause
-// when the file is longer than a chip or cannot be read.
-void LoadChip(const std::string& path, Chip& chip);
+    // The chip has been written since the last Save.
+    bool behind() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
-// Writes all 64 KiB to a temporary file beside it and renames it over `path`, so that a reader
-// always finds a whole chip. Throws std::runtime_error naming file and cause.
-void SaveChip(const std::string& path, const Chip& chip);
+    // When behind: writes all 64 KiB to a temporary file beside it and renames that over the file,
+    // so that a reader always finds a whole chip. Throws an exception naming file and cause.
+    void Save();
+
+private:
+    std::string path_;
+    Chip& chip_;
+    std::uint64_t savedRevision_ = UINT64_MAX;
+};
 
 } // namespace simbox

@@ -1,120 +1,115 @@
 #include "simbox/command_line.h"
 
-#include <charconv>
-#include <optional>
+#include <algorithm>
+#include <functional>
 
 namespace simbox {
 
 namespace {
 
 constexpr std::size_t firmwareLength = 12;
-constexpr std::uint32_t maxBaud = 4'000'000;
-constexpr std::uint32_t maxWriteTimeUs = 60'000'000;
 
-std::optional<std::uint32_t> number(std::string_view text, int base, std::uint32_t max) {
-    std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || end != text.data() + text.size() || value > max) {
-        return std::nullopt;
-    }
-    return value;
+// Takes an option's value; returns what is wrong with it, or nothing.
+using Taker = std::function<std::string(std::string_view)>;
+
+struct Option {
+    std::string_view text; // name and value as in the help, or the name alone
+    std::string_view meaning;
+    Taker take;
+};
+
+Taker path(std::string& target) {
+    return [&target](std::string_view value) {
+        target = value;
+        return value.empty() ? "a path expected" : "";
+    };
 }
 
-bool takesValue(std::string_view option) {
-    return option == "--link" || option == "--chip" || option == "--trace" || option == "--baud" ||
-           option == "--write-time" || option == "--fill" || option == "--firmware" ||
-           option == "--fault";
-}
-
-// Puts one option's value in its place; an error text when the value does not do.
-std::string takeText(std::string_view option, std::string_view value, Settings& settings) {
-    if (option == "--firmware") {
-        settings.box.firmware = value;
-        return value.size() == firmwareLength ? "" : "12 characters expected";
-    }
-    if (option == "--fault") {
-        const auto fault = ParseFault(value);
-        if (const auto* error = std::get_if<std::string>(&fault)) {
-            return *error;
-        }
-        settings.box.faults.push_back(std::get<Fault>(fault));
+Taker flag(bool& target) {
+    return [&target](std::string_view) {
+        target = true;
         return "";
-    }
-    if (value.empty()) {
-        return "a path expected";
-    }
-    (option == "--link"   ? settings.linkPath
-     : option == "--chip" ? settings.chipFile
-                          : settings.traceFile) = value;
-    return "";
+    };
 }
 
-std::string takeValue(std::string_view option, std::string_view value, Settings& settings) {
-    if (option == "--baud") {
-        const auto baud = number(value, 10, maxBaud);
-        settings.box.baud = baud.value_or(0);
-        return baud && *baud > 0 ? "" : "a number from 1 to 4000000 expected";
-    }
-    if (option == "--write-time") {
-        const auto timeUs = number(value, 10, maxWriteTimeUs);
-        settings.box.writeTimeUs = timeUs.value_or(0);
-        return timeUs ? "" : "microseconds from 0 to 60000000 expected";
-    }
-    if (option == "--fill") {
-        const auto fill = number(value, 16, 0xFF);
-        settings.box.fill = static_cast<std::uint8_t>(fill.value_or(0));
-        return fill ? "" : "a byte in hexadecimal expected";
-    }
-    return takeText(option, value, settings);
+template <typename Value>
+Taker number(Value& target, int base, std::uint32_t min, std::uint32_t max, const char* error) {
+    return [=, &target](std::string_view value) {
+        return ParseNumber(value, base, max, target) && target >= min ? "" : error;
+    };
+}
+
+Taker fault(std::vector<Fault>& faults) {
+    return [&faults](std::string_view value) {
+        const auto parsed = ParseFault(value);
+        if (const auto* error = std::get_if<std::string>(&parsed))
+            return *error;
+        faults.push_back(std::get<Fault>(parsed));
+        return std::string();
+    };
+}
+
+Taker firmware(std::string& target) {
+    return [&target](std::string_view value) {
+        target = value;
+        return value.size() == firmwareLength ? "" : "12 characters expected";
+    };
+}
+
+std::vector<Option> optionsFor(Settings& s) {
+    return {
+        {"--link PATH", "symbolic link to make to the terminal", path(s.linkPath)},
+        {"--chip FILE", "keep the chip in FILE (64 KiB, plain bytes) and FILE.lock",
+         path(s.chipFile)},
+        {"--trace FILE", "trace frames, replies and protocol errors to FILE; - is stdout",
+         path(s.traceFile)},
+        {"--baud N", "speed of the line, 57600 if not given",
+         number(s.options.baud, 10, 1, 4'000'000, "a number from 1 to 4000000 expected")},
+        {"--no-pace", "unthrottled: bytes take no time on the line", flag(s.unthrottled)},
+        {"--write-time US", "microseconds from a write frame to its reply, 0 if not given",
+         number(s.options.writeTimeUs, 10, 0, 60'000'000,
+                "microseconds from 0 to 60000000 expected")},
+        {"--fill HH", "every byte of a new chip, A5 if not given",
+         number(s.options.fill, 16, 0, 0xFF, "a byte in hexadecimal expected")},
+        {"--firmware TEXT", "identify text, 12 characters", firmware(s.options.firmware)},
+        {"--fault TEXT", "a fault (see below), may be given again", fault(s.options.faults)},
+        {"--help", "this text", flag(s.help)},
+    };
 }
 
 } // namespace
 
 std::string HelpText() {
-    return std::string(
-               "simbox: a simulated device programmer on a pseudo-terminal\n"
-               "\n"
-               "  --link PATH      symbolic link to make to the terminal\n"
-               "  --chip FILE      keep the chip in FILE (64 KiB, plain bytes) and FILE.lock\n"
-               "  --trace FILE     write every frame, reply and protocol error to FILE; - for the\n"
-               "                   standard output\n"
-               "  --baud N         pace of the line, 57600 if not given\n"
-               "  --no-pace        bytes take no time on the line\n"
-               "  --write-time US  microseconds from a write frame to its reply, 0 if not given\n"
-               "  --fill HH        every byte of a fresh chip, A5 if not given\n"
-               "  --firmware TEXT  identify text, 12 characters\n"
-               "  --fault TEXT     a fault (see below), may be given again and again\n"
-               "  --help           this text\n"
-               "\n"
-               "Faults:\n") +
-           faultHelp +
-           "\n"
-           "It runs until it is told to end (SIGTERM, SIGINT, SIGHUP) or its cable is pulled.\n"
-           "Status: 0 well, 1 the terminal or a file failed, 2 wrong option, 3 nonsense was\n"
-           "received (see the trace, lines with !).\n";
+    Settings unused;
+    std::string text = "simbox: a simulated device programmer on a pseudo-terminal\n\n";
+    for (const Option& option : optionsFor(unused))
+        text += HelpLine(option.text, option.meaning);
+    return text + "\nFaults:\n" + FaultHelp() +
+           "\nIt runs until it gets SIGTERM, SIGINT or SIGHUP, or its cable is pulled. Exit "
+           "status:\n"
+           "0 success, 1 the terminal or a file failed, 2 wrong option, 3 protocol errors (see "
+           "the\n"
+           "trace, lines with !).\n";
 }
 
 std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments) {
     Settings settings;
-    bool paced = true;
+    const std::vector<Option> options = optionsFor(settings);
     for (std::size_t index = 0; index < arguments.size(); ++index) {
-        const std::string_view option = arguments[index];
-        if (option == "--help") {
-            settings.help = true;
-        } else if (option == "--no-pace") {
-            paced = false;
-        } else if (!takesValue(option)) {
-            return "unknown option \"" + std::string(option) + "\"";
-        } else if (++index == arguments.size()) {
-            return std::string(option) + ": value missing";
-        } else if (const auto error = takeValue(option, arguments[index], settings);
-                   !error.empty()) {
-            return std::string(option) + " \"" + std::string(arguments[index]) + "\": " + error;
-        }
+        const std::string name(arguments[index]);
+        const auto option = std::find_if(options.begin(), options.end(), [&](const Option& o) {
+            return o.text.substr(0, o.text.find(' ')) == name;
+        });
+        if (option == options.end())
+            return "unknown option \"" + name + "\"";
+        const bool hasValue = option->text != name;
+        if (hasValue && ++index == arguments.size())
+            return name + ": value missing";
+        if (const std::string error = option->take(arguments[index]); !error.empty())
+            return name + " \"" + std::string(arguments[index]) + "\": " + error;
     }
-    if (!paced) {
-        settings.box.baud = 0;
-    }
+    if (settings.unthrottled)
+        settings.options.baud = 0;
     return settings;
 }
 

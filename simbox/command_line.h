@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simbox/options.h"
+#include "simbox/commands.h"
 
 #include <span>
 #include <string>
@@ -10,18 +10,19 @@
 namespace simbox {
 
 struct Settings {
-    Options box;
+    Options options;
     std::string linkPath;  // empty: no link
     std::string chipFile;  // empty: the chip is not kept
     std::string traceFile; // empty: no trace; "-": standard output
+    bool unthrottled = false;
     bool help = false;
 };
 
 // Every option with its meaning, ready to print.
 std::string HelpText();
 
-// Reads the arguments behind the program's name. Gives the settings, or a sentence saying which
-// argument is wrong and why.
+// Reads the arguments after the program's name. Returns the settings, or a sentence that states
+// which argument is wrong and why.
 std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments);
 
 } // namespace simbox

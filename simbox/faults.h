@@ -1,5 +1,6 @@
 #pragma once
 
+#include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -8,29 +9,29 @@
 
 namespace simbox {
 
-// What goes wrong. The fields of Fault that a kind uses stand in brackets. A reply that is held up
-// holds up those behind it: the line keeps the order. A refused frame has no reply to spoil.
+// What goes wrong. In brackets: the fields of Fault that the kind uses besides those that name a
+// frame. A reply that is late delays those after it: the line keeps the order. A rejected frame has
+// no reply that a fault could change.
 enum class FaultKind {
-    Silent,       // no reply to the frame; it is carried out all the same       [code, number]
-    SilentFrom,   // as Silent, for that frame and every later one               [code, number]
-    Short,        // reply truncated to `count` bytes (0 is silence)             [+ count]
-    Long,         // `count` extra bytes EE after the reply                      [+ count]
-    Late,         // the reply starts `delayUs` later                            [+ delayUs]
-    Torn,         // `count` bytes in time, the rest `delayUs` later             [+ count, delayUs]
-    Double,       // the whole reply twice, end to end                           [code, number]
-    Chatter,      // `count` bytes EE that nobody asked for, `delayUs` after the reply [+ both]
-    Status,       // `bytes` in the reply's place, whatever the frame did        [+ bytes]
-    Identify,     // every identify reply is `count` bytes: truncated, or filled with EE  [count]
-    ProgramError, // every write over `address` stops there and reports it       [address]
-    Lie,          // every write over `address` leaves that byte out and says it is good [address]
-    Pull          // the cable goes when the frame is in; it is not carried out  [code, number]
+    Silent,       // no reply to the frame, which is carried out all the same
+    SilentFrom,   // as Silent, for that frame and every later one
+    Short,        // reply truncated to `count` bytes (0: silence) [count]
+    Long,         // `count` extra bytes EE after the reply [count]
+    Late,         // the reply starts `delayUs` later [delayUs]
+    Split,        // `count` bytes in time, the rest `delayUs` later [count, delayUs]
+    Double,       // the whole reply twice, end to end
+    Chatter,      // `count` unrequested bytes EE, `delayUs` after the reply [count, delayUs]
+    Status,       // `bytes` instead of the reply, whatever the frame did [bytes]
+    Identify,     // the reply is `count` bytes: truncated, or padded with EE [count]
+    ProgramError, // every write over `address` stops there and reports it [address, no frame]
+    Lie,          // every write over `address` skips that byte and reports success [as before]
+    Pull          // the cable is pulled when the frame is in; it is not carried out
 };
 
 struct Fault {
     FaultKind kind = FaultKind::Silent;
-    // Which frame: the number-th, from 1, of all frames (command code 0) or of those with this
-    // command code. Every whole frame counts, the identify frame and refused ones included. Number
-    // 0: every one.
+    // Which frame: the number-th, from 1, of all frames (commandCode 0) or of those with this
+    // command code. Every whole frame counts, rejected ones included. Number 0: each of them.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes
@@ -39,15 +40,23 @@ struct Fault {
     std::vector<std::uint8_t> bytes; // at least one for Status
 };
 
-// One line for each form of a fault's text, for a help text.
-extern const char* const faultHelp;
-
-// Reads the text form, for instance "late@I1:101ms" (faultHelp lists all of them).
-// Gives the fault, or what is wrong with the text.
+// Reads the text form, for instance "late@I1:101ms" (FaultHelp lists all of them).
+// Returns the fault, or what is wrong with the text.
 std::variant<Fault, std::string> ParseFault(std::string_view text);
 
-// Whether a fault that names a frame means this one, which is number `ofAll` of all frames and
-// number `ofCommand` of those with its command code. False for the kinds that name an address.
-bool MeansFrame(const Fault& fault, char commandCode, std::uint32_t ofAll, std::uint32_t ofCommand);
+// One line for each form of a fault's text.
+std::string FaultHelp();
+
+// One line of a help text: what the user types, at most 15 characters, and its meaning.
+std::string HelpLine(std::string_view text, std::string_view meaning);
+
+// Reads a number from 0 to `max`, without sign and of digits alone. False for any other text.
+template <typename Value>
+bool ParseNumber(std::string_view text, int base, std::uint32_t max, Value& value) {
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    value = static_cast<Value>(number);
+    return error == std::errc() && end == text.data() + text.size() && number <= max;
+}
 
 } // namespace simbox

@@ -18,99 +18,56 @@ constexpr int statusFailed = 1;
 constexpr int statusWrongOption = 2;
 constexpr int statusProtocolError = 3;
 
-class StopWatch {
-public:
-    std::int64_t us() const {
-        const auto passed = std::chrono::steady_clock::now() - start_;
-        return std::chrono::duration_cast<std::chrono::microseconds>(passed).count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
-// Each line is flushed, so that a trace can be watched and survives whatever happens.
-void startTrace(Programmer& box, const std::string& path, std::ofstream& file) {
-    if (path == "-") {
-        box.setTraceSink([](const std::string& line) { std::cout << line << std::endl; });
-    } else if (!path.empty()) {
-        file.open(path, std::ios::trunc);
-        if (!file) {
-            throw std::runtime_error("cannot write " + path);
-        }
-        box.setTraceSink([&file](const std::string& line) { file << line << std::endl; });
-    }
-}
-
-// Keeps the chip file in step with the chip.
-class ChipKeeper {
-public:
-    ChipKeeper(std::string path, Chip& chip) : path_(std::move(path)), chip_(chip) {
-        if (!path_.empty()) {
-            LoadChip(path_, chip_);
-            SaveChip(path_, chip_);
-        }
-        savedRevision_ = chip_.revision();
-    }
-    bool behind() const { return !path_.empty() && chip_.revision() != savedRevision_; }
-    void Update() {
-        if (behind()) {
-            SaveChip(path_, chip_);
-            savedRevision_ = chip_.revision();
-        }
-    }
-
-private:
-    std::string path_;
-    Chip& chip_;
-    std::uint64_t savedRevision_ = 0;
-};
-
-// Saving the chip takes about a millisecond, which must not come between a frame and its reply: it
-// waits until nothing is due for a while, as during the bytes of a long frame.
-void serve(Programmer& box, Terminal& terminal, ChipKeeper& keeper) {
+// Saving the chip takes about a millisecond, which must not come between a frame and its reply. So
+// it waits until the line has been quiet for a while and nothing is due for another while, as
+// during the bytes of a long frame.
+void serve(Programmer& programmer, Terminal& terminal, ChipFile& chipFile) {
     constexpr std::int64_t quietUs = 5'000;
-    const StopWatch watch;
-    while (!Terminal::StopRequested() && !box.cablePulled()) {
-        const auto untilNext = [&]() -> std::optional<std::int64_t> {
-            const auto next = box.nextEventUs();
-            return next ? std::optional(std::max<std::int64_t>(0, *next - watch.us()))
-                        : std::nullopt;
-        };
-        auto timeoutUs = untilNext();
-        if (keeper.behind() && timeoutUs && *timeoutUs > quietUs) {
-            keeper.Update();
-            timeoutUs = untilNext();
-        }
-        const bool idle = !timeoutUs;
-        const auto bytes = terminal.Wait(idle && keeper.behind() ? quietUs : timeoutUs);
-        if (idle && bytes.empty()) {
-            keeper.Update();
-        }
-        box.Receive(watch.us(), bytes);
-        terminal.Write(box.Take(watch.us()));
+    const auto start = std::chrono::steady_clock::now();
+    const auto nowUs = [start] {
+        return std::chrono::duration_cast<std::chrono::microseconds>(
+                   std::chrono::steady_clock::now() - start)
+            .count();
+    };
+    while (!Terminal::StopRequested() && !programmer.cablePulled()) {
+        std::optional<std::int64_t> timeoutUs;
+        if (const auto next = programmer.nextEventUs())
+            timeoutUs = std::max<std::int64_t>(0, *next - nowUs());
+        const bool saveNext = chipFile.behind() && timeoutUs.value_or(INT64_MAX) > 2 * quietUs;
+        const auto bytes = terminal.Wait(saveNext ? quietUs : timeoutUs);
+        if (saveNext && bytes.empty())
+            chipFile.Save();
+        programmer.Receive(nowUs(), bytes);
+        terminal.Write(programmer.Take(nowUs()));
     }
-    keeper.Update();
+    chipFile.Save();
 }
 
 int run(const Settings& settings) {
-    Programmer box(settings.box);
+    Programmer programmer(settings.options);
     std::ofstream traceFile;
-    startTrace(box, settings.traceFile, traceFile);
-    ChipKeeper keeper(settings.chipFile, box.chip());
+    if (!settings.traceFile.empty()) {
+        const bool toConsole = settings.traceFile == "-";
+        if (!toConsole)
+            traceFile.open(settings.traceFile);
+        if (!traceFile)
+            throw std::runtime_error("cannot write " + settings.traceFile);
+        std::ostream& out = toConsole ? std::cout : traceFile;
+        // Each line is flushed, so that a trace can be watched and survives a crash.
+        programmer.setTraceSink([&out](const std::string& line) { out << line << std::endl; });
+    }
+    ChipFile chipFile(settings.chipFile, programmer.chip());
     Terminal terminal(settings.linkPath);
     std::cout << "simbox ready: ";
-    if (!settings.linkPath.empty()) {
+    if (!settings.linkPath.empty())
         std::cout << settings.linkPath << " -> ";
-    }
     std::cout << terminal.path() << std::endl;
 
-    serve(box, terminal, keeper);
+    serve(programmer, terminal, chipFile);
 
-    for (const std::string& protocolError : box.protocolErrors()) {
-        std::cerr << "simbox: protocol error: " << protocolError << "\n";
-    }
-    return box.protocolErrors().empty() ? 0 : statusProtocolError;
+    for (const std::string& error : programmer.protocolErrors())
+        std::cerr << "simbox: protocol error: " << error << "\n";
+    return programmer.protocolErrors().empty() ? 0 : statusProtocolError;
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "simbox/programmer.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace simbox {
@@ -12,101 +11,84 @@ constexpr std::int64_t partialFrameLifeUs = 1'000'000;
 constexpr std::size_t portionBytes = 32; // what a USB bridge hands over at once
 constexpr std::uint8_t extraByte = 0xEE;
 
-std::string nameOf(char commandCode) {
-    if (commandCode >= '!' && commandCode <= '~') {
-        return std::string("\"") + commandCode + "\"";
-    }
-    return "byte " + std::to_string(static_cast<unsigned char>(commandCode));
-}
-
-// One fault on one reply. The kinds that do not work on a reply leave it alone.
-void spoilOnce(Reply& reply, const Fault& fault) {
+void applyFault(Reply& reply, const Fault& fault) {
+    auto& bytes = reply.bytes;
     switch (fault.kind) {
     case FaultKind::Short:
-        reply.bytes.resize(std::min<std::size_t>(reply.bytes.size(), fault.count));
+        bytes.resize(std::min<std::size_t>(bytes.size(), fault.count));
         break;
+    case FaultKind::Chatter:
+        reply.gapIndex = bytes.size();
+        reply.gapUs = fault.delayUs;
+        [[fallthrough]];
     case FaultKind::Long:
-        reply.bytes.resize(reply.bytes.size() + fault.count, extraByte);
+        bytes.resize(bytes.size() + fault.count, extraByte);
         break;
     case FaultKind::Identify:
-        reply.bytes.resize(fault.count, extraByte);
+        bytes.resize(fault.count, extraByte);
         break;
     case FaultKind::Late:
         reply.delayUs += fault.delayUs;
         break;
-    case FaultKind::Torn:
+    case FaultKind::Split:
         reply.gapIndex = fault.count;
         reply.gapUs = fault.delayUs;
         break;
-    case FaultKind::Chatter:
-        reply.gapIndex = reply.bytes.size();
-        reply.gapUs = fault.delayUs;
-        reply.bytes.resize(reply.bytes.size() + fault.count, extraByte);
-        break;
     case FaultKind::Double: {
-        const std::vector<std::uint8_t> once = reply.bytes;
-        reply.bytes.insert(reply.bytes.end(), once.begin(), once.end());
+        const std::vector<std::uint8_t> once = bytes;
+        bytes.insert(bytes.end(), once.begin(), once.end());
         break;
     }
     case FaultKind::Status:
-        reply.bytes = fault.bytes;
+        bytes = fault.bytes;
         break;
     case FaultKind::Silent:
     case FaultKind::SilentFrom:
-        reply.bytes.clear();
+        bytes.clear();
         break;
     default:
         return;
     }
-    reply.meaning += " (spoilt by a fault)";
+    reply.meaning += " (injected fault)";
 }
 
 } // namespace
 
 Programmer::Programmer(Options options)
-    : options_(std::move(options)), commands_(options_), incomingPace_(options_.baud),
-      outgoingPace_(options_.baud) {}
+    : faults_(options.faults), commands_(options), incomingPace_(options.baud),
+      outgoingPace_(options.baud) {}
 
 void Programmer::setTraceSink(std::function<void(const std::string&)> sink) {
     traceSink_ = std::move(sink);
 }
 
 void Programmer::setFaults(std::vector<Fault> faults) {
-    options_.faults = std::move(faults);
+    faults_ = std::move(faults);
     silenced_ = false;
 }
 
 void Programmer::Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes) {
     advance(nowUs);
-    if (pulled_) {
+    if (pulled_)
         return;
-    }
-    for (const std::uint8_t value : bytes) {
+    for (const std::uint8_t value : bytes)
         incoming_.push_back({incomingPace_.Next(nowUs, 1), value});
-    }
     advance(nowUs);
 }
 
 std::optional<std::int64_t> Programmer::nextEventUs() const {
-    std::optional<std::int64_t> next;
-    const auto consider = [&next](std::int64_t timeUs) {
-        next = next ? std::min(*next, timeUs) : timeUs;
-    };
-    if (!outgoing_.empty()) {
-        consider(outgoing_.front().atUs);
+    constexpr std::int64_t never = INT64_MAX;
+    std::int64_t next = outgoing_.empty() ? never : outgoing_.front().atUs;
+    if (!partial_.empty() || !incoming_.empty()) {
+        const std::int64_t sinceUs = partial_.empty() ? incoming_.front().atUs : partialSinceUs_;
+        next = std::min(next, sinceUs + partialFrameLifeUs);
+        const bool lengthKnown = partial_.size() >= lengthFieldBytes;
+        const std::size_t wholeBytes = lengthFieldBytes + (lengthKnown ? LengthOf(partial_) : 0);
+        const std::size_t missing = wholeBytes - partial_.size();
+        if (missing <= incoming_.size())
+            next = std::min(next, incoming_[missing - 1].atUs);
     }
-    if (partial_.empty() && incoming_.empty()) {
-        return next;
-    }
-    consider((partial_.empty() ? incoming_.front().atUs : partialSinceUs_) + partialFrameLifeUs);
-    const std::size_t whole = partial_.size() < lengthFieldBytes
-                                  ? lengthFieldBytes
-                                  : lengthFieldBytes + LengthOf(partial_);
-    const std::size_t missing = whole - partial_.size();
-    if (missing <= incoming_.size()) {
-        consider(incoming_[missing - 1].atUs);
-    }
-    return next;
+    return next == never ? std::nullopt : std::optional(next);
 }
 
 std::vector<std::uint8_t> Programmer::Take(std::int64_t nowUs) {
@@ -114,9 +96,8 @@ std::vector<std::uint8_t> Programmer::Take(std::int64_t nowUs) {
     std::vector<std::uint8_t> due;
     for (; !outgoing_.empty() && outgoing_.front().atUs <= nowUs; outgoing_.pop_front()) {
         const Portion& portion = outgoing_.front();
-        if (traceSink_ && !portion.traceText.empty()) {
+        if (traceSink_ && !portion.traceText.empty())
             traceSink_(portion.traceText);
-        }
         due.insert(due.end(), portion.bytes.begin(), portion.bytes.end());
     }
     return due;
@@ -128,22 +109,19 @@ void Programmer::advance(std::int64_t nowUs) {
         incoming_.pop_front();
         receiveByte(byte);
     }
-    giveUpPartial(nowUs);
+    dropPartial(nowUs);
 }
 
 void Programmer::receiveByte(IncomingByte byte) {
-    giveUpPartial(byte.atUs);
-    if (partial_.empty()) {
+    dropPartial(byte.atUs);
+    if (partial_.empty())
         partialSinceUs_ = byte.atUs;
-    }
     partial_.push_back(byte.value);
-    if (partial_.size() < lengthFieldBytes) {
+    if (partial_.size() < lengthFieldBytes)
         return;
-    }
     const std::uint32_t length = LengthOf(partial_);
     if (length > maxLength) {
-        reportError(byte.atUs,
-                    "length " + std::to_string(length) + " is no frame's; input dropped");
+        reportError(byte.atUs, "length " + std::to_string(length) + " is too great; input dropped");
         partial_.clear();
         incoming_.clear();
     } else if (partial_.size() == lengthFieldBytes + length) {
@@ -151,88 +129,75 @@ void Programmer::receiveByte(IncomingByte byte) {
     }
 }
 
-void Programmer::giveUpPartial(std::int64_t nowUs) {
-    if (!partial_.empty() && nowUs - partialSinceUs_ >= partialFrameLifeUs) {
-        reportError(partialSinceUs_ + partialFrameLifeUs,
-                    "incomplete frame of " + std::to_string(partial_.size()) + " bytes dropped");
-        partial_.clear();
-    }
+void Programmer::dropPartial(std::int64_t nowUs) {
+    if (partial_.empty() || nowUs - partialSinceUs_ < partialFrameLifeUs)
+        return;
+    reportError(partialSinceUs_ + partialFrameLifeUs,
+                "incomplete frame of " + std::to_string(partial_.size()) + " bytes dropped");
+    partial_.clear();
 }
 
 void Programmer::finishFrame(std::int64_t timeUs) {
-    Frame frame;
-    frame.arrivedUs = timeUs;
-    frame.bytes = std::exchange(partial_, {});
-    if (frame.bytes.size() > lengthFieldBytes) {
-        frame.commandCode = static_cast<char>(frame.bytes[lengthFieldBytes]);
-    }
+    const bool empty = partial_.size() == lengthFieldBytes;
+    const char commandCode = empty ? char{0} : static_cast<char>(partial_[lengthFieldBytes]);
+    const Frame frame{timeUs, commandCode, std::exchange(partial_, {})};
     frames_.push_back(frame);
-    const auto ofAll = static_cast<std::uint32_t>(frames_.size());
-    const std::uint32_t ofCommand = ++commandCounts_[frame.commandCode];
-    trace(timeUs, '>', frame.bytes, DescribeFrame(frame.bytes));
+    const std::uint32_t ofCommand = ++commandCounts_[commandCode];
+    const std::string description = DescribeFrame(frame.bytes);
+    trace(timeUs, '>', frame.bytes, description);
 
     std::vector<Fault> faults;
-    std::copy_if(
-        options_.faults.begin(), options_.faults.end(), std::back_inserter(faults),
-        [&](const Fault& f) { return MeansFrame(f, frame.commandCode, ofAll, ofCommand); });
-    const auto struck = [&faults](FaultKind kind) {
-        return std::any_of(faults.begin(), faults.end(),
-                           [kind](const Fault& f) { return f.kind == kind; });
-    };
-    if (struck(FaultKind::Pull)) {
-        pull(timeUs);
-        return;
+    for (const Fault& fault : faults_) {
+        const std::size_t number = fault.commandCode == 0 ? frames_.size() : ofCommand;
+        if ((fault.commandCode == 0 || fault.commandCode == commandCode) &&
+            (fault.number == 0 || fault.number == number))
+            faults.push_back(fault);
     }
-    silenced_ = silenced_ || struck(FaultKind::SilentFrom);
-
-    Outcome outcome = commands_.Run(frame);
-    if (!outcome.reply) {
-        reportError(timeUs, "frame " + std::to_string(ofAll) + ", " + nameOf(frame.commandCode) +
-                                ": " + outcome.protocolError);
-        return;
-    }
-    spoil(*outcome.reply, faults);
-    queueReply(timeUs, *outcome.reply);
-}
-
-void Programmer::spoil(Reply& reply, std::span<const Fault> faults) const {
     for (const Fault& fault : faults) {
-        spoilOnce(reply, fault);
+        if (fault.kind == FaultKind::Pull)
+            return pull(timeUs);
+        silenced_ = silenced_ || fault.kind == FaultKind::SilentFrom;
     }
-    if (silenced_) {
-        reply.bytes.clear();
+
+    try {
+        Reply reply = commands_.Run(frame);
+        for (const Fault& fault : faults)
+            applyFault(reply, fault);
+        queueReply(timeUs, reply);
+    } catch (const ProtocolError& error) {
+        reportError(timeUs, "frame " + std::to_string(frames_.size()) + ", " + description + ": " +
+                                error.what());
     }
 }
 
 void Programmer::pull(std::int64_t timeUs) {
     pulled_ = true;
     incoming_.clear();
-    // A portion that has not filled by then is lost in the bridge.
     std::erase_if(outgoing_, [timeUs](const Portion& portion) { return portion.atUs > timeUs; });
     trace(timeUs, '<', {}, "cable pulled");
 }
 
 void Programmer::queueReply(std::int64_t timeUs, const Reply& reply) {
     const std::int64_t readyUs = timeUs + reply.delayUs;
-    if (reply.bytes.empty()) {
-        trace(readyUs, '<', {}, "no reply by a fault");
+    if (reply.bytes.empty() || silenced_) {
+        trace(readyUs, '<', {}, "no reply (injected fault)");
         return;
     }
     const auto bytes = std::span(reply.bytes);
     const std::size_t gap = std::min(reply.gapIndex, bytes.size());
-    const std::int64_t endUs = queueUnit(readyUs, bytes.first(gap), reply.meaning);
-    queueUnit(endUs + reply.gapUs, bytes.subspan(gap), reply.meaning + ", continued");
+    const std::int64_t endUs = queuePart(readyUs, bytes.first(gap), reply.meaning);
+    queuePart(endUs + reply.gapUs, bytes.subspan(gap), reply.meaning + ", continued");
 }
 
-std::int64_t Programmer::queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
+std::int64_t Programmer::queuePart(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
                                    const std::string& meaning) {
     std::int64_t endUs = readyUs;
     for (std::size_t start = 0; start < bytes.size(); start += portionBytes) {
         const auto part = bytes.subspan(start, std::min(portionBytes, bytes.size() - start));
         endUs = outgoingPace_.Next(readyUs, part.size());
-        outgoing_.push_back({endUs,
-                             {part.begin(), part.end()},
-                             start == 0 ? TraceLine(endUs, '<', bytes, meaning) : ""});
+        outgoing_.push_back({endUs, {part.begin(), part.end()}, ""});
+        if (start == 0 && traceSink_)
+            outgoing_.back().traceText = TraceLine(endUs, '<', bytes, meaning);
     }
     return endUs;
 }
@@ -244,9 +209,8 @@ void Programmer::reportError(std::int64_t timeUs, const std::string& text) {
 
 void Programmer::trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
                        const std::string& meaning) const {
-    if (traceSink_) {
+    if (traceSink_)
         traceSink_(TraceLine(timeUs, direction, bytes, meaning));
-    }
 }
 
 } // namespace simbox

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "simbox/chip.h"
 #include "simbox/commands.h"
-#include "simbox/options.h"
 #include "simbox/wire.h"
 
 #include <cstdint>
@@ -16,49 +14,49 @@
 
 namespace simbox {
 
-// The simulated box as its serial line shows it: bytes and time in, bytes and times out. It reads
-// no clock and sleeps nowhere; all times are microseconds of the caller's clock, never going back.
+// The simulated programmer as its serial line shows it: bytes and time in, bytes and times out. It
+// reads no clock and never sleeps; all times are microseconds of the caller's clock, which does not
+// go back.
 //
-// A frame counts as received when its last byte is in. It is then answered, or refused: a refused
-// frame changes nothing, gets no reply and leaves a protocol error. An incomplete frame is dropped
-// with a protocol error one second after its first byte. Any byte sequence is survived.
+// A frame is received when its last byte is in. The programmer then replies to it or rejects it: a
+// rejected frame changes nothing, has no reply and is a protocol error. So is an incomplete frame,
+// which is dropped one second after its first byte. No byte sequence does harm.
 //
-// With pacing a reply arrives as from a USB bridge: in portions of 32 bytes, each when its last
-// byte has come over the wire, and the rest at the time of its last byte. The two parts of a reply
-// with a gap are divided into portions separately. A pulled cable loses the portion that was
-// filling.
+// Unless unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes, each when its
+// last byte has come over the wire, and the rest at the time of its last byte. The two parts of a
+// reply with a gap are divided separately. A pulled cable loses the portion that was filling.
 class Programmer {
 public:
     explicit Programmer(Options options = {});
 
-    // Bytes from the program, all handed over at `nowUs`. With pacing each takes its wire time,
-    // behind those still on the wire, before the box has it. Ignored once the cable is pulled.
+    // Bytes from the program, all handed over at `nowUs`. Each takes its time on the wire, after
+    // those still there, before it is received. Ignored once the cable is pulled.
     void Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes);
 
-    // When something is next due: a reply byte, a frame being complete, an incomplete frame being
-    // given up. May lie before the present. nullopt: nothing, ever, without further bytes.
+    // When something is next due: a portion of a reply, a frame being complete, an incomplete frame
+    // being dropped. May be in the past. nullopt: nothing, ever, without further bytes.
     std::optional<std::int64_t> nextEventUs() const;
 
-    // Lets time pass up to `nowUs` and gives the reply bytes due by then, in order, once. Frames
-    // that complete by then are carried out here (or in `Receive`), not before.
+    // Lets time pass up to `nowUs` and returns the reply bytes due by then, in order, once. Frames
+    // that are complete by then are carried out here (or in `Receive`), not before.
     std::vector<std::uint8_t> Take(std::int64_t nowUs);
 
-    // A pull fault has struck: portions due before it still come out of `Take`, nothing after.
+    // After a pull fault: portions due before it still come out of `Take`, nothing after.
     bool cablePulled() const { return pulled_; }
 
     const std::vector<std::string>& protocolErrors() const { return protocolErrors_; }
-    // Every whole frame in order of arrival, refused ones included.
+    // Every whole frame in order of arrival, rejected ones included.
     const std::vector<Frame>& frames() const { return frames_; }
 
-    // The faults that name a frame, from now on. What is already on its way stays as it is.
+    // Replaces the faults that name a frame. Replies already on their way are unchanged.
     void setFaults(std::vector<Fault> faults);
 
     Chip& chip() { return commands_.chip(); }
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }
 
-    // Gets one line for each frame, reply and protocol error, without line end. Replies are told
-    // when their first byte is taken. An empty function: no trace.
+    // Gets one line for each frame, reply and protocol error, without line end. A reply's line
+    // comes with its first portion. An empty function: no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:
@@ -75,24 +73,23 @@ private:
 
     void advance(std::int64_t nowUs);
     void receiveByte(IncomingByte byte);
-    void giveUpPartial(std::int64_t nowUs);
+    void dropPartial(std::int64_t nowUs);
     void finishFrame(std::int64_t timeUs);
-    void spoil(Reply& reply, std::span<const Fault> faults) const;
     void pull(std::int64_t timeUs);
     void queueReply(std::int64_t timeUs, const Reply& reply);
-    // Queues bytes that follow each other without a gap, and gives the time of the last.
-    std::int64_t queueUnit(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
+    // Queues bytes that follow each other without a gap and returns the time of the last.
+    std::int64_t queuePart(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
                            const std::string& meaning);
     void reportError(std::int64_t timeUs, const std::string& text);
     void trace(std::int64_t timeUs, char direction, std::span<const std::uint8_t> bytes,
                const std::string& meaning) const;
 
-    Options options_;
+    std::vector<Fault> faults_;
     Commands commands_;
     WirePace incomingPace_;
     WirePace outgoingPace_;
     std::deque<IncomingByte> incoming_; // still on the wire
-    std::vector<std::uint8_t> partial_; // bytes in, of a frame not yet complete
+    std::vector<std::uint8_t> partial_; // received, of a frame not yet complete
     std::int64_t partialSinceUs_ = 0;
     std::deque<Portion> outgoing_;
     std::vector<Frame> frames_;

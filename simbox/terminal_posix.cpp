@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
@@ -12,7 +13,6 @@
 #ifdef __linux__
 #include <sys/prctl.h>
 #endif
-#include <system_error>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -30,18 +30,11 @@ extern "C" void noteStop(int signal) {
 }
 
 std::runtime_error failure(const std::string& what) {
-    return std::runtime_error(what + ": " + std::generic_category().message(errno));
+    return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// The system may add its slack to every sleep, by default a third of a byte's time on the line.
-void sleepExactly() {
-#ifdef __linux__
-    constexpr unsigned long slackNs = 1'000;
-    prctl(PR_SET_TIMERSLACK, slackNs);
-#endif
-}
-
-// The signals stay blocked but for the sleep in ppoll, so none can slip in between test and sleep.
+// The signals are blocked except during the sleep in ppoll, so that none gets lost between test and
+// sleep.
 void catchSignals() {
     sigset_t stops;
     sigemptyset(&stops);
@@ -57,68 +50,55 @@ void catchSignals() {
 
 } // namespace
 
+Terminal::Descriptor::~Descriptor() {
+    if (value >= 0)
+        close(value);
+}
+
 Terminal::Terminal(std::string linkPath) : linkPath_(std::move(linkPath)) {
     catchSignals();
-    sleepExactly();
-    try {
-        open();
-        makeLink();
-    } catch (...) {
-        close();
-        throw;
-    }
+#ifdef __linux__
+    // By default the system may make every sleep longer by a third of a byte's time on the line.
+    constexpr unsigned long slackNs = 1'000;
+    prctl(PR_SET_TIMERSLACK, slackNs);
+#endif
+    open();
+    makeLink();
 }
 
 Terminal::~Terminal() {
     std::error_code error;
-    if (!linkPath_.empty() && fs::read_symlink(linkPath_, error) == path_) {
+    if (!linkPath_.empty() && fs::read_symlink(linkPath_, error) == path_)
         fs::remove(linkPath_, error);
-    }
-    close();
 }
 
 void Terminal::open() {
-    master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) {
+    master_.value = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (master_.value < 0 || grantpt(master_.value) != 0 || unlockpt(master_.value) != 0)
         throw failure("cannot open a pseudo-terminal");
-    }
-    const char* name = ptsname(master_);
-    if (name == nullptr) {
+    const char* name = ptsname(master_.value);
+    if (name == nullptr)
         throw failure("cannot name the pseudo-terminal");
-    }
     path_ = name;
-    // Held open for good: without it the line would hang up whenever the program closes it.
-    slave_ = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    slave_.value = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios raw{};
-    if (slave_ < 0 || tcgetattr(slave_, &raw) != 0) {
+    if (slave_.value < 0 || tcgetattr(slave_.value, &raw) != 0)
         throw failure("cannot open " + path_);
-    }
     cfmakeraw(&raw);
-    if (tcsetattr(slave_, TCSANOW, &raw) != 0 || fcntl(master_, F_SETFL, O_NONBLOCK) != 0) {
+    if (tcsetattr(slave_.value, TCSANOW, &raw) != 0 ||
+        fcntl(master_.value, F_SETFL, O_NONBLOCK) != 0)
         throw failure("cannot set up " + path_);
-    }
 }
 
 void Terminal::makeLink() {
-    if (linkPath_.empty()) {
+    if (linkPath_.empty())
         return;
-    }
-    const fs::file_status standing = fs::symlink_status(linkPath_);
-    if (fs::exists(standing) && !fs::is_symlink(standing)) {
-        throw std::runtime_error(linkPath_ + " exists and is no symbolic link; left alone");
-    }
+    const fs::file_status existing = fs::symlink_status(linkPath_);
+    if (fs::exists(existing) && !fs::is_symlink(existing))
+        throw std::runtime_error(linkPath_ + " exists and is not a symbolic link; left alone");
     const std::string temporary = linkPath_ + "." + std::to_string(getpid());
     fs::create_symlink(path_, temporary);
     fs::rename(temporary, linkPath_);
-}
-
-void Terminal::close() {
-    for (int* descriptor : {&slave_, &master_}) {
-        if (*descriptor >= 0) {
-            ::close(*descriptor);
-            *descriptor = -1;
-        }
-    }
 }
 
 std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) {
@@ -129,40 +109,34 @@ std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) 
     }
     sigset_t none;
     sigemptyset(&none);
-    pollfd master{master_, POLLIN, 0};
+    pollfd master{master_.value, POLLIN, 0};
     const int ready = ppoll(&master, 1, timeoutUs ? &timeout : nullptr, &none);
-    if (ready < 0 && errno != EINTR) {
+    if (ready < 0 && errno != EINTR)
         throw failure("cannot wait on " + path_);
-    }
-    if (ready <= 0) {
+    if (ready <= 0)
         return {};
-    }
     std::array<std::uint8_t, 4096> buffer{};
-    const ssize_t count = read(master_, buffer.data(), buffer.size());
+    const ssize_t count = read(master_.value, buffer.data(), buffer.size());
     if (count < 0) {
-        if (errno == EAGAIN || errno == EINTR) {
+        if (errno == EAGAIN || errno == EINTR)
             return {};
-        }
         throw failure("cannot read from " + path_);
     }
-    // Exclusive use is bound to the terminal and, with our side open, would outlive a program that
-    // died with it: no one could open the line again.
-    ioctl(slave_, TIOCNXCL);
+    // Exclusive use belongs to the terminal. With our side open it would outlive a program that
+    // crashed with it, and no one could open the line again.
+    ioctl(slave_.value, TIOCNXCL);
     return {buffer.begin(), buffer.begin() + count};
 }
 
 void Terminal::Write(std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
-        const ssize_t count = ::write(master_, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) {
+        const ssize_t count = ::write(master_.value, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
             continue;
-        }
-        if (count < 0 && errno == EAGAIN) {
+        if (count < 0 && errno == EAGAIN)
             return;
-        }
-        if (count < 0) {
+        if (count < 0)
             throw failure("cannot write to " + path_);
-        }
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
 }

@@ -12,9 +12,9 @@ namespace simbox {
 // echo. A program that closes its side and opens it again finds the line as it was.
 class Terminal {
 public:
-    // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, in the place of an
-    // existing link. Throws std::runtime_error with the cause; anything else that stands at
-    // `linkPath` is such a cause. One at a time in a process: it takes SIGTERM, SIGINT and SIGHUP.
+    // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, which replaces an
+    // existing link. Throws std::runtime_error with the cause; anything else at `linkPath` is such
+    // a cause. One at a time in a process: it handles SIGTERM, SIGINT and SIGHUP.
     explicit Terminal(std::string linkPath);
     // Removes the link, if it still leads here, then hangs up.
     ~Terminal();
@@ -24,8 +24,8 @@ public:
     // What the program opens, such as /dev/pts/3.
     const std::string& path() const { return path_; }
 
-    // Sleeps until bytes are there, `timeoutUs` (microseconds; nullopt: for ever) has passed, or
-    // one of the signals has come. Gives all bytes that are there, none in the other cases.
+    // Sleeps until bytes are there, `timeoutUs` (microseconds; nullopt: no limit) has passed, or
+    // one of the signals has come. Returns all bytes that are there, which may be none.
     std::vector<std::uint8_t> Wait(std::optional<std::int64_t> timeoutUs);
 
     // Bytes that no one has read for so long that the system's queue is full are lost, as on any
@@ -36,14 +36,18 @@ public:
     static bool StopRequested();
 
 private:
+    struct Descriptor {
+        int value = -1;
+        ~Descriptor();
+    };
+
     void open();
     void makeLink();
-    void close();
 
     std::string linkPath_;
     std::string path_;
-    int master_ = -1;
-    int slave_ = -1;
+    Descriptor master_;
+    Descriptor slave_; // held open: without it the line would hang up when the program closes it
 };
 
 } // namespace simbox

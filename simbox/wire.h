@@ -8,10 +8,10 @@
 
 namespace simbox {
 
-// A frame from the program, as it stood on the wire:
+// A frame from the program, as on the wire:
 //
 //   offset  size        field
-//   0       4           length, big-endian: number of bytes behind this field
+//   0       4           length, big-endian: number of bytes after this field
 //   4       1           command code
 //   5       length - 1  parameters
 struct Frame {
@@ -21,32 +21,35 @@ struct Frame {
 };
 
 constexpr std::size_t lengthFieldBytes = 4;
-// A greater length is no frame of any kind; the line is out of step.
+// No frame of any kind is longer; after a greater length the line is out of step.
 constexpr std::uint32_t maxLength = 65536;
 
 // The length field of a frame of which at least four bytes are there.
 std::uint32_t LengthOf(std::span<const std::uint8_t> frameBytes);
 
-// Whether a frame with this command code may have this length. False for unknown letters.
-bool LengthFits(char commandCode, std::size_t length);
 bool KnownCommand(char commandCode);
+// Whether a frame with this command code may have this length. False for unknown codes.
+bool LengthFits(char commandCode, std::size_t length);
 
-// One direction of the line: when the bytes are through it, one after another.
+// One direction of the line, which takes 10 bits to a byte.
 class WirePace {
 public:
     // `baud` 0: bytes take no time.
-    explicit WirePace(std::uint32_t baud);
-    // Time (microseconds, rounded up) at which the last of the next `bytes` bytes is through, the
-    // first bit leaving no earlier than `readyUs` and not before the byte in front is through.
+    explicit WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
+    // Time (microseconds, rounded up) at which the last of the next `bytes` bytes is through. The
+    // first starts at `readyUs`, or when all before it are through.
     std::int64_t Next(std::int64_t readyUs, std::size_t bytes);
 
 private:
-    std::int64_t byteNs_;
+    std::int64_t byteNs_;     // nanoseconds, so that rounding does not add up over a frame
     std::int64_t freeNs_ = 0; // the line is busy until then
 };
 
-// A frame's meaning in words: "set supplies 12 0 50". "unknown" where the command code or length
-// is.
+// `digits` or more hexadecimal digits.
+std::string HexText(std::size_t value, int digits);
+
+// A frame's meaning in words: "set supplies 12 0 50". "malformed" when the command code is unknown
+// or the length does not fit it.
 std::string DescribeFrame(std::span<const std::uint8_t> frameBytes);
 
 // "0.001234 > 00 00 00 01 49  identify": seconds, direction, bytes (the first 16 and a count when
