@@ -56,7 +56,8 @@ void pageText(benchmark::State& bench) {
     selectSize(bench);
     fillImage();
     for (auto _ : bench)
-        benchmark::DoNotOptimize(PageText(LastTopLine(state().DeviceList[1].Size)));
+        benchmark::DoNotOptimize(
+            PageText(LastTopLine(state().DeviceList[1].Size), state().BufferData));
 }
 BENCHMARK(pageText)->Arg(256)->Arg(4096)->Arg(65536)->Unit(benchmark::kMicrosecond);
 

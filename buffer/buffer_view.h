@@ -2,15 +2,14 @@
 
 namespace modFunc {
 
-// The hex view `frmBuffer`, for those who change the image.
+// The hex view `frmBuffer`, for the procedures that change the image.
 struct BufferView {
     virtual ~BufferView() = default;
     // Closes the view if it is open and opens it again, at the top of the image.
     virtual void Reopen() = 0;
 };
 
-// The view in use. The main window sets it; calling bufferView() before that is a fault of the
-// program.
+// The view in use; the main window sets it.
 BufferView& bufferView();
 void useBufferView(BufferView* inUse);
 

@@ -12,9 +12,9 @@
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QSignalBlocker>
-#include <QTextBlockFormat>
+#include <QTextBlock>
 #include <QTextCursor>
-#include <QTextDocument>
+#include <QTextLayout>
 #include <QWheelEvent>
 
 using namespace modFunc;
@@ -23,24 +23,8 @@ namespace {
 
 constexpr int shownLines = pageLines + 1; // with the heading
 
-// Position in the document, where a line end is one character, of an index in the page's text.
-int documentPosition(int index) {
-    if (index < headingLength)
-        return index;
-    return index - 1 - (index - headingLength) / lineLength;
-}
-
-// The way back.
-int pageIndex(int documentPosition) {
-    constexpr int documentHeading = headingLength - 1;
-    constexpr int documentLine = lineLength - 1;
-    if (documentPosition < documentHeading)
-        return documentPosition;
-    return documentPosition + 1 + (documentPosition - documentHeading) / documentLine;
-}
-
-// The page's text as the box takes it. Character 127 has no glyph in today's fonts and would upset
-// the columns: it shows as the house that stood there on old screens.
+// The page's text as the text box takes it. Character 127 has no glyph in today's fonts and would
+// upset the columns: it is drawn as the house that old screens had for it.
 QString shown(const std::string& text) {
     QString page = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
     page.remove(u'\r');
@@ -49,22 +33,22 @@ QString shown(const std::string& text) {
     return page;
 }
 
-int keyCodeFor(int key) {
+HexEditor::Key editorKey(int key) {
     switch (key) {
     case Qt::Key_Left:
-        return KeyLeft;
+        return HexEditor::Key::Left;
     case Qt::Key_Up:
-        return KeyUp;
+        return HexEditor::Key::Up;
     case Qt::Key_Right:
-        return KeyRight;
+        return HexEditor::Key::Right;
     case Qt::Key_Down:
-        return KeyDown;
+        return HexEditor::Key::Down;
     default:
-        return 0;
+        return HexEditor::Key::Other;
     }
 }
 
-// White on navy, in the middle.
+// Centred, white on navy.
 QLabel* addHexLabel(QWidget* parent, const char* name, const TwipsRect& rect) {
     QLabel* label =
         addLabel(parent, name, QStringLiteral("0000"), rect, fixedFont(points9_75, QFont::Bold));
@@ -92,7 +76,7 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
     constexpr int textGap = 3;
     document()->setDocumentMargin(0);
     setViewportMargins(textGap, 0, 0, 0);
-    // The caret is seen whether or not the box has the focus.
+    // The caret is seen whether or not the text box has the focus.
     QPalette colours = palette();
     for (const auto group : {QPalette::Inactive, QPalette::Disabled}) {
         colours.setColor(group, QPalette::Highlight,
@@ -103,10 +87,13 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
     setPalette(colours);
 }
 
+int PageBox::lineHeight() const {
+    return (height() - 2 * frameWidth()) / shownLines;
+}
+
 void PageBox::showPage(const std::string& text) {
-    const int lineHeight = (height() - 2 * frameWidth()) / shownLines;
     QTextBlockFormat line;
-    line.setLineHeight(lineHeight, QTextBlockFormat::FixedHeight);
+    line.setLineHeight(lineHeight(), QTextBlockFormat::FixedHeight);
     QTextCursor all(document());
     all.beginEditBlock();
     all.select(QTextCursor::Document);
@@ -115,38 +102,43 @@ void PageBox::showPage(const std::string& text) {
     all.endEditBlock();
 }
 
-void PageBox::selectCharacter(int index) {
-    QTextCursor caret(document());
-    caret.setPosition(documentPosition(index));
+void PageBox::selectCharacter(int row, int column) {
+    QTextCursor caret(document()->findBlockByNumber(row + 1));
+    caret.setPosition(caret.position() + column);
     caret.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
     setTextCursor(caret);
 }
 
-// Modifiers are not looked at for the arrows; a letter with Ctrl or Alt is no character.
+// The arrows act with any modifier; with Ctrl, Alt or Meta no character is typed.
 void PageBox::keyPressEvent(QKeyEvent* event) {
-    Q_EMIT keyDown(keyCodeFor(event->key()));
+    const HexEditor::Key key = editorKey(event->key());
+    Q_EMIT keyDown(key);
     const bool command =
         event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
     if (const QString text = event->text(); !command && text.size() == 1)
         Q_EMIT keyPress(text.at(0).toLatin1());
-    event->setAccepted(keyCodeFor(event->key()) != 0);
+    event->setAccepted(key != HexEditor::Key::Other);
 }
 
-// The character whose cell was hit, not the gap that is nearest.
+// The lines are less high than the font, so they overlap and Qt's own hit test misses some pixel
+// rows. The line follows from its height alone.
 void PageBox::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
-    QTextCursor hit = cursorForPosition(event->pos());
-    if (cursorRect(hit).left() > event->pos().x())
-        hit.movePosition(QTextCursor::PreviousCharacter);
-    Q_EMIT clicked(pageIndex(hit.position()));
+    const int line = event->pos().y() / lineHeight();
+    const int x = event->pos().x() + horizontalScrollBar()->value();
+    const QTextBlock hit = document()->findBlockByNumber(line);
+    if (hit.isValid())
+        Q_EMIT clicked(line - 1,
+                       hit.layout()->lineAt(0).xToCursor(x, QTextLine::CursorOnCharacter));
 }
 
 void PageBox::wheelEvent(QWheelEvent* event) {
     QCoreApplication::sendEvent(wheelBar, event);
 }
 
-frmBuffer::frmBuffer(QWidget* parent) : QWidget(parent), editor_(selectedDevice().Size) {
+frmBuffer::frmBuffer(QWidget* parent)
+    : QWidget(parent), editor_(selectedDevice().Size, state().BufferData) {
     setObjectName(QStringLiteral("frmBuffer"));
     setWindowTitle(QStringLiteral("Buffer"));
     setFixedSize(pixels(10215), pixels(4410));
@@ -188,14 +180,14 @@ void frmBuffer::UpdateBuffer() {
     showPage();
 }
 
-void frmBuffer::txtBuffer_Click(int index) {
-    editor_.Click(index);
+void frmBuffer::txtBuffer_Click(int row, int column) {
+    editor_.Click(row, column);
     showCaret();
 }
 
-void frmBuffer::txtBuffer_KeyDown(int keyCode) {
+void frmBuffer::txtBuffer_KeyDown(HexEditor::Key key) {
     const std::int32_t topLine = editor_.TopLine();
-    editor_.Key(keyCode);
+    editor_.Press(key);
     if (editor_.TopLine() != topLine)
         showPage();
     else
@@ -215,14 +207,14 @@ void frmBuffer::vsc_Change(int value) {
 void frmBuffer::showPage() {
     const QSignalBlocker quiet(vsc); // its handler would take the caret back to the page's start
     vsc->setValue(editor_.TopLine());
-    txtBuffer->showPage(PageText(editor_.TopLine()));
+    txtBuffer->showPage(PageText(editor_.TopLine(), state().BufferData));
     showCaret();
     ComputeCheckSum();
     lblCheckSum->setText(QString::fromStdString(HexWord(state().BufferCheckSum)));
 }
 
 void frmBuffer::showCaret() {
-    txtBuffer->selectCharacter(editor_.CaretPos());
+    txtBuffer->selectCharacter(editor_.Row(), DigitColumn(editor_.Digit()));
     const QString address = QString::fromStdString(HexWord(editor_.Address()));
     lblAddress->setText(address);
     txtBuffer->setAccessibleDescription(tr("Address %1").arg(address));

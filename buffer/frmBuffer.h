@@ -8,9 +8,9 @@
 class QLabel;
 class QScrollBar;
 
-// The page's text box: locked, without a scroll bar of its own. It tells what is pressed and
-// clicked and changes nothing by itself; the wheel turns the view's bar. Characters are told by
-// their index in the page's text, where a line end counts as two characters.
+// The page's text box: locked, without a scroll bar of its own. It reports what is pressed and
+// clicked and changes nothing by itself; the wheel turns the view's bar. A row is 0..15 (-1 for the
+// heading, 16 below the page), a column as in buffer/page_text.h.
 class PageBox : public QTextEdit {
     Q_OBJECT
 
@@ -18,22 +18,25 @@ public:
     explicit PageBox(QWidget* parent);
     // Replaces the text, each line at the fixed height that lets all 17 fit.
     void showPage(const std::string& text);
-    void selectCharacter(int index);
+    void selectCharacter(int row, int column);
 
     QScrollBar* wheelBar = nullptr;
 
 Q_SIGNALS:
-    void clicked(int index);
-    void keyDown(int keyCode);
-    void keyPress(char character); // behind keyDown, for a key that gives one character
+    void clicked(int row, int column);
+    void keyDown(modFunc::HexEditor::Key key);
+    void keyPress(char character); // after keyDown, for a key that gives one character
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent*) override {}
     void mouseReleaseEvent(QMouseEvent*) override {}
-    void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+    void mouseDoubleClickEvent(QMouseEvent*) override {} // its second press is no click
     void wheelEvent(QWheelEvent* event) override;
+
+private:
+    int lineHeight() const;
 };
 
 // The hex view: a page of 256 bytes, its scroll bar, the address under the caret and the checksum.
@@ -48,8 +51,8 @@ public:
 
 private:
     void connectHandlers();
-    void txtBuffer_Click(int index);
-    void txtBuffer_KeyDown(int keyCode);
+    void txtBuffer_Click(int row, int column);
+    void txtBuffer_KeyDown(modFunc::HexEditor::Key key);
     void txtBuffer_KeyPress(char character);
     void vsc_Change(int value);
 

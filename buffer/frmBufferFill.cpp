@@ -61,11 +61,11 @@ void frmBufferFill::cmdOk_Click() {
     const auto start = StrictHex(txtStart->text().toStdString());
     const auto length = StrictHex(txtLength->text().toStdString());
     if (!start)
-        return refuse(txtStart, "The start is no hexadecimal number of one to four digits.");
+        return refuse(txtStart, "The start is not a hexadecimal number of one to four digits.");
     if (!length)
-        return refuse(txtLength, "The length is no hexadecimal number of one to four digits.");
+        return refuse(txtLength, "The length is not a hexadecimal number of one to four digits.");
     if (*start + *length - 1 > lastBufferIndex)
-        return refuse(txtLength, "The length reaches behind the end of the buffer: from " +
+        return refuse(txtLength, "The length reaches past the end of the buffer: from " +
                                      HexWord(*start) + "H on there is room for " +
                                      HexDigits(lastBufferIndex + 1 - *start) + "H bytes.");
     State& s = state();
@@ -77,7 +77,7 @@ void frmBufferFill::cmdOk_Click() {
     accept();
 }
 
-// The dialog stays open with the box in question selected.
+// The dialog stays open with the text box in question selected.
 void frmBufferFill::refuse(QLineEdit* box, const std::string& cause) {
     platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
     box->setFocus();

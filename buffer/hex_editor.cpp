@@ -1,36 +1,20 @@
 #include "buffer/hex_editor.h"
 
 #include "app/hex_text.h"
-#include "app/state.h"
 #include "buffer/page_text.h"
 
 namespace modFunc {
 
 namespace {
-
-constexpr int digitColumns = 47; // column of the blank behind byte 15, within the hex area
-constexpr int lowestLineDigit = firstDigit + (pageLines - 1) * lineLength; // index 1135
-// From the blank behind byte 15 to the first digit of the next line; and from the "=" of a line
-// back to the last digit of the line above.
-constexpr int lineWrap = lineLength - digitColumns; // 24
-
-// Column within the hex area: 0 on the first digit of a line, remainder 2 by 3 on a blank.
-int columnOf(int index) {
-    return (index - headingLength) % lineLength - firstDigitColumn;
-}
-
-bool isBlank(int column) {
-    return column % 3 == 2;
-}
-
+constexpr int lastRow = pageLines - 1;
+constexpr int lastDigit = lineDigits - 1;
 } // namespace
 
-HexEditor::HexEditor(std::int32_t size)
-    : size_(size), lastLine_(LastTopLine(size)), caretPos_(firstDigit) {}
+HexEditor::HexEditor(std::int32_t size, std::span<std::uint8_t> image)
+    : size_(size), lastLine_(LastTopLine(size)), image_(image) {}
 
 std::int32_t HexEditor::Address() const {
-    const int line = (caretPos_ - headingLength) / lineLength;
-    return (topLine_ + line) * lineBytes + columnOf(caretPos_) / 3;
+    return (topLine_ + row_) * lineBytes + digit_ / 2;
 }
 
 void HexEditor::ScrollTo(std::int32_t topLine) {
@@ -39,94 +23,87 @@ void HexEditor::ScrollTo(std::int32_t topLine) {
 }
 
 void HexEditor::Home() {
-    caretPos_ = firstDigit;
+    row_ = 0;
+    digit_ = 0;
 }
 
-void HexEditor::Click(int index) {
-    const int column = columnOf(index);
-    if (column >= 0 && column <= digitColumns && !isBlank(column))
-        caretPos_ = index;
+void HexEditor::Click(int row, int column) {
+    const auto digit = DigitAtColumn(column);
+    if (!digit || row < 0 || row > lastRow)
+        return;
+    row_ = row;
+    digit_ = *digit;
 }
 
-void HexEditor::Key(int keyCode) {
-    switch (keyCode) {
-    case KeyLeft:
+void HexEditor::Press(Key key) {
+    switch (key) {
+    case Key::Left:
         return left();
-    case KeyUp:
+    case Key::Up:
         return up();
-    case KeyRight:
+    case Key::Right:
         return right();
-    case KeyDown:
+    case Key::Down:
         return down();
-    default:
+    case Key::Other:
         break;
     }
 }
 
 bool HexEditor::Type(char character) {
-    const int digit = HexDigitValue(character);
-    if (digit < 0)
+    const int value = HexDigitValue(character);
+    const auto address = static_cast<std::size_t>(Address());
+    if (value < 0 || address >= image_.size())
         return false;
-    std::uint8_t& byte = state().BufferData.at(static_cast<std::size_t>(Address()));
-    const bool high = columnOf(caretPos_) % 3 == 0;
-    byte = static_cast<std::uint8_t>(high ? byte % 16 + digit * 16 : byte / 16 * 16 + digit);
+    std::uint8_t& byte = image_[address];
+    const bool high = digit_ % 2 == 0;
+    byte = static_cast<std::uint8_t>(high ? byte % 16 + value * 16 : byte / 16 * 16 + value);
     right();
     return true;
 }
 
+// Off the top of the page it goes to the first digit of the line above, not to its last.
 void HexEditor::left() {
-    --caretPos_;
-    const int column = columnOf(caretPos_);
-    if (column >= 0) {
-        if (isBlank(column))
-            --caretPos_;
-        return;
-    }
-    caretPos_ -= lineWrap;
-    if (caretPos_ >= firstDigit)
-        return;
-    // Off the page: the first digit of the line above, not its last.
-    Home();
-    if (topLine_ > 0)
+    if (digit_ > 0) {
+        --digit_;
+    } else if (row_ > 0) {
+        --row_;
+        digit_ = lastDigit;
+    } else if (topLine_ > 0) {
         --topLine_;
+    }
 }
 
 void HexEditor::up() {
-    if (caretPos_ - lineLength >= headingLength)
-        caretPos_ -= lineLength;
+    if (row_ > 0)
+        --row_;
     else if (topLine_ > 0)
         --topLine_;
 }
 
 void HexEditor::right() {
-    ++caretPos_;
-    const int column = columnOf(caretPos_);
-    if (column < digitColumns) {
-        if (isBlank(column))
-            ++caretPos_;
-        return;
-    }
-    caretPos_ += lineWrap;
-    if (caretPos_ <= pageTextLength)
-        return;
-    if (memoryBelow((topLine_ + pageLines) * lineBytes)) {
-        ++topLine_;
-        caretPos_ = lowestLineDigit;
-    } else {
-        caretPos_ -= lineWrap + 1;
+    if (digit_ < lastDigit) {
+        ++digit_;
+    } else if (row_ < lastRow) {
+        ++row_;
+        digit_ = 0;
+    } else if (scrollDown(0)) {
+        digit_ = 0;
     }
 }
 
 void HexEditor::down() {
-    if (caretPos_ + lineLength <= pageTextLength)
-        caretPos_ += lineLength;
-    else if (memoryBelow((topLine_ + pageLines) * lineBytes + columnOf(caretPos_) / 3))
-        ++topLine_;
+    if (row_ < lastRow)
+        ++row_;
+    else
+        scrollDown(digit_ / 2);
 }
 
-// The device has a byte at this address of the line below the page, and the bar goes that far.
-bool HexEditor::memoryBelow(std::int32_t address) const {
-    return address < size_ && topLine_ < lastLine_;
+bool HexEditor::scrollDown(int byte) {
+    if ((topLine_ + pageLines) * lineBytes + byte >= size_ || topLine_ >= lastLine_)
+        return false;
+    ++topLine_;
+    return true;
 }
 
 } // namespace modFunc

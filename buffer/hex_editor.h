@@ -1,27 +1,27 @@
-// The rules of the hex view: where the caret may stand, what the keys, clicks and digits do. All
-// numbers; the window maps them to its text box and draws.
-//
-// The caret is one selected digit of the page's text (buffer/page_text.h) and always stands on one.
+// The rules of the hex view: where the caret can be, what the keys, clicks and digits do. No pixels
+// and no text positions (those are in buffer/page_text.h); the window maps and draws.
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace modFunc {
 
-// Key codes that act. The others only show the caret again.
-enum KeyCode { KeyLeft = 37, KeyUp = 38, KeyRight = 39, KeyDown = 40 };
-
 class HexEditor {
 public:
-    // At the top of the image, for a device of `size` bytes.
-    explicit HexEditor(std::int32_t size);
+    // What a key does, whatever its modifiers. Other shows the caret again and nothing else.
+    enum class Key { Other, Left, Up, Right, Down };
+
+    // At the top of `image`, for a device of `size` bytes. The image outlives the editor.
+    HexEditor(std::int32_t size, std::span<std::uint8_t> image);
 
     // The 16-byte line at the top of the page, 0..LastLine().
     std::int32_t TopLine() const { return topLine_; }
     // Range of the scroll bar.
     std::int32_t LastLine() const { return lastLine_; }
-    // Index of the caret in the page's text.
-    int CaretPos() const { return caretPos_; }
+    // The caret: row of the page, 0..15, and digit of the row, 0..31.
+    int Row() const { return row_; }
+    int Digit() const { return digit_; }
     // Address of the byte under the caret.
     std::int32_t Address() const;
 
@@ -29,13 +29,12 @@ public:
     void ScrollTo(std::int32_t topLine);
     // The caret goes to the first digit of the page.
     void Home();
-    // A click on the character at `index`: the caret goes there if it is a digit of a byte, and
-    // stays otherwise.
-    void Click(int index);
-    // A key, whatever its modifiers.
-    void Key(int keyCode);
-    // A typed character. A hexadecimal digit of either case goes into BufferData, and the caret
-    // one digit on; true then. Anything else does nothing.
+    // A click on a row and column of the page's text; row -1 is the heading. The caret goes there
+    // if it is a digit of a byte, and stays otherwise.
+    void Click(int row, int column);
+    void Press(Key key);
+    // A typed character. A hexadecimal digit of either case goes into the image, and the caret
+    // one digit on; true then. Anything else does nothing, nor does a digit past the image's end.
     bool Type(char character);
 
 private:
@@ -43,12 +42,16 @@ private:
     void up();
     void right();
     void down();
-    bool memoryBelow(std::int32_t address) const;
+    // Scrolls down by one line if the device has a byte `byte` bytes into the line below the page
+    // and the scroll bar reaches that far.
+    bool scrollDown(int byte);
 
     std::int32_t size_;
     std::int32_t lastLine_;
+    std::span<std::uint8_t> image_;
     std::int32_t topLine_ = 0;
-    int caretPos_;
+    int row_ = 0;
+    int digit_ = 0;
 };
 
 } // namespace modFunc

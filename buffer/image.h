@@ -10,8 +10,8 @@ inline constexpr std::uint8_t erasedByte = 0xFF;
 // Every byte of BufferData, 0..70000, becomes FF.
 void ClearImage();
 
-// FillLength bytes of BufferData from FillStart on become FillByte. The range lies within the
-// image: frmBufferFill sees to it.
+// FillLength bytes of BufferData from FillStart on become FillByte. The range is within
+// the image: frmBufferFill accepts no other.
 void FillImage();
 
 // BufferCheckSum := the sum of the selected device's bytes modulo 65536, each byte 0..255. A Size

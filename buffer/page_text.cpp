@@ -1,7 +1,6 @@
 #include "buffer/page_text.h"
 
 #include "app/hex_text.h"
-#include "app/state.h"
 #include "buffer/image.h"
 
 #include <algorithm>
@@ -12,23 +11,26 @@ namespace modFunc {
 namespace {
 
 constexpr char heading[] = "ADDR                       HEX                            ASCII\r\n";
+constexpr std::size_t headingLength = 65;
 static_assert(sizeof heading - 1 == headingLength);
+constexpr std::size_t lineLength = 71;
+constexpr int firstDigitColumn = 5;
+constexpr int byteColumns = 3; // two digits and a blank
 
 char shownCharacter(std::uint8_t byte) {
     return byte >= 32 && byte <= 127 ? static_cast<char>(byte) : '.';
 }
 
-void appendLine(std::string& text, std::int32_t address) {
-    const Bytes& image = state().BufferData;
+void appendLine(std::string& text, std::int32_t address, std::span<const std::uint8_t> image) {
     text += HexWord(address);
     text += '=';
     const std::size_t bytesAt = text.size();
-    text.resize(bytesAt + 3 * lineBytes + lineBytes, ' ');
+    text.resize(bytesAt + byteColumns * lineBytes + lineBytes, ' ');
     char* digits = text.data() + bytesAt;
-    char* character = digits + 3 * lineBytes;
-    for (std::int32_t index = address; index < address + lineBytes; ++index, digits += 3) {
-        const std::uint8_t byte =
-            index <= lastBufferIndex ? image[static_cast<std::size_t>(index)] : erasedByte;
+    char* character = digits + byteColumns * lineBytes;
+    const auto first = static_cast<std::size_t>(address);
+    for (std::size_t index = first; index < first + lineBytes; ++index, digits += byteColumns) {
+        const std::uint8_t byte = index < image.size() ? image[index] : erasedByte;
         PutHexByte(digits, byte);
         *character++ = shownCharacter(byte);
     }
@@ -37,13 +39,25 @@ void appendLine(std::string& text, std::int32_t address) {
 
 } // namespace
 
-std::string PageText(std::int32_t topLine) {
+std::string PageText(std::int32_t topLine, std::span<const std::uint8_t> image) {
     std::string text;
-    text.reserve(pageTextLength);
+    text.reserve(headingLength + pageLines * lineLength);
     text += heading;
     for (int line = 0; line < pageLines; ++line)
-        appendLine(text, (topLine + line) * lineBytes);
+        appendLine(text, (topLine + line) * lineBytes, image);
     return text;
+}
+
+int DigitColumn(int digit) {
+    return firstDigitColumn + digit / 2 * byteColumns + digit % 2;
+}
+
+std::optional<int> DigitAtColumn(int column) {
+    const int byte = (column - firstDigitColumn) / byteColumns;
+    const int digit = 2 * byte + (column - firstDigitColumn) % byteColumns;
+    if (digit < 0 || digit >= lineDigits || DigitColumn(digit) != column)
+        return std::nullopt;
+    return digit;
 }
 
 std::int32_t LastTopLine(std::int32_t size) {
