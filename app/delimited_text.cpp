@@ -16,23 +16,23 @@ bool isLineEnd(char character) {
     return character == '\r' || character == '\n';
 }
 
-// What stands in a file, short enough for a message.
+// An item, short enough for a message.
 std::string shown(std::string_view item) {
-    std::size_t most = 40;
-    if (item.empty())
-        return "nothing";
-    if (item.size() <= most)
+    std::size_t maxBytes = 40;
+    if (item.find('\0') != std::string_view::npos) // which would end the message
+        return "a zero byte, so the file is not plain text";
+    if (item.size() <= maxBytes)
         return "\"" + std::string(item) + "\"";
-    while (most > 0 && (item[most] & 0xC0) == 0x80) // inside a UTF-8 character
-        --most;
-    return "\"" + std::string(item.substr(0, most)) + "...\"";
+    while (maxBytes > 0 && (item[maxBytes] & 0xC0) == 0x80) // inside a UTF-8 character
+        --maxBytes;
+    return "\"" + std::string(item.substr(0, maxBytes)) + "...\"";
 }
 
 } // namespace
 
 DelimitedReader::DelimitedReader(std::string fileName, std::string text)
     : fileName_(std::move(fileName)), text_(std::move(text)) {
-    // Some editors put this mark in front of a text; it is no part of the first item.
+    // Some editors put this mark in front of a text; it is not part of the first item.
     constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
     if (text_.starts_with(utf8Mark))
         position_ = utf8Mark.size();
@@ -64,7 +64,7 @@ std::string_view DelimitedReader::quotedItem(std::string_view meaning) {
     ++position_;
     skipBlanks();
     if (!atEnd() && text_[position_] != ',' && !isLineEnd(text_[position_]))
-        fail(meaning, "a comma or a line end behind the closing double quote",
+        fail(meaning, "a comma or a line end after the closing double quote",
              shown(std::string_view(text_).substr(position_, 1)));
     return item;
 }
@@ -93,10 +93,11 @@ std::string_view DelimitedReader::NextString(std::string_view meaning) {
     return nextItem(meaning, "a text");
 }
 
-std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t least,
-                                         std::int32_t most) {
+std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t min,
+                                         std::int32_t max) {
     const std::string expected =
-        "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
+        "a whole number from " + std::to_string(min) + " to " + std::to_string(max);
+    const bool firstOfLine = position_ == 0 || isLineEnd(text_[position_ - 1]);
     const std::string_view item = nextItem(meaning, expected);
     std::string_view digits = item;
     while (!digits.empty() && isBlank(digits.back()))
@@ -107,14 +108,17 @@ std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t 
     std::int32_t value = 0;
     const char* const end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
-    if (quoted_ || error != std::errc{} || stop != end || value < least || value > most)
-        fail(meaning, expected, quoted_ ? "the quoted text " + shown(item) : shown(item));
+    if (!quoted_ && item.empty())
+        fail(meaning, expected,
+             firstOfLine && text_[position_ - 1] != ',' ? "an empty line" : "an empty item");
+    if (quoted_ || error != std::errc{} || stop != end || value < min || value > max)
+        fail(meaning, expected, (quoted_ ? "the quoted text " : "") + shown(item));
     return value;
 }
 
-std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t least,
-                                        std::int16_t most) {
-    return static_cast<std::int16_t>(NextNumber(meaning, least, most));
+std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t min,
+                                        std::int16_t max) {
+    return static_cast<std::int16_t>(NextNumber(meaning, min, max));
 }
 
 void DelimitedReader::Refuse(std::string_view meaning, const std::string& expected,
@@ -125,8 +129,8 @@ void DelimitedReader::Refuse(std::string_view meaning, const std::string& expect
 void DelimitedReader::fail(std::string_view meaning, const std::string& expected,
                            const std::string& found) const {
     throw platform::FileError(fileName_ + ", line " + std::to_string(itemLine_) + ", item " +
-                              std::to_string(item_) + " (" + std::string(meaning) + "): expected " +
-                              expected + ", found " + found + ".");
+                              std::to_string(item_) + " (" + std::string(meaning) +
+                              "): the program expects " + expected + " but finds " + found + ".");
 }
 
 std::string DelimitedLine(std::int32_t number) {

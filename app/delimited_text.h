@@ -2,8 +2,8 @@
 // records of an Intel HEX file.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
-// Blanks in front of an item are skipped. An item that opens with a double quote is read without
-// its quotes, commas inside belonging to it; any other is read up to the comma or line end.
+// Blanks before an item are skipped. An item that opens with a double quote is read without its
+// quotes, commas inside belonging to it; any other is read up to the comma or line end.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace modFunc {
 
 class DelimitedReader {
 public:
-    // `fileName` stands in the errors. The reader keeps the text.
+    // `fileName` is for the errors. The reader keeps the text.
     DelimitedReader(std::string fileName, std::string text);
     DelimitedReader(const DelimitedReader&) = delete;
     DelimitedReader& operator=(const DelimitedReader&) = delete;
@@ -23,17 +23,17 @@ public:
     bool atEnd() const { return position_ >= text_.size(); }
 
     // The next item. The view lives as long as the reader. Each of these throws
-    // platform::FileError, naming the file, the item's number and line, what was expected
-    // (`meaning`, such as "device count") and what stands there, when the file has ended, a quote
-    // is not closed on its line, or the item does not fit.
+    // platform::FileError, with the file, the item's number and line, what was expected (`meaning`,
+    // such as "device count") and what was found, when the file has ended, a quote is not closed on
+    // its line, or the item does not fit.
     std::string_view NextString(std::string_view meaning);
-    // A decimal whole number from `least` to `most`, both included; a sign may stand in front.
-    std::int32_t NextNumber(std::string_view meaning, std::int32_t least, std::int32_t most);
-    std::int16_t NextInt16(std::string_view meaning, std::int16_t least = INT16_MIN,
-                           std::int16_t most = INT16_MAX);
+    // A decimal whole number from `min` to `max`, both included; a sign may come before it.
+    std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);
+    std::int16_t NextInt16(std::string_view meaning, std::int16_t min = INT16_MIN,
+                           std::int16_t max = INT16_MAX);
 
-    // Throws platform::FileError for the item read last, which stands in the error as far as a
-    // message has room for it.
+    // Throws platform::FileError for the item read last, which it shows as far as a message has
+    // room for it.
     [[noreturn]] void Refuse(std::string_view meaning, const std::string& expected,
                              std::string_view item) const;
 

@@ -14,7 +14,7 @@ namespace {
 constexpr char settingsFile[] = "quorven.cfg";
 constexpr char deviceListFile[] = "quorven.dev";
 constexpr char autoFile[] = "auto.cfg";
-constexpr std::size_t longestText = 65535;
+constexpr std::size_t maxTextBytes = 65535;
 
 DelimitedReader openDataFile(const char* name) {
     const std::string path = DataFile(name);
@@ -22,11 +22,12 @@ DelimitedReader openDataFile(const char* name) {
 }
 
 // Titles, panels and lists show such texts: one of millions of characters would hold up the window
-// for minutes.
+// for minutes, and a zero byte would end it.
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
-    if (text.size() > longestText)
-        reader.Refuse(meaning, "a text of at most " + std::to_string(longestText) + " bytes", text);
+    if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)
+        reader.Refuse(meaning, "a text of at most " + std::to_string(maxTextBytes) + " bytes",
+                      text);
     return std::string(text);
 }
 

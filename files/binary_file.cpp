@@ -24,10 +24,10 @@ using platform::machine;
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 [[noreturn]] void fail(const char* what) {
-    throw FileError(machine().cdia.FileName + ": " + what + ": " + std::strerror(errno));
+    throw FileError(machine().cdia.FileName + ": " + what + ": " + std::strerror(errno) + ".");
 }
 
-// For reading and writing, not cut; made when there is none.
+// For reading and writing, not truncated; created when it does not exist.
 File openForBoth() {
     platform::RefuseSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();
@@ -45,9 +45,9 @@ void OpenBinFile() {
     if (!file) // one that may only be read can be loaded all the same
         file.reset(std::fopen(machine().cdia.FileName.c_str(), "rb"));
     if (!file)
-        fail("cannot be opened");
+        fail("the file cannot be opened");
     if (std::fseek(file.get(), s.FileAddress, SEEK_SET) != 0)
-        fail("cannot be read");
+        fail("the file cannot be read");
     const std::int64_t first = std::int64_t{s.FileAddress} + s.BufferAddress;
     const auto room = static_cast<std::size_t>(
         std::clamp<std::int64_t>(lastBufferIndex + 1 - first, 0, lastBufferIndex + 1));
@@ -55,9 +55,9 @@ void OpenBinFile() {
         std::fread(s.BufferData.data() + first, 1, room, file.get());
     const bool more = std::fgetc(file.get()) != EOF;
     if (std::ferror(file.get()))
-        fail("cannot be read");
+        fail("the file cannot be read");
     if (more)
-        throw FileError(machine().cdia.FileName + ": reaches behind the end of the image");
+        throw FileError(machine().cdia.FileName + ": the data reach past the end of the image.");
     ShowFileName();
     bufferView().Reopen();
 }
@@ -66,15 +66,15 @@ void SaveBinFile() {
     const State& s = state();
     const std::int32_t size = std::max(selectedDevice().Size, 0);
     if (size > lastBufferIndex + 1)
-        throw FileError(machine().cdia.FileName + ": the device is larger than the image");
+        throw FileError(machine().cdia.FileName + ": the device is larger than the image.");
     File file = openForBoth();
     if (!file)
-        fail("cannot be opened");
+        fail("the file cannot be opened");
     const auto bytes = static_cast<std::size_t>(size);
     if (std::fwrite(s.BufferData.data(), 1, bytes, file.get()) != bytes)
-        fail("cannot be written");
+        fail("the file cannot be written");
     if (std::fclose(file.release()) != 0) // what was still buffered may fail only here
-        fail("cannot be written");
+        fail("the file cannot be written");
     ShowFileName();
 }
 

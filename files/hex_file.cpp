@@ -53,7 +53,7 @@ void readHeader(HexRec& record, std::string_view line, int number) {
     record.Length = byteAt(line, 2);
     const auto address = StrictHex(field(line, 4, 4));
     if (!address)
-        throw FileError(where(number) + "the address is no hexadecimal number");
+        throw FileError(where(number) + "the address is not a hexadecimal number.");
     record.Address = *address;
     record.RecordType = byteAt(line, 8);
     record.CheckSum = static_cast<std::int16_t>(
@@ -62,14 +62,14 @@ void readHeader(HexRec& record, std::string_view line, int number) {
 
 void readData(HexRec& record, int number) {
     if (record.Length > hexRecordDataBytes)
-        throw FileError(where(number) + "more than " + std::to_string(hexRecordDataBytes) +
-                        " data bytes");
+        throw FileError(where(number) + "the record has more than " +
+                        std::to_string(hexRecordDataBytes) + " data bytes.");
     const std::string_view line = record.Line;
     for (std::size_t i = 0; i < static_cast<std::size_t>(record.Length); ++i)
         record.Data[i] = byteAt(line, 10 + 2 * i);
 }
 
-// The sum takes the line as it stands, not as its byte count says.
+// The sum is taken over the line, whatever its byte count says.
 bool checkSumIsRight(const HexRec& record, std::string_view line) {
     int sum = record.CheckSum;
     for (std::size_t position = 2; position + 2 <= line.size(); position += 2)
@@ -83,7 +83,8 @@ ParseResult parse() {
     DelimitedReader reader(fileName, platform::ReadWholeFile(fileName));
     for (int number = 1; !reader.atEnd(); ++number) {
         if (number > lastHexRecord)
-            throw FileError(fileName + ": more than " + std::to_string(lastHexRecord) + " records");
+            throw FileError(fileName + ": the file has more than " + std::to_string(lastHexRecord) +
+                            " records.");
         HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
         const std::string_view line = reader.NextString("record");
         record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
@@ -109,7 +110,7 @@ void placeRecords() {
                 continue;
             const std::int64_t target = std::int64_t{address} + s.BufferAddress;
             if (target > lastBufferIndex)
-                throw FileError(where(number) + "reaches behind the end of the image");
+                throw FileError(where(number) + "the data reach past the end of the image.");
             s.BufferData[static_cast<std::size_t>(target)] =
                 record.Data[static_cast<std::size_t>(i)];
         }
@@ -158,7 +159,7 @@ void OpenHexFile() {
 std::string HexFileText() {
     const std::int32_t size = selectedDevice().Size;
     if (size > lastBufferIndex + 1)
-        throw FileError(machine().cdia.FileName + ": the device is larger than the image");
+        throw FileError(machine().cdia.FileName + ": the device is larger than the image.");
     std::string text;
     for (std::int32_t address = 0; address < size; address += writtenRecordBytes)
         text += writtenRecord(address);

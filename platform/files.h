@@ -10,16 +10,18 @@ namespace platform {
 // wrongly picked disk image from filling the memory.
 inline constexpr std::size_t largestTextFile = 16u * 1024 * 1024;
 
-// Throws FileError for a path that is there and no ordinary file: a device or a pipe would keep the
-// program waiting.
+// Throws FileError for a path that exists and is not an ordinary file: a device or a pipe would
+// keep the program waiting.
 void RefuseSpecialFile(const std::string& path);
 
 // The contents of a file, byte for byte. Throws FileError when it cannot be opened or read, or is
 // larger than largestTextFile.
 std::string ReadWholeFile(const std::string& path);
 
-// Puts `contents` in the place of the file `path`, whole or not at all: on any failure FileError
-// is thrown and what was there stays. A symbolic link stays a link; permissions are kept.
+// Replaces the contents of the file `path`, whole or not at all: on any failure FileError is thrown
+// and the old contents stay. A symbolic link stays a link; permissions are kept. Where no file can
+// be created beside one that may be written, that is overwritten: a full disk still changes
+// nothing, but an error of the device may leave it damaged.
 void ReplaceFile(const std::string& path, std::string_view contents);
 
 } // namespace platform

@@ -8,7 +8,7 @@ namespace {
 
 #ifdef _WIN32
 std::string systemPort(int number) {
-    return number >= 1 && number <= 16 ? "COM" + std::to_string(number) : std::string();
+    return "COM" + std::to_string(number);
 }
 #else
 struct PortRange {
@@ -19,7 +19,7 @@ struct PortRange {
 constexpr PortRange portRanges[] = {
     {1, 4, "/dev/ttyS"},
     {5, 12, "/dev/ttyUSB"},
-    {13, 16, "/dev/ttyACM"},
+    {13, portCount, "/dev/ttyACM"},
 };
 
 std::string systemPort(int number) {
@@ -30,8 +30,8 @@ std::string systemPort(int number) {
 }
 #endif
 
-// A link that leads nowhere is still the user's word: the port next in the table may be somebody
-// else's device.
+// A link that leads nowhere is still the user's choice: the port in the table may be another
+// device.
 std::string linkedPort(const std::filesystem::path& link) {
     std::error_code failed;
     if (!std::filesystem::exists(std::filesystem::symlink_status(link, failed)))
@@ -43,6 +43,8 @@ std::string linkedPort(const std::filesystem::path& link) {
 } // namespace
 
 std::string PortName(int number, const std::string& directory) {
+    if (number < 1 || number > portCount)
+        return {};
     const std::string linked =
         linkedPort(std::filesystem::path(directory) / ("com" + std::to_string(number)));
     return linked.empty() ? systemPort(number) : linked;

@@ -14,7 +14,7 @@ void RefuseSpecialFile(const std::string& path) {
     std::error_code none;
     const auto status = std::filesystem::status(path, none);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        throw FileError(path + ": is no ordinary file");
+        throw FileError(path + ": it is not an ordinary file.");
 }
 
 std::string ReadWholeFile(const std::string& path) {
@@ -22,7 +22,7 @@ std::string ReadWholeFile(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                                &std::fclose);
     if (!file)
-        throw FileError(path + ": cannot be opened: " + std::strerror(errno));
+        throw FileError(path + ": the file cannot be opened: " + std::strerror(errno) + ".");
 
     // Room for all of it and one byte more, which is not filled unless the file has grown: what
     // grows step by step takes twice the memory.
@@ -34,12 +34,12 @@ std::string ReadWholeFile(const std::string& path) {
                std::fread(contents.data() + length, 1, contents.size() - length, file.get())) {
         length += got;
         if (length > largestTextFile)
-            throw FileError(path + ": is larger than 16 MiB and no file of this program");
+            throw FileError(path + ": the file is larger than 16 MiB and not one of this program.");
         if (length == contents.size())
             contents.resize(2 * length);
     }
     if (std::ferror(file.get()))
-        throw FileError(path + ": cannot be read: " + std::strerror(errno));
+        throw FileError(path + ": the file cannot be read: " + std::strerror(errno) + ".");
     contents.resize(length);
     return contents;
 }

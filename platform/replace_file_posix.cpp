@@ -19,71 +19,105 @@ struct FileRights {
     gid_t group;
 };
 
-// A temporary file beside its target; gone again unless it was renamed over it.
-class TemporaryFile {
+std::filesystem::path folderOf(const std::filesystem::path& file) {
+    return file.has_parent_path() ? file.parent_path() : ".";
+}
+
+// What takes the new contents: a temporary file beside the target, removed unless it was renamed
+// over it, or the target itself where no file can be created beside it.
+class Replacement {
 public:
-    // Its name is short: the target's may be as long as names can be.
-    explicit TemporaryFile(const std::filesystem::path& target)
-        : target_(target.string()), name_((target.parent_path() / ".quorven.XXXXXX").string()) {
+    explicit Replacement(const std::filesystem::path& target)
+        : target_(target.string()), name_((target.parent_path() / shortName).string()) {
         descriptor_ = mkstemp(name_.data());
+        if (descriptor_ >= 0)
+            return;
+        const int cause = errno;
+        name_.clear();
+        descriptor_ = open(target_.c_str(), O_WRONLY);
+        errno = cause;
         if (descriptor_ < 0)
-            fail("cannot be written");
+            fail("no file can be created in the folder " + folderOf(target).string());
     }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
         if (descriptor_ >= 0)
             close(descriptor_);
-        if (!renamed_)
+        if (!name_.empty())
             unlink(name_.c_str());
     }
 
     // Not every file system has owners and permissions, and the contents count for more.
     void takeOver(const FileRights& rights) {
+        if (inPlace())
+            return;
         [[maybe_unused]] int ignored = fchown(descriptor_, rights.owner, rights.group);
         ignored = fchmod(descriptor_, rights.mode);
     }
 
     void write(std::string_view contents) {
+        const auto length = static_cast<off_t>(contents.size());
+        if (inPlace())
+            takeRoom(length);
         while (!contents.empty()) {
             const ssize_t written = ::write(descriptor_, contents.data(), contents.size());
             if (written < 0 && errno == EINTR)
                 continue;
             if (written <= 0)
-                fail("cannot be written");
+                fail(cannotBeWritten);
             contents.remove_prefix(static_cast<std::size_t>(written));
         }
+        if (fsync(descriptor_) != 0 || (inPlace() && ftruncate(descriptor_, length) != 0))
+            fail(cannotBeWritten);
     }
 
     void finish() {
-        if (fsync(descriptor_) != 0)
-            fail("cannot be written");
-        const int descriptor = std::exchange(descriptor_, -1);
-        if (close(descriptor) != 0)
-            fail("cannot be written");
+        if (close(std::exchange(descriptor_, -1)) != 0)
+            fail(cannotBeWritten);
+        if (inPlace())
+            return;
         if (rename(name_.c_str(), target_.c_str()) != 0)
-            fail("cannot be replaced");
-        renamed_ = true;
+            fail("the file cannot be replaced");
+        name_.clear();
     }
 
 private:
-    [[noreturn]] void fail(const char* what) const {
-        throw FileError(target_ + ": " + what + ": " + std::strerror(errno));
+    static constexpr char shortName[] = ".quorven.XXXXXX"; // the target's may be as long as any can
+    static constexpr char cannotBeWritten[] = "the file cannot be written";
+
+    bool inPlace() const { return name_.empty(); }
+
+    // Before the first byte is overwritten: a full disk then leaves the old contents whole.
+    void takeRoom(off_t length) {
+        struct stat old {};
+        if (fstat(descriptor_, &old) != 0)
+            fail(cannotBeWritten);
+        errno = posix_fallocate(descriptor_, 0, length);
+        if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)
+            return; // there is room, or the file system cannot say
+        const int cause = errno;
+        [[maybe_unused]] const int ignored = ftruncate(descriptor_, old.st_size);
+        errno = cause;
+        fail(cannotBeWritten);
+    }
+
+    [[noreturn]] void fail(const std::string& what) const {
+        throw FileError(target_ + ": " + what + ": " + std::strerror(errno) + ".");
     }
 
     std::string target_;
-    std::string name_;
+    std::string name_; // empty: no temporary file, or no longer one
     int descriptor_ = -1;
-    bool renamed_ = false;
 };
 
 // The file that a chain of symbolic links leads to, whether it exists or not.
 std::filesystem::path linkedTarget(std::filesystem::path path) {
-    constexpr int longestChain = 40;
+    constexpr int maxLinks = 40;
     std::error_code none;
     for (int links = 0; std::filesystem::is_symlink(path, none); ++links) {
-        if (links == longestChain)
-            throw FileError(path.string() + ": is a link that leads nowhere");
+        if (links == maxLinks)
+            throw FileError(path.string() + ": the chain of links has no end.");
         path = path.parent_path() / std::filesystem::read_symlink(path, none);
     }
     return path;
@@ -100,7 +134,7 @@ FileRights rightsFor(const std::string& target) {
         return {0666 & ~mask, geteuid(), getegid()};
     }
     if (access(target.c_str(), W_OK) != 0)
-        throw FileError(target + ": cannot be written: " + std::strerror(errno));
+        throw FileError(target + ": the file cannot be written: " + std::strerror(errno) + ".");
     return {old.st_mode & permissionBits, old.st_uid, old.st_gid};
 }
 
@@ -118,14 +152,13 @@ void syncDirectory(const std::filesystem::path& directory) {
 
 void ReplaceFile(const std::string& path, std::string_view contents) {
     const std::filesystem::path target = linkedTarget(path);
-    RefuseSpecialFile(target.string());
+    RefuseSpecialFile(path);
     const FileRights rights = rightsFor(target.string());
-    TemporaryFile file(target);
+    Replacement file(target);
     file.takeOver(rights);
     file.write(contents);
     file.finish();
-    const std::filesystem::path directory = target.parent_path();
-    syncDirectory(directory.empty() ? "." : directory);
+    syncDirectory(folderOf(target));
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "app/state.h"
 #include "platform/machine.h"
+#include "platform/port_names.h"
 #include "platform/qt/controls.h"
 
 #include <QComboBox>
@@ -10,10 +11,7 @@
 #include <QPushButton>
 
 using namespace modFunc;
-
-namespace {
-constexpr int portCount = 16;
-}
+using platform::portCount;
 
 frmSettings::frmSettings(QWidget* owner)
     : Form(owner, "frmSettings", tr("Settings"), 2535, 1605, Frame::TitleAndCloseBox) {
@@ -33,7 +31,8 @@ frmSettings::frmSettings(QWidget* owner)
     cmbCOM->setMaxVisibleItems(portCount);
     for (int port = 1; port <= portCount; ++port)
         cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
-    cmbCOM->setCurrentIndex(state().ComPort - 1);
+    const int entry = state().ComPort - 1; // of the settings file, which may have any number
+    cmbCOM->setCurrentIndex(entry >= 0 && entry < portCount ? entry : 0);
     cmbCOM->setFocus();
     connectHandlers();
 }

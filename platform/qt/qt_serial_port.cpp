@@ -87,7 +87,7 @@ bool QtSerialPort::PortOpen() const {
 void QtSerialPort::Open() {
     const std::string name = line_->portName(line_->commPort);
     if (name.empty())
-        throw platform::PortError("there is no such port on this computer");
+        throw platform::PortError("there is no such port.");
     if (const std::string holder = lockedByAnother(name); !holder.empty())
         throw platform::PortError(name + ": " + holder);
     QSerialPort& port = line_->port;

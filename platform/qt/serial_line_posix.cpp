@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <grp.h>
 #include <poll.h>
@@ -12,31 +13,33 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
-// The file by which programs that agree on it keep each other from a port; empty where none is.
-std::string lockFileOf(const std::string& path) {
-    constexpr std::string_view devices = "/dev/";
-    if (!path.starts_with(devices))
-        return {};
-    std::string name = path.substr(devices.size());
-    std::replace(name.begin(), name.end(), '/', '_');
-    for (const char* folder : {"/var/lock/LCK..", "/run/lock/LCK.."})
-        if (access((folder + name).c_str(), F_OK) == 0)
-            return folder + name;
-    return {};
-}
-
-// The process that a lock file names, 0 for none that can be read.
-pid_t holderOf(const std::string& lockFile) {
-    long number = 0;
-    std::ifstream(lockFile) >> number;
-    return number > 0 ? static_cast<pid_t>(number) : 0;
-}
-
 bool isRunning(pid_t process) {
-    return process > 0 && (kill(process, 0) == 0 || errno == EPERM);
+    return kill(process, 0) == 0 || errno == EPERM;
+}
+
+// What a process may have called itself in a lock file: its command, the name of its file or of its
+// script. Empty where the system keeps that secret.
+std::vector<std::string> namesOf(pid_t process) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(process);
+    std::vector<std::string> names;
+    const auto add = [&names](const std::filesystem::path& path) {
+        if (path.has_filename())
+            names.push_back(path.filename().string());
+    };
+    std::string word;
+    std::ifstream command(folder / "comm");
+    std::getline(command, word);
+    add(word);
+    std::error_code unknown;
+    add(read_symlink(folder / "exe", unknown));
+    std::ifstream arguments(folder / "cmdline");
+    for (int i = 0; i < 2 && std::getline(arguments, word, '\0'); ++i)
+        add(word);
+    return names;
 }
 
 std::string groupName(gid_t group) {
@@ -46,37 +49,79 @@ std::string groupName(gid_t group) {
 
 } // namespace
 
-std::string lockedByAnother(const std::string& path) {
-    const std::string lockFile = lockFileOf(path);
-    const pid_t holder = lockFile.empty() ? 0 : holderOf(lockFile);
-    if (!isRunning(holder) || holder == getpid())
+std::string lockFileOf(const std::string& path) {
+    // In the order in which QSerialPort looks.
+    constexpr const char* folders[] = {"/var/lock",         "/etc/locks", "/var/spool/locks",
+                                       "/var/spool/uucp",   "/tmp",       "/var/tmp",
+                                       "/var/lock/lockdev", "/run/lock"};
+    constexpr std::string_view devices = "/dev/";
+    if (!path.starts_with(devices))
         return {};
-    return "process " + std::to_string(holder) + " holds it, by the lock file " + lockFile + ".";
+    std::string name = path.substr(devices.size());
+    std::replace(name.begin(), name.end(), '/', '_');
+    for (const std::string folder : folders) {
+        const std::string file = folder + "/LCK.." + name;
+        struct stat any {};
+        if (lstat(file.c_str(), &any) == 0)
+            return file;
+    }
+    return {};
+}
+
+// A lock file begins with a process number. Most programs write nothing else, some append their
+// name and their user, and QSerialPort puts its program's name on the next line. A number without a
+// name may be that of any program, so it counts as long as a process has it.
+std::string lockedByAnother(const std::string& path) {
+    const std::string file = lockFileOf(path);
+    constexpr off_t maxBytes = 1024;
+    struct stat status {};
+    if (file.empty() || lstat(file.c_str(), &status) != 0)
+        return {};
+    if (!S_ISREG(status.st_mode) || status.st_size > maxBytes)
+        return "the lock file " + file + " is not a small regular file. Remove it.";
+    std::ifstream text(file);
+    if (!text)
+        return "the lock file " + file + " cannot be read: " + std::strerror(errno) + ".";
+    pid_t holder = 0;
+    std::string writer;
+    if (!(text >> holder) || holder <= 0)
+        return {}; // perhaps not complete yet: QSerialPort waits until it is old
+    std::getline(text >> std::ws, writer);
+    const std::vector<std::string> names = namesOf(holder);
+    const bool sameProgram = writer.empty() || names.empty() ||
+                             std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+                                 return writer.starts_with(name);
+                             });
+    if (holder != getpid() && isRunning(holder) && sameProgram)
+        return "process " + std::to_string(holder) + (names.empty() ? "" : " (" + names[0] + ")") +
+               " holds it by the lock file " + file + ".";
+    unlink(file.c_str()); // QSerialPort would keep to some forms of it for half a minute
+    return {};
 }
 
 std::string whyNotOpened(const std::string& path, const std::string& otherwise) {
     struct stat device {};
     if (stat(path.c_str(), &device) != 0)
-        return errno == ENOENT ? "there is no such device. Is the box plugged in?"
-                               : std::strerror(errno);
+        return errno == ENOENT ? "there is no such device. Is the programmer plugged in?"
+                               : std::strerror(errno) + std::string(".");
     if (!S_ISCHR(device.st_mode))
-        return "it is no serial port.";
+        return "it is not a serial port.";
     if (access(path.c_str(), R_OK | W_OK) != 0)
         return "you may not use it. It belongs to the group \"" + groupName(device.st_gid) +
-               "\", which you are no member of.";
+               "\", of which you are not a member.";
     const int descriptor = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
-        return errno == EBUSY ? "another program holds it." : std::strerror(errno);
+        return errno == EBUSY ? "another program holds it."
+                              : std::strerror(errno) + std::string(".");
     const bool terminal = isatty(descriptor) != 0;
     close(descriptor);
     if (!terminal)
-        return "it is no serial port.";
-    // It can be opened after all: what stands in the way is a lock file of nobody's.
+        return "it is not a serial port.";
+    // It can be opened after all, so a lock file is in the way that could not be removed.
     const std::string lockFile = lockFileOf(path);
     if (lockFile.empty())
         return otherwise;
-    return "the lock file " + lockFile +
-           " was left behind; no program that it names is running. Remove it.";
+    return "the lock file " + lockFile + " names no running program. Remove it.";
 }
 
 int waitingBytes(int descriptor) {

@@ -50,7 +50,7 @@ starts_without_a_box() {
     step "The first start, without a box, makes the folder"
     start_from_menu
     answer "Communication Port Error" \
-        "COM5, /dev/ttyUSB0: there is no such device. Is the box plugged in?" no-box
+        "COM5, /dev/ttyUSB0: there is no such device. Is the programmer plugged in?" no-box
     wait_for_window "$main_title"
     say "$main_title" first-start
     exit_program

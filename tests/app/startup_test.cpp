@@ -3,15 +3,16 @@
 #include "app/family_table.h"
 #include "app/state.h"
 #include "platform/file_error.h"
-#include "tests/support/table_file.h"
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
 
 using namespace modFunc;
+using namespace std::string_literals;
 
 namespace {
 
@@ -75,22 +76,67 @@ TEST_F(StartUp, WritesSettingsThatReadBackTheSame) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"auto.cfg", "quorven.cfg", "quorven.dev"}));
 }
 
-TEST_F(StartUp, MissingAndDamagedFilesAreNamedWithTheirCause) {
-    for (const auto& row : readTable(TEST_FILES "/app/damaged_files.txt")) {
-        const std::string& file = row.at(0);
-        const std::string good = folder.read(file);
-        row.at(1) == "missing" ? folder.remove(file) : folder.write(file, unescaped(row[1]));
-        try {
-            readAll();
-            ADD_FAILURE() << row.at(2);
-        } catch (const platform::FileError& error) {
-            const std::string text = error.what();
-            EXPECT_TRUE(text.starts_with(folder.file(file))) << text;
-            EXPECT_NE(text.find(row.at(2)), std::string::npos) << text;
-        }
-        folder.write(file, good);
+namespace {
+
+constexpr char cfg[] = "quorven.cfg";
+constexpr char dev[] = "quorven.dev";
+constexpr char autoCfg[] = "auto.cfg";
+const std::string missing = "missing";
+
+struct Damage {
+    const char* name;
+    const char* file;
+    std::string contents;
+    const char* place; // after the file's name
+    const char* cause; // at the end
+    friend void PrintTo(const Damage& damage, std::ostream* out) { *out << damage.name; }
+};
+const Damage damages[] = {
+    {"NoSettings", cfg, missing, ": the file cannot be opened: ", "No such file or directory."},
+    {"Empty", cfg, "", ", line 1, item 1 (port number)", "finds the end of the file."},
+    {"EmptyLine", cfg, "3\r\n\r\n1\na\nb\n", ", line 2, item 2 (device count)", "an empty line."},
+    {"EmptyItem", dev, "a,b,c\n,4096,0,0", ", line 2, item 4 (row 1, family)", "an empty item."},
+    {"LastItemEmpty", dev, "a,b,c,\n", ", line 1, item 4 (row 1, family)", "an empty item."},
+    {"Utf16", cfg, "\xFF\xFE\x35\0\r\0\n\0"s, ", line 1, item 1", "the file is not plain text."},
+    {"ZeroByteInText", cfg, "3\n2\n1\n1\0\nb"s, ", line 4, item 4", "the file is not plain text."},
+    {"CountAbove50", cfg, "3\n51\n1\na\nb", ", line 2, item 2", "from 0 to 50 but finds \"51\"."},
+    {"CountBelow0", cfg, "3\n-1\n1\na\nb", ", line 2, item 2", "but finds \"-1\"."},
+    {"SelectedAbove50", cfg, "3\n2\n51\na\nb", ", line 3, item 3 (selected device)", "\"51\"."},
+    {"NoDate", cfg, "3\n2\n1\na\n", ", line 5, item 5 (release date)", "the end of the file."},
+    {"QuoteInText", cfg, "3\n2\n1\n1\"0\nb", ", line 4, item 4 (version)", "finds \"1\"0\"."},
+    {"LongText", cfg, "3\n2\n1\n" + std::string(65536, 'x') + "\nb", ", line 4, item 4 (version)",
+     "65535 bytes but finds \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\"."},
+    {"LongTextInUtf8", cfg, "3\n2\n1\n\"" + std::string(39, 'x') + "\u20AC and so on", ", line 4",
+     "quote on the same line but finds \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\"."},
+    {"NoSecondRow", dev, "a,b,c,1,4096,0,0,0\n", ", line 2, item 9 (row 2, name)", "of the file."},
+    {"NoNumber", dev, "a,b,c,1,4K,0,0,0", ", line 1, item 5 (row 1, size)", "finds \"4K\"."},
+    {"QuotedNumber", dev, "a,b,c,\"1\"", ", line 1, item 4", "finds the quoted text \"1\"."},
+    {"AfterTheQuote", dev, "\"a\"b", ", line 1, item 1",
+     "the closing double quote but finds \"b\"."},
+    {"AutoCountAbove20", autoCfg, "21\n", ", line 1, item 1 (entry count)", "finds \"21\"."},
+    {"NoSecondEntry", autoCfg, "2\n1\n", ", line 3, item 3 (function code of entry 2)", "file."},
+};
+
+class DamagedFile : public StartUp, public testing::WithParamInterface<Damage> {};
+
+} // namespace
+
+TEST_P(DamagedFile, IsReportedAsASentenceWithItsPlaceAndCause) {
+    const Damage& damage = GetParam();
+    damage.contents == missing ? folder.remove(damage.file)
+                               : folder.write(damage.file, damage.contents);
+    try {
+        readAll();
+        ADD_FAILURE() << "nothing is reported";
+    } catch (const platform::FileError& error) {
+        const std::string text = error.what();
+        EXPECT_TRUE(text.starts_with(folder.file(damage.file) + damage.place)) << text;
+        EXPECT_TRUE(text.ends_with(damage.cause)) << text;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(damages),
+                         [](const auto& row) { return row.param.name; });
 
 // A row outside its limits is a chip that cannot be programmed.
 TEST(ShippedFiles, OfferEveryFamilyTwiceAndNoDeviceOutsideItsLimits) {

@@ -1,25 +1,35 @@
 #include "app/delimited_text.h"
 #include "app/hex_text.h"
 #include "platform/file_error.h"
-#include "tests/support/table_file.h"
 
 #include <gtest/gtest.h>
 #include <vector>
 
 using namespace modFunc;
 
-TEST(HexText, FillsToFourDigitsAndNeverCuts) {
+TEST(HexText, FillsToFourDigitsAndNeverTruncates) {
     EXPECT_EQ(HexByte(0x0A) + HexWord(0) + HexWord(4095) + HexWord(65536), "0A00000FFF10000");
     EXPECT_EQ(HexWord(-1), "FFFFFFFF");
     EXPECT_EQ(HexDigits(0) + " " + HexDigits(8192), "0 2000");
 }
 
-TEST(HexText, IsReadTolerantlyOrStrictly) {
-    for (const auto& row : readTable(TEST_FILES "/app/hex_text.txt")) {
-        EXPECT_EQ(TolerantHex(row.at(0)), std::stoi(row.at(1))) << row[0];
-        const auto strict = StrictHex(row[0]);
-        EXPECT_EQ(strict ? std::to_string(*strict) : "refused", row.at(2)) << row[0];
-    }
+TEST(HexText, TolerantReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumber) {
+    EXPECT_EQ(TolerantHex("aF"), 0xAF);
+    EXPECT_EQ(TolerantHex("12G4"), 0x12);
+    EXPECT_EQ(TolerantHex("0x1"), 0);
+    EXPECT_EQ(TolerantHex("-1"), 0);
+    EXPECT_EQ(TolerantHex(""), 0);
+    EXPECT_EQ(TolerantHex("12345"), 0x12345);
+    EXPECT_EQ(TolerantHex("7FFFFFFF"), 2147483647);
+    EXPECT_EQ(TolerantHex("80000000"), 2147483647);
+    EXPECT_EQ(TolerantHex("123456789ABCDEF0123456789"), 2147483647);
+}
+
+TEST(HexText, StrictReadingTakesOneToFourDigits) {
+    EXPECT_EQ(StrictHex("0"), 0);
+    EXPECT_EQ(StrictHex("fFfF"), 0xFFFF);
+    for (const char* rejected : {"", "G5", "-1", "12G4", "1 2", "0x1", "12345"})
+        EXPECT_FALSE(StrictHex(rejected)) << rejected;
 }
 
 TEST(DelimitedText, ItemsEndAtCommasAndAnyLineEnd) {
@@ -38,9 +48,9 @@ TEST(DelimitedText, NumbersAreDecimalAndWithinTheirRange) {
     EXPECT_EQ(reader.NextInt16("b"), -32768);
     EXPECT_EQ(reader.NextInt16("c"), 32767);
 
-    for (const char* refused : {"32768", "-32769", "5x", "x5", "", " ", "0x10", "1.5", "\"5\"",
-                                "99999999999999999999", "+-5", "- 5"})
-        EXPECT_THROW(DelimitedReader("f", std::string(refused) + "\n").NextInt16("a"),
+    for (const char* rejected : {"32768", "-32769", "5x", "x5", "", " ", "0x10", "1.5", "\"5\"",
+                                 "99999999999999999999", "+-5", "- 5"})
+        EXPECT_THROW(DelimitedReader("f", std::string(rejected) + "\n").NextInt16("a"),
                      platform::FileError)
-            << refused;
+            << rejected;
 }

@@ -110,7 +110,7 @@ finds_the_box_again() {
     expect_silent_console
 }
 
-# What cannot be written is told, and the old file stays.
+# What cannot be written is reported, and the old file stays.
 says_what_a_full_disk_keeps_from_being_saved() {
     step "A full disk"
     lay_out_start_files 1
@@ -121,7 +121,7 @@ says_what_a_full_disk_keeps_from_being_saved() {
     choose o "Edit Auto"
     wait_for_window "Edit Auto"
     press Return
-    answer QUORVEN "$scratch/auto.cfg: cannot be written: File too large" full-disk
+    answer QUORVEN "$scratch/auto.cfg: the file cannot be written: File too large." full-disk
     expect_status 1 "$program_pid" quorven
     stop_box
     cmp "$scratch/auto.cfg" "$scratch/auto-before" || fail "the Auto file has changed"

@@ -2,74 +2,70 @@
 #include "files/binary_file.h"
 #include "files/hex_file.h"
 #include "platform/file_error.h"
+#include "tests/support/limits.h"
 #include "tests/support/run_fixture.h"
-#include "tests/support/table_file.h"
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
-#include <csignal>
-#include <functional>
 #include <random>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <tuple>
 
 using namespace modFunc;
+namespace fs = std::filesystem;
 
 namespace {
 
 class Files : public RunTest {
 protected:
-    Files() {
+    Files() { startAfresh(); }
+    void startAfresh() {
         state().BufferData.assign(70001, 0xFF);
         vm.panels[4] = "File:";
+        vm.messages.clear();
+        viewReopened = 0;
     }
     // True when the command ended without an error.
     bool attempt(void (*command)(), const std::string& path) {
+        cause.clear();
         vm.fileName() = path;
         try {
             command();
-            return true;
         } catch (const platform::FileError& error) {
             cause = error.what();
-            return false;
         }
+        return cause.empty();
     }
     bool load(const std::string& path) { return attempt(OpenHexFile, path); }
     bool loadText(const std::string& text) {
         folder.write("a.hex", text);
         return load(folder.file("a.hex"));
     }
-    void expectUntouched() {
-        EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
-        EXPECT_EQ(vm.panels[4], "File:");
-        EXPECT_EQ(viewReopened, 0);
+    void expectShown(const std::string& path) {
+        EXPECT_EQ(vm.panels[4], "File:" + (path.empty() ? "" : " " + path));
+        EXPECT_EQ(viewReopened, path.empty() ? 0 : 1);
     }
 
     TemporaryFolder folder;
     std::string cause;
 };
 
-constexpr char good[] = ":0400100001020304E2\r\n";
-constexpr char end[] = ":00000001FF\r\n";
+const std::string good = ":0400100001020304E2\r\n";
+const std::string end = ":00000001FF\r\n";
+
+constexpr auto rowName = [](const auto& row) { return std::string(row.param.name); };
 
 } // namespace
 
 TEST_F(Files, LoadsRealFilesToTheirBytes) {
     for (const std::string name : {"firmware", "full64k", "mixed"}) {
-        state().BufferData.assign(70001, 0xFF);
-        viewReopened = 0;
+        startAfresh();
         const std::string path = TEST_FILES "/images/" + name + ".hex";
         ASSERT_TRUE(load(path)) << cause;
         std::string expected = TemporaryFolder::readFile(TEST_FILES "/images/" + name + ".bin");
         ASSERT_GT(expected.size(), 4000U);
         expected.resize(70001, '\xFF');
-        const Bytes& bytes = state().BufferData;
-        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), expected.begin(),
-                               [](std::uint8_t a, char b) { return a == std::uint8_t(b); }))
-            << name;
-        EXPECT_EQ(vm.panels[4], "File: " + path);
-        EXPECT_EQ(viewReopened, 1);
+        EXPECT_EQ(std::string(state().BufferData.begin(), state().BufferData.end()), expected);
+        expectShown(path);
     }
     EXPECT_TRUE(load(SHIPPED_DATA "/sample.hex")) << cause;
 }
@@ -77,17 +73,17 @@ TEST_F(Files, LoadsRealFilesToTheirBytes) {
 TEST_F(Files, AnyOtherRecordTypeEndsTheFileAsASuccess) {
     EXPECT_TRUE(load(TEST_FILES "/images/starts-with-04.hex"));
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
-    EXPECT_EQ(viewReopened, 1);
+    expectShown(TEST_FILES "/images/starts-with-04.hex");
     EXPECT_TRUE(vm.messages.empty());
 
-    EXPECT_TRUE(loadText(std::string(good) + ":00000001EE\r\nno record at all"));
+    EXPECT_TRUE(loadText(good + ":00000001EE\r\nnot a record"));
     EXPECT_EQ(state().BufferData[0x10], 1);
 }
 
-TEST_F(Files, OffsetsCutBelowAndMoveUp) {
+TEST_F(Files, OffsetsDropWhatIsBelowAndMoveTheRest) {
     state().FileAddress = 0x12;
     state().BufferAddress = 0x1000;
-    EXPECT_TRUE(loadText(std::string(good) + end));
+    EXPECT_TRUE(loadText(good + end));
     Bytes expected(70001, 0xFF);
     expected[0x1012] = 3;
     expected[0x1013] = 4;
@@ -95,7 +91,8 @@ TEST_F(Files, OffsetsCutBelowAndMoveUp) {
 
     state().FileAddress = 2147483647;
     state().BufferAddress = 2147483647;
-    EXPECT_TRUE(loadText(std::string(good) + end)); // nothing is left to place
+    EXPECT_TRUE(loadText(good + end));
+    EXPECT_EQ(state().BufferData, expected);
 }
 
 TEST_F(Files, LaterRecordsWinAndOddFormsLoad) {
@@ -105,104 +102,163 @@ TEST_F(Files, LaterRecordsWinAndOddFormsLoad) {
     EXPECT_EQ(state().BufferData[0x12], 0xFF);
 }
 
-TEST_F(Files, WhatCannotBeRightChangesNothing) {
-    auto table = readTable(TEST_FILES "/files/broken.txt");
-    std::string many;
-    for (int i = 0; i < 10000; ++i)
-        many += ":0000000000\n";
-    table.push_back({"", "more than 10000 records", many + end});
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.at(2).substr(0, 60));
-        vm.messages.clear();
-        cause.clear();
-        EXPECT_EQ(loadText(unescaped(row[2])), !row.at(0).empty());
-        EXPECT_EQ(vm.messages.empty() ? "" : vm.messages[0].title + ": " + vm.messages[0].text,
-                  row[0]);
-        EXPECT_TRUE(cause.find(row.at(1)) != std::string::npos) << cause;
-        expectUntouched();
-    }
-    for (const std::string& path : {folder.file("missing.hex"), folder.path()}) {
-        EXPECT_FALSE(load(path));
-        expectUntouched();
-    }
+TEST_F(Files, ATargetPastTheImageStopsThereAndKeepsWhatWasPlaced) {
+    state().BufferAddress = 70000 - 0x12;
+    EXPECT_FALSE(loadText(good + end));
+    EXPECT_TRUE(cause.ends_with(", record 1: the data reach past the end of the image.")) << cause;
+    EXPECT_EQ(state().BufferData[69998], 1);
+    EXPECT_EQ(state().BufferData[70000], 3);
+    expectShown("");
 }
 
-TEST_F(Files, WhatIsNoFileOfThisProgramIsRefusedAtOnceAndInAFewWords) {
-    const std::string largest(16 << 20, 'x');
-    const std::pair<const char*, std::function<void(const std::string&)>> kinds[] = {
-        {"a pipe", [](const std::string& path) { mkfifo(path.c_str(), 0600); }},
-        {"a device", [](const auto& path) { std::filesystem::create_symlink("/dev/zero", path); }},
-        {"a folder", [](const auto& path) { std::filesystem::create_directory(path); }},
-        {"a disk image",
-         [&](const auto& path) {
-             folder.write("sparse", "");
-             std::filesystem::resize_file(folder.file("sparse"), 1 << 30);
-             std::filesystem::rename(folder.file("sparse"), path);
-         }},
-        {"one line", [&](const auto&) { folder.write("a", largest); }},
-        {"one text", [&](const auto&) { folder.write("a", "5\n1\n1\n" + largest + "\nb\n"); }},
-        {"zeros", [&](const auto&) { folder.write("a", std::string(1 << 20, '\0')); }},
-    };
-    state().AppPath = folder.path();
-    state().DeviceCount = 1;
-    for (const auto& [kind, make] : kinds) {
-        make(folder.file("a"));
-        for (const auto& [name, read] :
-             {std::pair("quorven.cfg", &ReadSettings), std::pair("quorven.dev", &ReadDeviceList),
-              std::pair("auto.cfg", &ReadAutoFile), std::pair("a.hex", &OpenHexFile),
-              std::pair("a.bin", &OpenBinFile)}) {
-            std::filesystem::rename(folder.file("a"), folder.file(name));
-            EXPECT_FALSE(attempt(read, folder.file(name))) << name << ", " << kind;
-            EXPECT_LT(cause.size(), folder.file(name).size() + 250) << cause.substr(0, 500);
-            std::filesystem::rename(folder.file(name), folder.file("a"));
-        }
-        std::filesystem::remove(folder.file("a"));
-        state().DeviceCount = 1;
-    }
-}
-
-TEST_F(Files, EveryBumpedOrCutByteOfARecordIsNoticedOrHarmless) {
-    // A good record changed in one place: either refused, or the byte is one that no rule looks at.
-    const std::string record = good;
-    for (std::size_t at = 1; at < record.size() - 2; ++at) {
-        std::string bumped = record;
+// A good record changed in one place: either rejected, or the byte is one that no rule looks at.
+TEST_F(Files, EveryChangedByteOfARecordIsNoticedOrHarmless) {
+    for (std::size_t at = 1; at < good.size() - 2; ++at) {
+        std::string bumped = good, missing = good, doubled = good;
         bumped[at] = bumped[at] == '9' ? 'A' : static_cast<char>(bumped[at] + 1);
-        std::string cut = record;
-        cut.erase(at, 1);
-        std::string doubled = record;
-        doubled.insert(at, 1, record[at]);
-        for (const std::string& text : {bumped, cut, doubled}) {
-            state().BufferData.assign(70001, 0xFF);
-            vm.messages.clear();
-            viewReopened = 0;
-            vm.panels[4] = "File:";
-            const bool ended = loadText(text + end);
+        missing.erase(at, 1);
+        doubled.insert(at, 1, good[at]);
+        for (const std::string& text : {bumped, missing, doubled}) {
+            startAfresh();
             // The record type: any but 0 ends the file.
-            EXPECT_TRUE(!ended || !vm.messages.empty() || at == 7 || at == 8) << text;
+            EXPECT_TRUE(!loadText(text + end) || !vm.messages.empty() || at == 7 || at == 8)
+                << text;
             EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF)) << text;
         }
     }
 }
 
-TEST_F(Files, ATargetBehindTheImageStopsThereAndKeepsWhatWasPlaced) {
-    state().BufferAddress = 70000 - 0x12;
-    EXPECT_FALSE(loadText(std::string(good) + end));
-    EXPECT_NE(cause.find("record 1: reaches behind the end of the image"), std::string::npos);
-    EXPECT_EQ(state().BufferData[69998], 1);
-    EXPECT_EQ(state().BufferData[70000], 3);
-    EXPECT_EQ(vm.panels[4], "File:");
-    EXPECT_EQ(viewReopened, 0);
+namespace {
+
+std::string manyRecords() {
+    std::string records;
+    for (int i = 0; i < 10000; ++i)
+        records += ":0000000000\n";
+    return records;
+}
+
+struct Broken {
+    const char* name;
+    std::string text;
+    const char* outcome; // a message box, or the end of the error that ends the command silently
+    friend void PrintTo(const Broken& broken, std::ostream* out) { *out << broken.name; }
+};
+const Broken brokenFiles[] = {
+    {"WrongCheckSum", good + ":0400100001020304E3\r\n" + end, "Checksum Error in hex file!"},
+    {"WrongData", good + ":0400100001020305E2\r\n" + end, "Checksum Error in hex file!"},
+    {"NoEndRecord", good, "No end record in hex file!"},
+    {"Empty", "", "No end record in hex file!"},
+    {"EmptyLine", good + "\r\n" + end, "record 2: the address is not a hexadecimal number."},
+    {"Address", ":04XY100001020304E2", "record 1: the address is not a hexadecimal number."},
+    {"PlainText", "ordinary text", "record 1: the address is not a hexadecimal number."},
+    {"OpenQuote", good + "\"open\n", "quote on the same line but finds \"open\"."},
+    {"RecordOf52Bytes", ":34000000" + std::string(104, '0') + "CC\n" + end,
+     "record 1: the record has more than 51 data bytes."},
+    {"Records10001", manyRecords() + end, "the file has more than 10000 records."},
+};
+
+class BrokenHexFile : public Files, public testing::WithParamInterface<Broken> {};
+
+} // namespace
+
+TEST_P(BrokenHexFile, ChangesNothing) {
+    if (loadText(GetParam().text)) {
+        EXPECT_EQ(vm.messages[0].title, "File Load Error");
+        cause = vm.messages[0].text;
+    }
+    EXPECT_TRUE(cause.ends_with(GetParam().outcome)) << cause;
+    EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
+    expectShown("");
+}
+
+INSTANTIATE_TEST_SUITE_P(, BrokenHexFile, testing::ValuesIn(brokenFiles), rowName);
+
+// A pipe would keep the program waiting, a disk image fill the memory.
+TEST_F(Files, EveryReaderRejectsPipesAndLargeFiles) {
+    state().AppPath = folder.path();
+    for (const auto& [read, name] :
+         {std::pair(&ReadSettings, "quorven.cfg"), std::pair(&ReadDeviceList, "quorven.dev"),
+          std::pair(&ReadAutoFile, "auto.cfg"), std::pair(&OpenHexFile, "a.hex"),
+          std::pair(&OpenBinFile, "a.bin")}) {
+        const std::string path = folder.file(name);
+        mkfifo(path.c_str(), 0600);
+        EXPECT_FALSE(attempt(read, path));
+        EXPECT_EQ(cause, path + ": it is not an ordinary file.");
+        folder.remove(name);
+        folder.write(name, "");
+        fs::resize_file(path, 1 << 30);
+        EXPECT_FALSE(attempt(read, path));
+        EXPECT_EQ(cause,
+                  path + (read == &OpenBinFile
+                              ? ": the data reach past the end of the image."
+                              : ": the file is larger than 16 MiB and not one of this program."));
+    }
+}
+
+namespace {
+
+struct BinaryLoad {
+    const char* name;
+    int length; // of the file
+    std::int32_t fileAddress, bufferAddress;
+    int first, count; // of the bytes that are placed
+    bool ends;        // as a success
+    friend void PrintTo(const BinaryLoad& load, std::ostream* out) { *out << load.name; }
+};
+const BinaryLoad binaryLoads[] = {
+    {"Whole", 300, 0, 0, 0, 300, true},
+    {"Offsets", 300, 16, 4096, 4112, 284, true},
+    {"FromItsEnd", 300, 300, 0, 0, 0, true},
+    {"PastItsEnd", 300, 2147483647, 2147483647, 0, 0, true},
+    {"Empty", 0, 0, 0, 0, 0, true},
+    {"AsLongAsTheImage", 70001, 0, 0, 0, 70001, true},
+    {"LongerThanTheImage", 70002, 0, 0, 0, 70001, false},
+    {"OverTheEndOfTheImage", 300, 0, 69900, 69900, 101, false},
+    {"PastTheImage", 300, 0, 70001, 0, 0, false},
+};
+
+class BinaryFile : public Files, public testing::WithParamInterface<BinaryLoad> {};
+
+} // namespace
+
+TEST_P(BinaryFile, IsPlacedByItsOffset) {
+    const BinaryLoad& row = GetParam();
+    state().FileAddress = row.fileAddress;
+    state().BufferAddress = row.bufferAddress;
+    std::string contents;
+    for (int i = 0; i < row.length; ++i)
+        contents += char(i % 251);
+    folder.write("a.bin", contents);
+    EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), row.ends);
+    Bytes expected(70001, 0xFF);
+    for (int i = 0; i < row.count; ++i)
+        expected[std::size_t(row.first + i)] = std::uint8_t((row.fileAddress + i) % 251);
+    EXPECT_EQ(state().BufferData, expected);
+    expectShown(row.ends ? folder.file("a.bin") : "");
+}
+
+INSTANTIATE_TEST_SUITE_P(, BinaryFile, testing::ValuesIn(binaryLoads), rowName);
+
+TEST_F(Files, ABinaryLoadCreatesTheFileAndReadsOneThatIsReadOnly) {
+    EXPECT_TRUE(attempt(OpenBinFile, folder.file("new.bin")));
+    EXPECT_EQ(folder.read("new.bin"), "");
+    EXPECT_FALSE(attempt(OpenBinFile, folder.file("none/new.bin")));
+
+    folder.write("a.bin", "A");
+    fs::permissions(folder.path(), fs::perms(0755));
+    fs::permissions(folder.file("a.bin"), fs::perms(0444));
+    const OrdinaryUser user;
+    EXPECT_TRUE(attempt(OpenBinFile, folder.file("a.bin"))) << cause;
+    EXPECT_EQ(state().BufferData[0], 'A');
 }
 
 TEST_F(Files, SavesTheDeviceInRecordsOfSixteen) {
     device(1, 40);
     for (int i = 0; i < 16; ++i)
         state().BufferData[std::size_t(16 + i)] = std::uint8_t(i * 17);
-    const std::string blank = std::string(32, 'F');
-    folder.write("a.hex",
-                 "what was there before, and longer than what comes\n" + blank + blank + blank);
-    state().FileAddress = state().BufferAddress = 5; // no matter
+    state().FileAddress = state().BufferAddress = 5; // without effect
     EXPECT_TRUE(attempt(SaveHexFile, folder.file("a.hex")));
+    const std::string blank = std::string(32, 'F');
     EXPECT_EQ(folder.read("a.hex"), ":10000000" + blank + "00\r\n" +
                                         ":1000100000112233445566778899AABBCCDDEEFFE8\r\n" +
                                         ":10002000" + blank + "E0\r\n:00000001FF\r\n");
@@ -210,99 +266,47 @@ TEST_F(Files, SavesTheDeviceInRecordsOfSixteen) {
     EXPECT_EQ(viewReopened, 0);
 }
 
-TEST_F(Files, WhatIsSavedLoadsBackTheSame) {
-    std::mt19937 random(3);
-    for (const auto& [save, open, name] : {std::tuple(&SaveHexFile, &OpenHexFile, "a.hex"),
-                                           std::tuple(&SaveBinFile, &OpenBinFile, "a.bin")}) {
-        for (const std::int32_t size : {256, 65536}) {
-            device(1, size);
-            std::ranges::generate(state().BufferData, [&] { return std::uint8_t(random()); });
-            Bytes saved(state().BufferData.begin(), state().BufferData.begin() + size);
-            ASSERT_TRUE(attempt(save, folder.file(name)));
-            state().BufferData.assign(70001, 0x55);
-            ASSERT_TRUE(attempt(open, folder.file(name)));
-            saved.resize(70001, 0x55);
-            EXPECT_EQ(state().BufferData, saved) << name << ", " << size;
-        }
-    }
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.bin", "a.hex"}));
-}
-
-// The disk is full at every single byte of what is saved.
-TEST_F(Files, AFullDiskLeavesTheOldFileWhole) {
-    device(1, 64);
-    state().AppPath = folder.path();
-    state().ProgramVersion = "1.0";
-    autoSequence({Erase, Program, Verify});
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    for (const auto& [save, name, bytes] : {std::tuple(&SaveHexFile, "a.hex", 4 * 45 + 13),
-                                            std::tuple(&WriteAutoFile, "auto.cfg", 12),
-                                            std::tuple(&WriteSettings, "quorven.cfg", 20)}) {
-        folder.write(name, "as it was");
-        for (rlim_t limit = 0; limit <= rlim_t(bytes); ++limit) {
-            SCOPED_TRACE(testing::Message() << name << ", " << limit << " bytes left");
-            vm.panels[4] = "File:";
-            const rlimit small{limit, old.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &small);
-            const bool saved = attempt(save, folder.file("a.hex"));
-            setrlimit(RLIMIT_FSIZE, &old);
-            EXPECT_EQ(saved, limit == rlim_t(bytes));
-            EXPECT_EQ(saved, folder.read(name) != "as it was");
-            EXPECT_EQ(folder.names(), std::vector<std::string>{name});
-            EXPECT_TRUE(saved || vm.panels[4] == "File:");
-            EXPECT_TRUE(saved || cause.ends_with("cannot be written: File too large")) << cause;
-        }
-        folder.remove(name);
-    }
-}
-
-TEST_F(Files, ASaveFollowsLinksAndNeedsItsFolder) {
-    EXPECT_FALSE(attempt(SaveHexFile, folder.file("no folder/a.hex")));
-    std::filesystem::create_symlink("b.hex", folder.file("link")); // to a file yet to come
-    EXPECT_TRUE(attempt(SaveHexFile, folder.file("link")));
-    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
-    EXPECT_EQ(folder.read("b.hex"), ":00000001FF\r\n");
-}
-
-TEST_F(Files, BinaryLoadsPlaceEachByteByItsOffset) {
-    for (const auto& row : readTable(TEST_FILES "/files/binary_loads.txt")) {
-        std::size_t length = 0, first = 0, count = 0;
-        std::istringstream(row.at(0)) >> length;
-        State& st = state();
-        std::istringstream(row.at(1)) >> st.FileAddress >> st.BufferAddress;
-        std::istringstream(row.at(2)) >> first >> count;
-        const bool ends = row.at(3) == "ends";
-        SCOPED_TRACE(row[0] + " | " + row[1]);
-        st.BufferData.assign(70001, 0xFF);
-        vm.panels[4] = "File:";
-        viewReopened = 0;
-        std::string contents(length, '\0');
-        for (std::size_t i = 0; i < length; ++i)
-            contents[i] = char(i % 251);
-        folder.write("a.bin", contents);
-        EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), ends);
-        Bytes expected(70001, 0xFF);
-        for (std::size_t i = 0; i < count; ++i)
-            expected[first + i] = std::uint8_t((std::size_t(st.FileAddress) + i) % 251);
-        EXPECT_EQ(st.BufferData, expected);
-        EXPECT_EQ(vm.panels[4] != "File:", ends);
-        EXPECT_EQ(viewReopened, ends ? 1 : 0);
-    }
-    EXPECT_TRUE(attempt(OpenBinFile, folder.file("new.bin")));
-    EXPECT_EQ(folder.read("new.bin"), "");
-    EXPECT_FALSE(attempt(OpenBinFile, folder.path()));
-    EXPECT_FALSE(attempt(OpenBinFile, "/dev/zero"));
-}
-
-TEST_F(Files, BinarySaveKeepsTheTailOfALongerFile) {
+TEST_F(Files, ABinarySaveKeepsTheTailOfALongerFile) {
     device(1, 2048);
     folder.write("a.bin", std::string(4096, 'x'));
     EXPECT_TRUE(attempt(SaveBinFile, folder.file("a.bin")));
     EXPECT_EQ(folder.read("a.bin"), std::string(2048, '\xFF') + std::string(2048, 'x'));
     EXPECT_EQ(viewReopened, 0);
-    EXPECT_FALSE(attempt(SaveBinFile, "/dev/full"));
+}
+
+TEST_F(Files, WhatIsSavedLoadsBackTheSame) {
+    std::mt19937 random(3);
+    for (const auto& [save, open] :
+         {std::pair(&SaveHexFile, &OpenHexFile), std::pair(&SaveBinFile, &OpenBinFile)}) {
+        device(1, 65536);
+        std::ranges::generate(state().BufferData, [&] { return std::uint8_t(random()); });
+        const Bytes saved = state().BufferData;
+        ASSERT_TRUE(attempt(save, folder.file("a")));
+        std::fill_n(state().BufferData.begin(), 65536, std::uint8_t{0x55});
+        ASSERT_TRUE(attempt(open, folder.file("a")));
+        EXPECT_EQ(state().BufferData, saved);
+        folder.remove("a");
+    }
+}
+
+TEST_F(Files, ASaveThatFailsReportsItAndOnlyABinaryFileMayBeLeftShort) {
+    device(1, 64);
+    state().AppPath = folder.path();
+    for (const auto& [save, name] :
+         {std::pair(&SaveHexFile, "a.hex"), std::pair(&WriteAutoFile, "auto.cfg"),
+          std::pair(&WriteSettings, "quorven.cfg"), std::pair(&SaveBinFile, "a.bin")}) {
+        folder.write(name, "as before");
+        {
+            const FullDisk disk(2);
+            EXPECT_FALSE(attempt(save, folder.file(name))) << name;
+        }
+        EXPECT_EQ(cause, folder.file(name) + ": the file cannot be written: File too large.");
+        EXPECT_EQ(folder.read(name) == "as before", save != &SaveBinFile) << name;
+        EXPECT_EQ(vm.panels[4], "File:");
+    }
+    device(1, 70002);
+    EXPECT_FALSE(attempt(SaveHexFile, folder.file("a.hex")));
+    EXPECT_FALSE(attempt(SaveBinFile, folder.file("a.bin")));
 }
 
 TEST(HexFileName, TheLastThreeLettersProposeTheType) {

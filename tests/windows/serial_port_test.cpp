@@ -1,4 +1,5 @@
 #include "platform/qt/qt_machine.h"
+#include "tests/support/limits.h"
 #include "tests/support/table_file.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <numeric>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -150,37 +152,16 @@ std::string causeOf(const std::string& name) {
     return "opened";
 }
 
-// No rights but an ordinary user's for as long as it lives.
-class OrdinaryUser {
-public:
-    OrdinaryUser() { wasRoot_ = geteuid() == 0 && setresuid(nobody, nobody, 0) == 0; }
-    ~OrdinaryUser() { EXPECT_TRUE(!wasRoot_ || setresuid(0, 0, 0) == 0); }
-
-private:
-    static constexpr uid_t nobody = 65534;
-    bool wasRoot_;
-};
-
 } // namespace
 
 TEST(SerialPortFailures, AreToldApart) {
-    EXPECT_EQ(causeOf("/dev/no-such-port"), "there is no such device. Is the box plugged in?");
-    EXPECT_EQ(causeOf("/dev/zero"), "it is no serial port.");
-    EXPECT_EQ(causeOf("/etc/passwd"), "it is no serial port.");
+    EXPECT_EQ(causeOf("/dev/no-such-port"),
+              "there is no such device. Is the programmer plugged in?");
+    EXPECT_EQ(causeOf("/dev/zero"), "it is not a serial port.");
+    EXPECT_EQ(causeOf("/etc/passwd"), "it is not a serial port.");
     EXPECT_THROW(QtSerialPort([](int) { return ""; }).Open(), platform::PortError);
 
-    const Pty pty;
-    const std::string lockFile = "/var/lock/LCK.." + replaced(pty.name().substr(5), "/", "_");
-    std::ofstream(lockFile) << getppid() << '\n';
-    EXPECT_EQ(causeOf(pty.name()), "process " + std::to_string(getppid()) +
-                                       " holds it, by the lock file " + lockFile + ".");
-    std::ofstream(lockFile) << "         0\n";
-    EXPECT_EQ(causeOf(pty.name()),
-              "the lock file " + lockFile +
-                  " was left behind; no program that it names is running. Remove it.");
-    std::filesystem::remove(lockFile);
-
-    const Pty barred;
+    const Pty pty, barred;
     chmod(barred.name().c_str(), 0);
     chmod(pty.name().c_str(), 0666);
     const OrdinaryUser user;
@@ -193,3 +174,63 @@ TEST(SerialPortFailures, AreToldApart) {
     EXPECT_EQ(causeOf(pty.name()), "opened");
     close(held);
 }
+
+namespace {
+
+const std::string running = std::to_string(getppid());
+
+std::string commandOf(const std::string& process) {
+    std::string command;
+    std::getline(std::ifstream("/proc/" + process + "/comm"), command);
+    return command;
+}
+std::string endedProcess() {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(0);
+    waitpid(child, nullptr, 0);
+    return std::to_string(child);
+}
+
+constexpr char isHeld[] = " holds it by";
+constexpr char isStrange[] = " is not a small regular file. Remove it.";
+constexpr char isNew[] = " names no running program. Remove it.";
+
+struct LockFileCase {
+    const char* name;
+    std::string contents;
+    const char* cause; // a part of it
+    friend void PrintTo(const LockFileCase& row, std::ostream* out) { *out << row.name; }
+};
+const LockFileCase lockFileCases[] = {
+    {"Number", "      " + running + "\n", isHeld},
+    {"NumberAndName", "      " + running + " " + commandOf(running) + " root\n", isHeld},
+    {"NumberAboveName", running + "\n" + commandOf(running) + "\nhost\nid\n", isHeld},
+    {"NameAtANumberGivenAway", running + " minicom root\n", "opened"},
+    {"NameBelowANumberGivenAway", running + "\nquorven\nhost\n", "opened"},
+    {"NumberOfTheDead", endedProcess() + "\n", "opened"},
+    {"NumberAndNameOfTheDead", endedProcess() + " " + commandOf(running) + "\n", "opened"},
+    {"OwnNumber", std::to_string(getpid()) + "\n", "opened"},
+    {"Zero", "         0\n", isNew},
+    {"Empty", "", isNew},
+    {"Large", std::string(2000, ' '), isStrange},
+    {"Pipe", "pipe", isStrange},
+};
+
+class LockFile : public testing::TestWithParam<LockFileCase> {};
+
+} // namespace
+
+TEST_P(LockFile, BarsThePortOrNot) {
+    const Pty pty;
+    const std::string file = "/var/lock/LCK.." + replaced(pty.name().substr(5), "/", "_");
+    GetParam().contents == "pipe" ? void(mkfifo(file.c_str(), 0600))
+                                  : void(std::ofstream(file) << GetParam().contents);
+    const std::string cause = causeOf(pty.name());
+    EXPECT_NE(cause.find(GetParam().cause), std::string::npos) << cause;
+    EXPECT_TRUE(cause == "opened" || cause.find("lock file " + file) != std::string::npos) << cause;
+    std::filesystem::remove(file);
+}
+
+INSTANTIATE_TEST_SUITE_P(, LockFile, testing::ValuesIn(lockFileCases),
+                         [](const auto& row) { return row.param.name; });
