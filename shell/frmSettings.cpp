@@ -48,7 +48,7 @@ void frmSettings::cmdOk_Click() {
     const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // but for case
     if (entry < 0) {
         platform::machine().msgBox.Show(
-            "Settings", "\"" + text.toStdString() + "\" is no port. Choose one of COM1 to COM16.",
+            "Settings", "\"" + text.toStdString() + "\" is not a port. Choose one of COM1 to COM16.",
             platform::MessageBox::Icon::Critical);
         cmbCOM->setFocus();
         cmbCOM->lineEdit()->selectAll();
