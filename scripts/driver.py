@@ -334,8 +334,8 @@ class Screen(contextlib.ExitStack):
         """Waits, where still is set, until two shots some time apart are equal."""
         def shoot():
             window = ["-frame", "-window", self.ask("getactivewindow")] if frame else ["-window", "root"]
-            return subprocess.run(["import", "-silent", *window, "ppm:-"], env=self.env, check=True,
-                                  capture_output=True).stdout
+            return window[-1] and subprocess.run(["import", "-silent", *window, "ppm:-"], env=self.env,
+                                                 check=True, capture_output=True).stdout
 
         def shot():
             first = shoot()
