@@ -8,32 +8,32 @@
 #       assert app.status() == 0 and app.output() == "" and box.stop() == 0
 #
 # A Screen is an X server with a window manager. The accessibility bus is private as well, one for
-# all screens of a driver. What was started on a screen is stopped with it, last first; each of these
-# can also be used with "with", to stop earlier. A driver that is killed takes all of them with it.
+# all screens of a driver. What was started on a screen is stopped with it, last first; "with" on
+# one of these stops it earlier. A driver that is killed takes all of them with it.
 #
 # Several programs may run on one screen: each verb acts on the windows of its own program, found by
-# process id, and brings it to the front first. A wrapper such as strace may fork: children count.
+# process group, and brings it to the front first. So a wrapper such as strace may fork.
 # Every verb waits until it can act and raises Failure at its limit (seconds), or as soon as the
 # program has ended. Controls are found by their accessible name, as a screen reader says it, and
 # their role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITEM, FRAME or any other Atspi.Role.
 #
-#   screen.env                       the environment of its programs; env={...} of program() adds to it
+#   screen.env                       the environment of its programs; program(env=...) adds to it
 #   screen.program(path, folder, env={}, preexec=None, wrapper=[])
 #   screen.simbox(folder, *options, path="build/simbox", wrapper=[])
 #   screen.start(command, folder, log, env={}, preexec=None)    any other process, its output in log
 #   screen.server                    the X server's process
-#   screen.picture(path)             of the screen; frame=True: of the window in front with its frame
+#   screen.picture(path)             of the screen; frame=True: the window in front with its frame
 #   process.pid, .running(), .output(), .stop(signal=SIGTERM) -> status, .status(seconds=20) waits
 #   box.trace()                      the text of the trace file so far
-#   app.window(title)                waits until that window is in front; app.front() is the one now
-#   app.find(name, *roles, title=None)  what is shown, in that window or any, or None; .item() waits
+#   app.window(title)                waits until that window is in front; app.front() is it now
+#   app.find(name, *roles, title=None)   what is shown, in that window or any, or None; .item waits
 #   app.rows(list)                   the texts of all its rows
 #   app.press(name), .select(list, row), .fill(text box, text), .menu(menu, entry)
 #   app.keys("ctrl+a", "Down"), .type(text)
-#   app.message(title, text, button="OK")  waits for the message box with this text, presses the button
+#   app.message(title, text, button="OK")    waits for this message box, then presses the button
 #   app.texts(*roles, title=None)    the texts of what is shown with these roles; without: of labels
-#   app.shows(text), .wait_for(text, seconds=20)    a label with exactly this text
-#   app.wait(what, condition, seconds=20), wait(...)  polls; returns the condition's first true value
+#   app.wait_for(text, seconds=20)   waits for a label with exactly this text
+#   app.wait(what, condition, seconds=20), wait(...)    polls; the condition's first true value
 
 import atexit
 import contextlib
@@ -58,9 +58,6 @@ Role, State = Atspi.Role, Atspi.StateType
 BUTTON = getattr(Role, "BUTTON", None) or Role.PUSH_BUTTON  # renamed in at-spi 2.56
 LIST, ROW, TEXT, LABEL = Role.LIST, Role.LIST_ITEM, Role.TEXT, Role.LABEL
 RADIO, MENU_ITEM, FRAME = Role.RADIO_BUTTON, Role.MENU_ITEM, Role.FRAME
-ANY = tuple(Role.__enum_values__.values())
-NOT_READ = {Role.TABLE, Role.TREE, Role.TREE_TABLE}  # the files in the file dialog: many, no use
-PR_SET_PDEATHSIG = 1
 libc = ctypes.CDLL(None)
 
 
@@ -91,7 +88,7 @@ def shown(item):
     """The item and everything below it that is shown, in the order of the tree."""
     if item and has(item, State.SHOWING):
         yield item
-        if item.get_role() not in NOT_READ:
+        if item.get_role() not in (Role.TABLE, Role.TREE):  # the file dialog's files: many, no use
             for index in range(item.get_child_count()):
                 yield from shown(item.get_child_at_index(index))
 
@@ -104,7 +101,7 @@ def text_of(item):
 class Process(contextlib.AbstractContextManager):
     def __init__(self, command, folder, log, env, preexec=None, **more):
         def before():
-            libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+            libc.prctl(1, signal.SIGKILL)  # PR_SET_PDEATHSIG
             if preexec:
                 preexec()
 
@@ -151,7 +148,8 @@ class Program(Process):
         try:
             return wait(what, condition, seconds, self)
         except Failure as failure:
-            raise Failure(f"{failure}\nshown: {self.texts(*ANY)}\nprinted: {self.output()}") from None
+            texts = [text_of(item) for item in self.shown()]
+            raise Failure(f"{failure}\nshown: {texts}\nprinted: {self.output()}") from None
 
     def owns(self, pid):
         return os.getpgid(pid) == self.pid
@@ -177,9 +175,6 @@ class Program(Process):
 
     def texts(self, *roles, title=None):
         return [text_of(item) for item in self.shown(*(roles or [LABEL]), title=title)]
-
-    def shows(self, text):
-        return self.find(text, LABEL) is not None
 
     def wait_for(self, text, seconds=20):
         self.item(text, LABEL, seconds=seconds)
@@ -209,12 +204,20 @@ class Program(Process):
         self.wait("a window in front", self.front)
         self.screen.ask("type", "--delay", "20", text)
 
+    def insist(self, what, act, condition):
+        """Acts until it has an effect: a window that takes no input for the moment loses a key."""
+        def acted():
+            act()
+            with contextlib.suppress(Failure):
+                return wait(what, condition, 1)
+        return self.wait(what, acted)
+
     def press(self, name):
         """A button of the window in front: never one that is grey or blocked by a dialog."""
         def enabled():
-            buttons = [item for item in shown(self.front()) if item.get_name() == name
-                       and item.get_role() == BUTTON and has(item, State.ENABLED)]
-            return buttons and buttons[0]
+            window = self.front()
+            button = window and self.find(name, BUTTON, title=window.get_name())
+            return button if button and has(button, State.ENABLED) else None
         button = self.wait(f"the button {name!r}", enabled)
         button.do_action(0)
         with contextlib.suppress(GLib.Error):  # its window is closed
@@ -223,7 +226,8 @@ class Program(Process):
 
     def focus(self, name, role):
         def focused():
-            return self.front() and (has(item, State.FOCUSED) or item.grab_focus() and None)
+            item.grab_focus()
+            return self.front() and has(item, State.FOCUSED)
         item = self.item(name, role)
         self.wait(f"the focus on {name!r}", focused)
         return item
@@ -240,26 +244,16 @@ class Program(Process):
         self.wait(f"the row {row!r}", lambda: has(self.find(row, ROW), State.SELECTED))
 
     def fill(self, name, text):
-        """A text box, by the keyboard; again where a letter is lost that no key has."""
-        def filled():
-            self.keys("ctrl+a")
-            self.type(text)
-            with contextlib.suppress(Failure):
-                return wait(text, lambda: text_of(item) == text, 2)
+        """A text box, by the keyboard."""
         item = self.focus(name, TEXT)
-        self.wait(f"{text!r} in {name!r}", filled)
+        self.insist(f"{text!r} in {name!r}", lambda: self.keys("ctrl+a") or self.type(text),
+                    lambda: text_of(item) == text)
 
     def menu(self, name, entry):
-        """With the arrow keys. A window that takes no input for the moment loses the first key."""
-        def opened():
-            self.keys("alt+" + name[0].lower())
-            with contextlib.suppress(Failure):
-                return wait(name, lambda: self.find(entry, MENU_ITEM), 1)
-
-        def reached():
-            return has(item, State.FOCUSED) or self.keys("Down")
-        item = self.wait(f"{entry!r} in the menu {name!r}", opened)
-        self.wait(f"{entry!r} to be chosen", reached)
+        """Opens it by its access key and goes down to the entry."""
+        item = self.insist(f"the menu {name!r}", lambda: self.keys("alt+" + name[0].lower()),
+                           lambda: self.find(entry, MENU_ITEM))
+        self.wait(f"{entry!r} to be chosen", lambda: has(item, State.FOCUSED) or self.keys("Down"))
         self.keys("Return")
 
     def message(self, title, text, button="OK", seconds=20):
@@ -279,8 +273,8 @@ class Bus(contextlib.ExitStack):
         self.folder = self.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
         address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/bus"
         self.env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
-        self.env |= {"PATH": os.environ["PATH"], "HOME": self.folder, "XDG_RUNTIME_DIR": self.folder,
-                     "LC_ALL": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": address}
+        self.env |= {"PATH": os.environ["PATH"], "HOME": self.folder, "LC_ALL": "C.UTF-8",
+                     "XDG_RUNTIME_DIR": self.folder, "DBUS_SESSION_BUS_ADDRESS": address}
         self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address)
         wait("the message bus", pathlib.Path(self.folder, "bus").is_socket)
         self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
@@ -314,8 +308,8 @@ class Screen(contextlib.ExitStack):
 
     def simbox(self, folder, *options, path="build/simbox", wrapper=()):
         files = [f"{os.path.abspath(folder)}/{name}" for name in ("com5", "trace.txt")]
-        command = [*wrapper, os.path.abspath(path), "--link", files[0], "--trace", files[1], *options]
-        box = self.start(command, folder, "simbox.txt", Simbox)
+        box = self.start([*wrapper, os.path.abspath(path), "--link", files[0], "--trace", files[1],
+                          *options], folder, "simbox.txt", Simbox)
         wait("simbox", lambda: "simbox ready" in box.output(), process=box)
         return box
 
@@ -328,14 +322,16 @@ class Screen(contextlib.ExitStack):
     def ask(self, *words):
         """xdotool with these words: what it printed, nothing where it failed."""
         return subprocess.run(["xdotool", *words], env=self.env, text=True, check=False,
-                              capture_output=True).stdout.strip()
+                              capture_output=True, timeout=20).stdout.strip()
 
     def picture(self, path, frame=False, still=True):
         """Waits, where still is set, until two shots some time apart are equal."""
         def shoot():
-            window = ["-frame", "-window", self.ask("getactivewindow")] if frame else ["-window", "root"]
-            return window[-1] and subprocess.run(["import", "-silent", *window, "ppm:-"], env=self.env,
-                                                 check=True, capture_output=True).stdout
+            window = ["-frame", "-window", self.ask("getactivewindow")] if frame else \
+                ["-window", "root"]
+            return window[-1] and subprocess.run(
+                ["import", "-silent", *window, "ppm:-"], env=self.env, check=True, timeout=20,
+                capture_output=True).stdout
 
         def shot():
             first = shoot()
