@@ -8,10 +8,8 @@ packages=(
     cmake ninja-build g++ qt6-base-dev qt6-serialport-dev
     # tests and their checks
     libgtest-dev clang-format clang-tidy
-    # measuring
-    libbenchmark-dev
     # a screen of its own for the program, with a window manager, keys and pictures
-    xvfb openbox xdotool imagemagick
+    xvfb xauth openbox xdotool imagemagick
     # reading what the windows say: the accessibility bus and a client for it
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
     # an image in binary form, made by another's hex reader than ours
