@@ -5,16 +5,20 @@
 namespace modFunc {
 
 namespace {
-// On the heap: the record is too large for a stack, and so is the temporary of a reset.
-std::unique_ptr<State> theState = std::make_unique<State>();
+// On the heap: the record is too large for a stack, and so is the temporary of a reset. Created at
+// its first use, where a lack of memory can be reported.
+std::unique_ptr<State>& theState() {
+    static auto record = std::make_unique<State>();
+    return record;
+}
 } // namespace
 
 State& state() {
-    return *theState;
+    return *theState();
 }
 
 void ResetState() {
-    theState = std::make_unique<State>();
+    theState() = std::make_unique<State>();
 }
 
 const DeviceRec& selectedDevice() {
