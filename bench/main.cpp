@@ -269,7 +269,7 @@ void measureFilesAndPage(const TemporaryFolder& folder) {
         medianMs(51,
                  [] {
                      for (int i = 0; i < pages; ++i)
-                         PageText(LastTopLine(deviceBytes));
+                         PageText(LastTopLine(deviceBytes), state().BufferData);
                  }) *
             1000 / pages);
 }
