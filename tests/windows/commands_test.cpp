@@ -317,17 +317,17 @@ TEST_F(Commands, SettingsOutsideTheirRangesStillGiveAProgram) {
 TEST_F(Commands, TypedDigitsReachTheImageAndTheView) {
     startAlone();
     trigger("BufferClear");
-    auto* box = in<QTextEdit>(*mdi, "txtBuffer");
-    QTest::keyClicks(box, QStringLiteral("7f"));
+    auto* textBox = in<QTextEdit>(*mdi, "txtBuffer");
+    QTest::keyClicks(textBox, QStringLiteral("7f"));
     EXPECT_EQ(text("lblAddress"), "0001");
     EXPECT_EQ(text("lblCheckSum"), "EF80");
-    QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier); // no digit
-    QTest::keyClick(box, Qt::Key_Down);
-    QTest::keyClicks(box, QStringLiteral("5"));
+    QTest::keyClick(textBox, Qt::Key_A, Qt::ControlModifier); // no digit
+    QTest::keyClick(textBox, Qt::Key_Down);
+    QTest::keyClicks(textBox, QStringLiteral("5"));
     EXPECT_NE(page().find("0000=7F FF"), std::string::npos);
     EXPECT_NE(page().find("0010=FF 5F"), std::string::npos);
     EXPECT_EQ(state().BufferData[0], 0x7F);
     in<QScrollBar>(*mdi, "vsc")->setValue(1);
-    QTest::keyClicks(box, QStringLiteral("1")); // the caret is on the first digit of the page
+    QTest::keyClicks(textBox, QStringLiteral("1")); // the caret is on the first digit of the page
     EXPECT_EQ(state().BufferData[16], 0x1F);
 }
