@@ -11,6 +11,7 @@
 #include <link.h>
 #include <new>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -78,13 +79,18 @@ Function* real(const char* name) {
         return fails(call, __builtin_return_address(0)) ? failure : next arguments;                \
     }
 
-REPLACE(Write, ssize_t, write, (int file, const void* bytes, std::size_t count),
-        (file, bytes, count), -1)
 REPLACE(Fsync, int, fsync, (int file), (file), -1)
 REPLACE(Rename, int, rename, (const char* from, const char* to), (from, to), -1)
 REPLACE(Fopen, FILE*, fopen, (const char* path, const char* mode), (path, mode), nullptr)
 REPLACE(Close, int, close, (int file), (file), (next(file), errno = EIO, -1))
 REPLACE(Mkstemp, int, mkstemp, (char* path), (path), -1)
+
+extern "C" ssize_t write(int file, const void* bytes, std::size_t count) {
+    static auto* const next = real<ssize_t(int, const void*, std::size_t)>("write");
+    struct stat status {};
+    const bool pipe = fstat(file, &status) == 0 && S_ISFIFO(status.st_mode); // only to itself
+    return !pipe && fails(Write, __builtin_return_address(0)) ? -1 : next(file, bytes, count);
+}
 
 extern "C" int open(const char* path, int flags, ...) {
     static auto* const next = real<int(const char*, int, mode_t)>("open");
