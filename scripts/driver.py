@@ -101,7 +101,7 @@ def text_of(item):
 class Process(contextlib.AbstractContextManager):
     def __init__(self, command, folder, log, env, preexec=None, **more):
         def before():
-            libc.prctl(1, signal.SIGKILL)  # PR_SET_PDEATHSIG
+            libc.prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
             if preexec:
                 preexec()
 
