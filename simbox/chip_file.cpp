@@ -46,7 +46,7 @@ ChipFile::ChipFile(std::string path, Chip& chip) : path_(std::move(path)), chip_
 }
 
 void ChipFile::Save() {
-    if (!behind())
+    if (!outdated())
         return;
     replaceFile(path_, chip_.memory());
     if (chip_.locked())

@@ -17,10 +17,10 @@ public:
     ChipFile(std::string path, Chip& chip);
 
     // The chip has been written since the last Save.
-    bool behind() const { return !path_.empty() && chip_.revision() != savedRevision_; }
+    bool outdated() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
-    // When behind: writes all 64 KiB to a temporary file beside it and renames that over the file,
-    // so that a reader always finds a whole chip. Throws an exception naming file and cause.
+    // When outdated: writes all 64 KiB to a temporary file beside it and renames that over the
+    // file, so that a reader always finds a whole chip. Throws an exception naming file and cause.
     void Save();
 
 private:

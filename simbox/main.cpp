@@ -33,7 +33,7 @@ void serve(Programmer& programmer, Terminal& terminal, ChipFile& chipFile) {
         std::optional<std::int64_t> timeoutUs;
         if (const auto next = programmer.nextEventUs())
             timeoutUs = std::max<std::int64_t>(0, *next - nowUs());
-        const bool saveNext = chipFile.behind() && timeoutUs.value_or(INT64_MAX) > 2 * quietUs;
+        const bool saveNext = chipFile.outdated() && timeoutUs.value_or(INT64_MAX) > 2 * quietUs;
         const auto bytes = terminal.Wait(saveNext ? quietUs : timeoutUs);
         if (saveNext && bytes.empty())
             chipFile.Save();

@@ -1,130 +1,225 @@
+// The simulated programmer: the frames that it accepts, its chip, its line.
 #include "simbox/programmer.h"
-
 #include "tests/support/table_file.h"
+#include "tests/support/virtual_machine.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <optional>
+#include <map>
 #include <random>
-#include <set>
 
 namespace {
 
-using Box = simbox::Programmer;
 using Bytes = std::vector<std::uint8_t>;
+using Names = std::vector<std::string>;
 
-// "00 1F 21x256": bytes in hexadecimal, the last of them 256 times.
-Bytes bytesOf(const std::string& text) {
+const std::map<std::string, const char*> frames = {
+    {"I", "00 00 00 01 49"},
+    {"V", "00 00 00 04 56 0C 00 32"},
+    {"V0", "00 00 00 04 56 00 00 00"},
+    {"S0", "00 00 00 02 53 00"},
+    {"S1", "00 00 00 06 53 01 A0 3F F8 C0"},
+    {"S3", "00 00 00 06 53 03 00 00 00 00"},
+    {"S4", "00 00 00 06 53 04 00 00 00 00"},
+    {"T2", "00 00 00 08 54 02 A0 3F FA C0 F8 C0"},
+    {"D256", "00 00 01 01 44"}, // the rest of the data is 21
+    {"D256with22", "00 00 01 01 44 22"},
+    {"D64", "00 00 00 41 44 FF"},
+    {"W256", "00 00 00 08 57 01 00 01 FF 08 04 01"},
+    {"W64", "00 00 00 08 57 01 40 01 7F 14 00 40"},
+    {"R", "00 00 00 06 52 01 00 01 FF 08"},
+    {"E", "00 00 00 02 45 00"},
+    {"E8", "00 00 00 02 45 08"},
+    {"L", "00 00 00 03 4C FF 00"},
+    // Accepted at no time:
+    {"Incomplete", "00 00 00"},
+    {"UnknownCode", "00 00 00 01 58"},
+    {"NoCode", "00 00 00 00"},
+    {"LengthTooGreat", "00 01 00 01 49 49 49"},
+    {"SetUpOfClass5", "00 00 00 06 53 05 00 00 00 00"},
+    {"ReleaseOfClass1", "00 00 00 02 53 01"},
+    {"WritingSetUpOfClass3", "00 00 00 08 54 03 00 00 00 00 00 00"},
+    {"WrongLength", "00 00 01 00 44"},
+    {"WriteOfHalfABlock", "00 00 00 08 57 00 00 00 7F 07 00 00"},
+    {"WriteOverTheBlocksEnd", "00 00 00 08 57 00 E0 01 1F 14 00 40"},
+    {"WriteOfAnotherPageSize", "00 00 00 08 57 00 00 00 3F 14 00 20"},
+    {"ReadFromInsideABlock", "00 00 00 06 52 00 80 00 FF 08"},
+    {"ReadOverTwoBlocks", "00 00 00 06 52 00 00 01 FF 08"},
+};
+
+Bytes frame(const std::string& name) {
     Bytes bytes;
-    for (const std::string& word : words(text)) {
-        const std::size_t times = word.size() > 2 ? std::stoul(word.substr(3)) : 1;
-        bytes.insert(bytes.end(), times, static_cast<std::uint8_t>(std::stoul(word, nullptr, 16)));
-    }
+    for (const std::string& word : words(frames.at(name)))
+        bytes.push_back(static_cast<std::uint8_t>(std::stoul(word, nullptr, 16)));
+    if (bytes.size() > 4 && bytes[4] == 'D')
+        bytes.resize(4U + bytes[2] * 256U + bytes[3], 0x21);
     return bytes;
 }
 
-// "57600 5000 silent@2": pace in baud, time of a write in microseconds, faults.
-simbox::Options optionsOf(const std::string& text) {
-    const auto all = words(text);
-    simbox::Options options;
-    options.baud = static_cast<std::uint32_t>(std::stoul(all.at(0)));
-    options.writeTimeUs = std::stoll(all.at(1));
-    for (std::size_t i = 2; i < all.size(); ++i)
-        options.faults.push_back(std::get<simbox::Fault>(simbox::ParseFault(all[i])));
-    return options;
-}
-
-// A box, and a program that sends to it and takes what has come by then.
-struct Bench {
-    explicit Bench(const std::string& options) : box(optionsOf(options)) {}
-
-    // At that time of the clock, or a second after the last.
-    Bytes send(const std::string& bytes, const std::string& timeUs = "") {
-        now = timeUs.empty() ? now + 1'000'000 : std::stoll(timeUs);
-        box.Receive(now, bytesOf(bytes));
-        return box.Take(now);
-    }
-    std::set<std::string> facts() {
-        return {"frames=" + std::to_string(box.frames().size()),
-                "complaints=" + std::to_string(box.protocolErrors().size()),
-                "next=" + std::to_string(box.nextEventUs().value_or(-1)),
-                "locked=" + std::to_string(box.chip().locked())};
+// Unthrottled, with a chip of A5.
+struct Line {
+    // Sends these frames, a second apart, and returns what arrives at once after the last.
+    std::string after(const Names& names) {
+        Bytes reply;
+        for (const std::string& name : names) {
+            nowUs += 1'000'000;
+            programmer.Receive(nowUs, frame(name));
+            reply = programmer.Take(nowUs);
+        }
+        return hexText(reply);
     }
 
-    Box box;
-    std::int64_t now = 0;
+    simbox::Programmer programmer{{.baud = 0, .faults = {}}};
+    std::int64_t nowUs = 0;
 };
+
+struct Moment {
+    const char* name;
+    Names before;
+    std::string accepted; // in alphabetical order
+};
+
+const Moment moments[] = {
+    {"Released", {}, "I S0 S1 S3 S4 T2 V V0"},
+    {"ReleasedAgain", {"V", "S1", "S0"}, "I S0 S1 S3 S4 T2 V V0"},
+    {"Class1Off", {"S1"}, "D256 D256with22 I S0 S1 S3 S4 T2 V V0"},
+    {"Class1OffAgain", {"V", "S1", "V0"}, "D256 D256with22 I S0 S1 S3 S4 T2 V V0"},
+    {"Class1", {"V", "S1"}, "D256 D256with22 E I L R S0 S1 S3 S4 T2 V V0"},
+    {"Class1Loaded", {"V", "S1", "D256"}, "I S0 V0"},
+    {"Class1LockStep", {"V", "S1", "L"}, "D256 D256with22 E I R S0 S1 S3 S4 T2 V V0"},
+    {"Class2ForWriting", {"V", "T2"}, "D256 D256with22 I R S0 S1 S3 S4 T2 V V0"},
+    {"Class2Loaded", {"V", "T2", "D256"}, "I S0 V0 W256"},
+    {"Class2LoadedOff", {"T2", "D256"}, "I S0 V0"},
+    {"Class2Written", {"V", "T2", "D256", "W256"}, "D256 D256with22 I R S0 S1 S3 S4 T2 V V0"},
+    {"Class3", {"S3"}, "D64 I R S0 S1 S3 S4 T2 V V0"},
+    {"Class3Loaded", {"S3", "D64"}, "I S0 V0 W64"},
+    {"Class4", {"S4"}, "D256 D256with22 E E8 I R S0 S1 S3 S4 T2 V V0"},
+    {"Class4Loaded", {"S4", "D256"}, "I S0 V0 W256"},
+};
+
+class Moments : public testing::TestWithParam<Moment> {};
+
+// Three identify frames, a second apart, and when bytes of the replies arrive: "7:1 9:2" is one
+// byte after 7 us and two after 9 us. At 57600 baud a byte takes 173.6 us, either way.
+struct Timing {
+    const char* name;
+    std::uint32_t baud;
+    const char* fault;
+    std::string arrivals;
+};
+
+const Timing timings[] = {
+    {"SilentFrom", 0, "silent-from@I2", "0:12"},
+    {"AnotherCode", 0, "silent@W2", "0:12 1000000:12 2000000:12"},
+    {"EachOfACode", 0, "short@I:1", "0:1 1000000:1 2000000:1"},
+    {"Late", 0, "late@2:1500ms", "0:12 2500000:24"},
+    {"Double", 0, "double@2", "0:12 1000000:24 2000000:12"},
+    {"Status", 0, "status@I3:4501", "0:12 1000000:12 2000000:2"},
+    {"LineAt57600", 57600, "silent@2", "2953:12 2002953:12"},
+    {"Portions", 57600, "long@1:60", "6425:32 11981:32 13369:8 1002953:12 2002953:12"},
+    {"TwoParts", 57600, "chatter@3:40:10ms", "2953:12 1002953:12 2002953:12 2018509:32 2019898:8"},
+    {"PortionLostWithTheCable", 110, "pull@2", ""},
+};
+
+class Timings : public testing::TestWithParam<Timing> {};
+
+const auto rowName = [](const auto& row) { return row.param.name; };
 
 } // namespace
 
-TEST(Box, AnswersAsTheConversationsGo) {
-    std::optional<Bench> bench;
-    for (const auto& row : readTable(TEST_FILES "/simbox/conversations.txt")) {
-        if (row.size() == 1) {
-            bench.emplace(row[0]);
-            continue;
+TEST_P(Moments, AcceptTheirFramesOnly) {
+    std::string accepted;
+    for (const auto& [name, bytes] : frames) {
+        Line line;
+        const auto& errors = line.programmer.protocolErrors();
+        line.after(GetParam().before);
+        EXPECT_EQ(errors, Names());
+        const bool reply = !line.after({name}).empty();
+        EXPECT_TRUE(line.after({"I"}).ends_with("53 69 6D 42 6F 78 20 76 31 2E 30 30")) << name;
+        EXPECT_EQ(errors.size(), reply ? 0U : 1U) << name;
+        accepted += reply ? (accepted.empty() ? "" : " ") + name : "";
+        line.after({"V0", "S0"});
+        EXPECT_TRUE(line.programmer.socketReleased() && !line.programmer.powered()) << name;
+    }
+    EXPECT_EQ(accepted, GetParam().accepted);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Moments, testing::ValuesIn(moments), rowName);
+
+TEST_P(Timings, AreExact) {
+    const auto fault = std::get<simbox::Fault>(simbox::ParseFault(GetParam().fault));
+    simbox::Programmer programmer({.baud = GetParam().baud, .faults = {fault}});
+    std::string arrivals;
+    for (const std::int64_t startUs : {0, 1'000'000, 2'000'000}) {
+        programmer.Receive(startUs, frame("I"));
+        const std::int64_t endUs = startUs < 2'000'000 ? startUs + 1'000'000 : INT64_MAX;
+        while (programmer.nextEventUs().value_or(INT64_MAX) < endUs) {
+            const std::int64_t nowUs = *programmer.nextEventUs();
+            if (const std::size_t count = programmer.Take(nowUs).size(); count > 0)
+                arrivals += (arrivals.empty() ? "" : " ") + std::to_string(nowUs) + ":" +
+                            std::to_string(count);
         }
-        SCOPED_TRACE(std::to_string(bench->now) + ", then " + row[0] + " | " + row[1]);
-        EXPECT_EQ(bench->send(row[1], row[0]), bytesOf(row.at(2)));
-        for (const std::string& fact : words(row.at(3)))
-            EXPECT_TRUE(bench->facts().contains(fact))
-                << fact << " is not in " << testing::PrintToString(bench->facts());
     }
+    EXPECT_EQ(arrivals, GetParam().arrivals);
 }
 
-TEST(Box, RefusesNonsense) {
-    const auto table = readTable(TEST_FILES "/simbox/nonsense.txt");
-    ASSERT_EQ(table.size(), 34U);
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.at(0));
-        Bench bench("0 0");
-        std::istringstream before(row.at(1));
-        for (std::string frame; std::getline(before, frame, ',');)
-            bench.send(frame);
-        EXPECT_EQ(bench.box.protocolErrors(), std::vector<std::string>());
-        EXPECT_EQ(bench.send(row.at(2)), Bytes());
-        EXPECT_EQ(bench.box.protocolErrors().size(), 1U);
-        EXPECT_EQ(bench.send("00 00 00 01 49").size(), 12U);
-        bench.send("00 00 00 04 56 00 00 00");
-        bench.send("00 00 00 02 53 00");
-        EXPECT_EQ(bench.box.protocolErrors().size(), 1U);
-        EXPECT_TRUE(bench.box.socketReleased() && !bench.box.powered());
+INSTANTIATE_TEST_SUITE_P(, Timings, testing::ValuesIn(timings), rowName);
+
+TEST(Chip, OfFlashIsProgrammedLockedAndErased) {
+    Line line;
+    const simbox::Chip& chip = line.programmer.chip();
+    EXPECT_EQ(line.after({"V", "T2", "D256", "W256"}), "4E");
+    EXPECT_EQ(line.after({"R"}).substr(0, 17), "06 06 06 06 21 21");
+    EXPECT_EQ(line.after({"D256with22", "W256"}), "45 01 00");
+    EXPECT_EQ(line.after({"R"}).substr(0, 17), "06 06 06 06 20 21");
+    EXPECT_EQ(line.after({"S1", "E", "T2", "D256with22", "W256"}), "4E");
+    for (const bool lockedBefore : {false, true}) {
+        line.after({"V", "S1", "L", "V", "S1", "L", "S1", "L"});
+        EXPECT_EQ(chip.locked(), lockedBefore);
+        line.after({"S1", "L"});
+        EXPECT_TRUE(chip.locked());
     }
+    EXPECT_EQ(line.after({"R"}).substr(0, 17), "06 06 06 06 00 00");
+    EXPECT_EQ(line.after({"T2", "D256", "W256"}), "45 01 00");
+    EXPECT_EQ(chip.memory()[0x100], 0x22);
+    EXPECT_EQ(line.after({"S4", "E"}), "06");
+    EXPECT_EQ(line.programmer.nextEventUs(), line.nowUs + 50'000); // the second byte
+    EXPECT_FALSE(chip.locked());
+    EXPECT_EQ(chip.memory()[0x100], 0xFF);
 }
 
-TEST(Box, FaultsStrikeWhereTheyAreAskedFor) {
-    const std::string ask = "00 00 00 01 49";
-    for (const auto& row : readTable(TEST_FILES "/simbox/faults.txt")) {
-        SCOPED_TRACE(row.at(0));
-        Bench bench("0 0 " + row[0]);
-        bench.send(ask);
-        EXPECT_EQ(bench.send(ask).size(), std::stoul(row.at(1)));
-        EXPECT_EQ(bench.box.Take(bench.now + 100'000).size(), std::stoul(row.at(2)));
-        EXPECT_EQ(bench.send(ask).size(), std::stoul(row.at(3)));
-        EXPECT_EQ(bench.box.cablePulled(), row.at(4) == "pulled");
-    }
+TEST(Chip, OfPagesIsOverwritten) {
+    Line line;
+    EXPECT_EQ(line.after({"S3", "D64", "W64"}), "4E");
+    EXPECT_EQ(line.after({"R"}).substr(67 * 3, 8), "A5 FF 21");
 }
 
-// Frames with anything in them, cut off anywhere: nothing may crash, and a loop that goes from
-// event to event must come to rest.
-TEST(Box, SurvivesAnyBytes) {
+TEST(Wire, HasCommandsOfTheseLengths) {
+    std::string lengths;
+    for (const char code : std::string("IVSTWREL"))
+        for (std::size_t length = 0; length < 300; ++length)
+            lengths += simbox::LengthFits(code, length) ? code + std::to_string(length) + " " : "";
+    EXPECT_EQ(lengths, "I1 V4 S2 S6 T8 W8 R6 E2 L3 ");
+}
+
+// Frames of any content, truncated anywhere: nothing may crash, and a loop that goes from event to
+// event must end.
+TEST(Line, SurvivesAnyBytes) {
     std::mt19937 random(20);
-    Box box;
-    std::int64_t now = 0;
+    simbox::Programmer programmer;
+    std::int64_t nowUs = 0;
     for (int round = 0; round < 20'000; ++round) {
-        Bytes bytes = {0, 0, 0, static_cast<std::uint8_t>(random() % 10)};
-        bytes.push_back(static_cast<std::uint8_t>("IVSTDWREL"[random() % 9]));
-        for (auto left = random() % 12; left > 0; --left) {
-            bytes.push_back(static_cast<std::uint8_t>(random() % (random() % 2 == 0 ? 256 : 5)));
-        }
-        box.Receive(now, bytes);
-        int events = 0;
-        while (box.nextEventUs() && random() % 40 != 0) {
-            ASSERT_LT(++events, 2'000) << "round " << round;
-            now = std::max(now, *box.nextEventUs());
-            box.Take(now);
+        Bytes bytes = {0, 0, 0, Bytes::value_type(random() % 10)};
+        bytes.push_back(std::uint8_t("IVSTDWREL"[random() % 9]));
+        for (auto left = random() % 12; left > 0; --left)
+            bytes.push_back(std::uint8_t(random() % (random() % 2 == 0 ? 256 : 5)));
+        programmer.Receive(nowUs, bytes);
+        for (int events = 0; programmer.nextEventUs() && random() % 40 != 0; ++events) {
+            ASSERT_LT(events, 2'000) << "round " << round;
+            nowUs = std::max(nowUs, *programmer.nextEventUs());
+            programmer.Take(nowUs);
         }
     }
-    EXPECT_GT(box.protocolErrors().size(), 1'000U);
+    EXPECT_GT(programmer.protocolErrors().size(), 1'000U);
 }
