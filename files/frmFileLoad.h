@@ -14,7 +14,7 @@ class frmFileLoad : public Form {
 public:
     explicit frmFileLoad(QWidget* owner);
 
-    void reject() override; // Escape and a request to close are Cancel
+    void reject() override; // Escape is Cancel
 
 private:
     void connectHandlers();

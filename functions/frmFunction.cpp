@@ -37,13 +37,12 @@ frmFunction::frmFunction(QWidget* owner)
         listFunction->addItem(QString::fromLatin1(function.name));
     listFunction->setCurrentRow(0);
 
-    auto* Frame1 = addFrame(this, "Frame1", tr("Message:"), {1680, 120, 3015, 2535});
+    auto* Frame1 = addFrame(this, "Frame1", tr("Message:"), {1680, 120, 3015, 2535}, lightGround());
     for (std::size_t line = 0; line < lblMsg.size(); ++line) {
         const int index = static_cast<int>(line);
         lblMsg[line] = addLabel(Frame1, "lblMsg", QString(), {120, 240 + 240 * index, 2775, 255});
         lblMsg[line]->setObjectName(QStringLiteral("lblMsg(%1)").arg(index));
         setTextColour(lblMsg[line], QColor(0, 0, 255));
-        giveLightGround(lblMsg[line]);
     }
 
     addChipRange();
@@ -97,7 +96,7 @@ void frmFunction::connectHandlers() {
 
 void frmFunction::cmdRun_Click() {
     DeviceRun run(*this);
-    run.Run(listFunction->currentRow());
+    run.Run(highlightedRow(listFunction));
     if (closeRequested_)
         done(Rejected);
 }

@@ -18,7 +18,7 @@ void addLine(QWidget* parent, const char* name, const QString& text, const Twips
 } // namespace
 
 frmAbout::frmAbout(QWidget* owner, Purpose purpose)
-    : Form(owner, "frmAbout", QString(), 5010, 3105, Frame::Bare) {
+    : Form(owner, "frmAbout", QString(), 5010, 3105, Frame::None) {
     QPalette colours = palette();
     colours.setColor(QPalette::Window, QColor(0, 0, 255));
     setPalette(colours);

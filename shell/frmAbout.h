@@ -12,7 +12,7 @@ public:
     enum class Purpose { Splash, About };
     frmAbout(QWidget* owner, Purpose purpose);
 
-    void reject() override; // the splash cannot be closed by hand
+    void reject() override; // Escape is OK; the splash has none
 
 private:
     void cmdOk_Click();

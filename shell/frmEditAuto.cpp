@@ -21,11 +21,6 @@ void addFunction(QListWidget* list, int code) {
     row->setData(codeRole, code);
 }
 
-// The row that is highlighted; a row that only has the keyboard's focus is none.
-QListWidgetItem* highlighted(const QListWidget* list) {
-    return list->selectedItems().value(0, nullptr);
-}
-
 } // namespace
 
 frmEditAuto::frmEditAuto(QWidget* owner)
@@ -73,13 +68,13 @@ void frmEditAuto::enableArrows() {
 }
 
 void frmEditAuto::cmdMoveRight_Click() {
-    if (const auto* row = highlighted(lstIn))
+    if (const auto* row = lstIn->item(highlightedRow(lstIn)))
         addFunction(lstOut, row->data(codeRole).toInt());
     enableArrows();
 }
 
 void frmEditAuto::cmdMoveLeft_Click() {
-    delete highlighted(lstOut);
+    delete lstOut->takeItem(highlightedRow(lstOut));
     lstOut->clearSelection();
     enableArrows();
 }

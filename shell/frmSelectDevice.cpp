@@ -17,8 +17,9 @@ namespace {
 // An outline, one pixel wide, along the inside of its edges.
 class Outline : public QWidget {
 public:
-    Outline(QWidget* parent, const char* name, const QColor& colour, const TwipsRect& twips)
-        : QWidget(parent), colour_(colour) {
+    Outline(QWidget* parent, const char* name, const QColor& colour, const TwipsRect& twips,
+            const QBrush& ground = {})
+        : QWidget(parent), colour_(colour), ground_(ground) {
         setObjectName(QString::fromLatin1(name));
         setGeometry(twips.inPixels());
         setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -28,11 +29,13 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setPen(colour_);
+        painter.setBrush(ground_);
         painter.drawRect(insidePen(rect()));
     }
 
 private:
     QColor colour_;
+    QBrush ground_;
 };
 
 } // namespace
@@ -59,7 +62,7 @@ frmSelectDevice::frmSelectDevice(QWidget* owner)
 void frmSelectDevice::addSocket() {
     const QColor blue(0, 0, 255);
     constexpr TwipsRect stroke{3563, 2040, 75, 120}; // five pixels wide, its middle at 3600
-    giveLightGround(new Outline(this, "Shape1", Qt::black, {3000, 120, 615, 1935}));
+    new Outline(this, "Shape1", Qt::black, {3000, 120, 615, 1935}, lightGround());
     addRectangle(this, "Line1", palette().color(QPalette::WindowText), stroke);
     shp1[1] = new Outline(this, "shp1(1)", blue, {3120, 240, 375, 1695});
     shp1[2] = new Outline(this, "shp1(2)", blue, {3120, 960, 375, 975});
@@ -83,19 +86,13 @@ void frmSelectDevice::showOutline(int row) {
     shp1[3]->setVisible(visible == ChipOutline::Short);
 }
 
-// Catalogue row of the highlight; 0, the empty row, when there is none. A row that only has the
-// keyboard's focus is not highlighted.
-int frmSelectDevice::highlightedRow() const {
-    const auto selected = listDevice->selectedItems();
-    return selected.isEmpty() ? 0 : listDevice->row(selected.first()) + 1;
-}
-
+// Rows of the catalogue count from 1: without a highlight it is the empty row 0.
 void frmSelectDevice::listDevice_Click() {
-    showOutline(highlightedRow());
+    showOutline(highlightedRow(listDevice) + 1);
 }
 
 void frmSelectDevice::cmdOk_Click() {
-    state().SelectedDevice = static_cast<std::int16_t>(highlightedRow());
+    state().SelectedDevice = static_cast<std::int16_t>(highlightedRow(listDevice) + 1);
     ShowDevice();
     accept();
 }

@@ -18,7 +18,6 @@ public:
 private:
     void addSocket();
     void connectHandlers();
-    int highlightedRow() const;
     void listDevice_Click();
     void cmdOk_Click();
     // Shows the chip outline for the family of a row of the catalogue.

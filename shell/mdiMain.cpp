@@ -96,7 +96,7 @@ void mdiMain::addMenus() {
     menuBar()->setNativeMenuBar(false); // a desktop's own bar would go round what blocks input
     struct Entry {
         const char* name;
-        QString caption; // "-" for a separator
+        QString caption; // empty: a separator
     };
     struct Menu {
         const char* name;
@@ -108,7 +108,7 @@ void mdiMain::addMenus() {
          tr("&File"),
          {{"FileLoad", tr("&Load")},
           {"FileSave", tr("&Save")},
-          {"FileS1", QStringLiteral("-")},
+          {"FileS1", {}},
           {"FileExit", tr("E&xit")}}},
         {"Buffer",
          tr("&Buffer"),
@@ -121,9 +121,7 @@ void mdiMain::addMenus() {
          {{"OptionsEditAuto", tr("Edit Auto")}, {"OptionsSettings", tr("Settings")}}},
         {"Help",
          tr("&Help"),
-         {{"HelpContents", tr("Contents")},
-          {"HelpS1", QStringLiteral("-")},
-          {"HelpAbout", tr("About")}}},
+         {{"HelpContents", tr("Contents")}, {"HelpS1", {}}, {"HelpAbout", tr("About")}}},
     };
     for (const Menu& menu : menus) {
         QMenu* bar = menuBar()->addMenu(menu.caption);
@@ -131,7 +129,7 @@ void mdiMain::addMenus() {
         for (const Entry& entry : menu.entries) {
             QAction* action = bar->addAction(entry.caption);
             action->setObjectName(QString::fromLatin1(entry.name));
-            action->setSeparator(entry.caption == QLatin1String("-"));
+            action->setSeparator(entry.caption.isEmpty());
         }
     }
     findChild<QAction*>(QStringLiteral("HelpContents"))->setShortcut(Qt::Key_F1);

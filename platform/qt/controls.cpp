@@ -1,6 +1,7 @@
 #include "platform/qt/controls.h"
 
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -18,7 +19,8 @@ Widget* laidOut(Widget* widget, const char* name, const TwipsRect& rect) {
 
 class CaptionFrame : public QGroupBox {
 public:
-    using QGroupBox::QGroupBox;
+    CaptionFrame(QWidget* parent, const QString& text, const QBrush& ground)
+        : QGroupBox(text, parent), ground_(ground) {}
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -29,12 +31,16 @@ protected:
         const QRect caption(captionLeft, 0, metrics.horizontalAdvance(title()), metrics.height());
         const QRectF line = insidePen(rect().adjusted(0, caption.center().y(), 0, 0));
         painter.setPen(palette().color(QPalette::Mid));
+        painter.setBrush(ground_);
         painter.setClipRegion(QRegion(rect()) - caption.adjusted(-gap, 0, gap, 0));
         painter.drawRoundedRect(line, 2, 2);
         painter.setClipping(false);
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(caption, Qt::AlignLeft | Qt::AlignVCenter, title());
     }
+
+private:
+    QBrush ground_;
 };
 
 } // namespace
@@ -59,8 +65,9 @@ QPushButton* addButton(QWidget* parent, const char* name, const QString& text,
     return laidOut(new QPushButton(text, parent), name, rect);
 }
 
-QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect) {
-    return laidOut(new CaptionFrame(text, parent), name, rect);
+QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
+                    const QBrush& ground) {
+    return laidOut(new CaptionFrame(parent, text, ground), name, rect);
 }
 
 QWidget* addRectangle(QWidget* parent, const char* name, const QColor& colour,
@@ -93,14 +100,10 @@ void setTextColour(QWidget* widget, const QColor& colour) {
     widget->setPalette(colours);
 }
 
-void giveLightGround(QWidget* widget) {
+QBrush lightGround() {
     constexpr int darkBelow = 128;
-    QPalette colours = widget->palette();
-    if (colours.color(QPalette::Window).lightness() >= darkBelow)
-        return;
-    colours.setColor(QPalette::Window, QColor(239, 239, 239));
-    widget->setPalette(colours);
-    widget->setAutoFillBackground(true);
+    const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < darkBelow;
+    return dark ? QBrush(QColor(239, 239, 239)) : QBrush();
 }
 
 QRectF insidePen(const QRect& edges) {

@@ -4,6 +4,8 @@
 #include "platform/qt/fonts.h"
 #include "platform/qt/twips.h"
 
+#include <QBrush>
+
 #include <initializer_list>
 
 class QAbstractButton;
@@ -20,8 +22,10 @@ QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text,
                       const TwipsRect& rect);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text,
                        const TwipsRect& rect);
-// A frame with its caption on the upper line, so that the geometry of its contents is kept.
-QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect);
+// A frame with its caption on the upper line, so that the geometry of its contents is kept;
+// `ground` fills it up to its lines.
+QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
+                    const QBrush& ground = {});
 // A filled rectangle.
 QWidget* addRectangle(QWidget* parent, const char* name, const QColor& colour,
                       const TwipsRect& rect);
@@ -33,9 +37,9 @@ void showText(QLabel* label, const QString& text);
 void fitText(QAbstractButton* button, int extraPixels);
 
 void setTextColour(QWidget* widget, const QColor& colour);
-// Some colours are the program's own and made for a light ground. On a dark desktop this gives the
-// widget one.
-void giveLightGround(QWidget* widget);
+// The ground under the colours that are the program's own and made for a light desktop: none on
+// such a desktop, a light one on a dark desktop.
+QBrush lightGround();
 // The rectangle to draw along with a pen of one unit so that the line lies inside `edges`, at
 // every scale of the screen.
 QRectF insidePen(const QRect& edges);

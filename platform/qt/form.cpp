@@ -2,22 +2,22 @@
 
 #include "platform/qt/twips.h"
 
+#include <QCloseEvent>
 #include <QScreen>
-#include <QShowEvent>
 
 namespace {
 
 Qt::WindowFlags flagsFor(Form::Frame frame) {
-    const Qt::WindowFlags bare = Qt::Dialog | Qt::CustomizeWindowHint;
+    const Qt::WindowFlags title = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
     switch (frame) {
     case Form::Frame::TitleAndCloseBox:
-        return bare | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+        return title | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
     case Form::Frame::Title:
-        return bare | Qt::WindowTitleHint;
-    case Form::Frame::Bare:
+        return title;
+    case Form::Frame::None:
         break;
     }
-    return bare;
+    return Qt::Dialog | Qt::FramelessWindowHint;
 }
 
 } // namespace
@@ -28,13 +28,16 @@ Form::Form(QWidget* owner, const char* name, const QString& caption, int width, 
     setObjectName(QString::fromLatin1(name));
     setWindowTitle(caption);
     setFixedSize(pixels(width), pixels(height));
+    // Before the native window exists: one without a title bar that is moved later may never learn
+    // its position.
+    QRect centred = geometry();
+    centred.moveCenter((owner ? owner : this)->screen()->availableGeometry().center());
+    setGeometry(centred);
 }
 
-void Form::showEvent(QShowEvent* event) {
-    if (!event->spontaneous()) {
-        QRect frame = frameGeometry();
-        frame.moveCenter(screen()->availableGeometry().center());
-        move(frame.topLeft());
-    }
-    QDialog::showEvent(event);
+void Form::closeEvent(QCloseEvent* event) {
+    if (windowFlags().testFlag(Qt::FramelessWindowHint))
+        event->ignore();
+    else
+        QDialog::closeEvent(event);
 }

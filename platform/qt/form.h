@@ -7,12 +7,13 @@ class Form : public QDialog {
     Q_OBJECT
 
 public:
-    enum class Frame { TitleAndCloseBox, Title, Bare };
+    // A window without a frame ignores requests to close; Escape calls reject() in all windows.
+    enum class Frame { TitleAndCloseBox, Title, None };
 
     // `width` and `height` of the client area in twips.
     Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
          Frame frame);
 
 protected:
-    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 };

@@ -4,6 +4,7 @@
 
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QMouseEvent>
 
 namespace {
 
@@ -12,6 +13,20 @@ public:
     using QListWidget::QListWidget;
 
 protected:
+    // Whatever the input and its modifiers: the row that it reaches, or no change.
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                         const QEvent*) const override {
+        return index.isValid() ? QItemSelectionModel::ClearAndSelect
+                               : QItemSelectionModel::NoUpdate;
+    }
+
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        if (event->button() == Qt::LeftButton)
+            QListWidget::mouseDoubleClickEvent(event);
+        else
+            QListWidget::mousePressEvent(event);
+    }
+
     void keyPressEvent(QKeyEvent* event) override {
         const bool moves = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down ||
                            event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
@@ -43,4 +58,9 @@ QListWidget* addList(QWidget* parent, const char* name, const QString& accessibl
     list->setFont(sansFont());
     list->setAccessibleName(accessibleName);
     return list;
+}
+
+int highlightedRow(const QListWidget* list) {
+    const auto rows = list->selectedItems();
+    return rows.isEmpty() ? -1 : list->row(rows.first());
 }

@@ -6,7 +6,12 @@ class QListWidget;
 class QString;
 class QWidget;
 
-// A list box in which nothing need be highlighted. The first key that moves then highlights the row
-// that has the focus, so that none is passed over.
+// A list box. The program may leave it without a highlighted row; the first key that moves then
+// highlights the row that has the focus, so that none is passed over. Once a row is highlighted, no
+// click, key, drag or modifier takes the highlight away: it only moves to another row. Only a
+// double click with the left button is a double click.
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const TwipsRect& rect);
+// The highlighted row, from 0; -1 for none. A row that only has the keyboard's focus is not
+// highlighted.
+int highlightedRow(const QListWidget* list);
