@@ -20,8 +20,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         else
             fits = false;
     }
-    fuzz::check(image.loads(OpenBinFile) == fits && image.cut() != fits,
-                "a file is refused if it reaches behind the image, and only then");
-    fuzz::check(s.BufferData == expected, "each byte goes to its own place");
+    fuzz::check(image.loads(OpenBinFile) == fits && image.tooLong() != fits,
+                "a file is rejected if it reaches past the image, and only then");
+    fuzz::check(s.BufferData == expected, "each byte goes to its own address");
     return 0;
 }

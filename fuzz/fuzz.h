@@ -1,5 +1,5 @@
-// What all targets share. A target is one LLVMFuzzerTestOneInput: it gives the input to the program
-// as if it came from outside and checks what has to hold whatever it says.
+// Shared by all targets. A target is one LLVMFuzzerTestOneInput: it gives the input to the program
+// as if it came from outside and checks what has to hold for any input.
 #pragma once
 
 #include "tests/support/temporary_folder.h"
@@ -22,7 +22,7 @@ inline void check(bool holds, const char* property) {
     std::abort();
 }
 
-// The input, taken apart from its front. Behind its end everything is 0.
+// The input, consumed from its front. Past its end everything is 0.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size)
@@ -35,10 +35,10 @@ public:
         rest_.remove_prefix(1);
         return static_cast<std::uint8_t>(first);
     }
-    // Two bytes, high byte first, 0..`most`, which is a power of two less 1.
-    int number(int most) {
+    // Two bytes, high byte first, 0..`max`, which is a power of two less 1.
+    int number(int max) {
         const int high = byte();
-        return (high << 8 | byte()) & most;
+        return (high << 8 | byte()) & max;
     }
     // Four bytes, 0..2147483647.
     std::int32_t offset() {

@@ -24,21 +24,20 @@ public:
         contents = input.rest();
         file.hold(contents);
     }
-    // Loads the file. False when it was refused, `error` then holding the cause if there is one
-    // beside a message box.
+    // Loads the file. False if it was rejected, by a message box or with the cause in `error`.
     bool loads(void (*load)()) {
         vm.messages.clear();
         error.clear();
         shown = false;
         try {
             load();
-        } catch (const platform::FileError& refusal) {
-            error = refusal.what();
+        } catch (const platform::FileError& rejection) {
+            error = rejection.what();
         }
-        check(shown == (vm.messages.empty() && error.empty()), "a load is shown or refused");
+        check(shown == (vm.messages.empty() && error.empty()), "a load is shown or rejected");
         return shown;
     }
-    bool cut() const { return error.ends_with("reaches behind the end of the image"); }
+    bool tooLong() const { return error.ends_with("the data reach past the end of the image."); }
 
     modFunc::State& s = modFunc::state();
     VirtualMachine vm;

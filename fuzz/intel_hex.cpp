@@ -13,11 +13,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const bool loaded = image.loads(OpenHexFile);
 
     const std::int64_t first = std::int64_t{s.FileAddress} + s.BufferAddress;
-    const auto kept = loaded || image.cut() ? std::min<std::int64_t>(first, lastBufferIndex + 1)
-                                            : lastBufferIndex + 1;
+    const auto kept = loaded || image.tooLong() ? std::min<std::int64_t>(first, lastBufferIndex + 1)
+                                                : lastBufferIndex + 1;
     fuzz::check(
         std::equal(s.BufferData.begin(), s.BufferData.begin() + kept, image.untouched.begin()),
-        "nothing changes below the offsets, nor by a file that is refused");
+        "nothing changes below the offsets, nor by a file that is rejected");
     if (!loaded)
         return 0;
 
@@ -27,8 +27,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     image.file.hold(HexFileText());
     std::fill_n(s.BufferData.begin(), deviceBytes, std::uint8_t{0});
     s.FileAddress = s.BufferAddress = 0;
-    fuzz::check(image.loads(OpenHexFile), "what is saved loads");
+    fuzz::check(image.loads(OpenHexFile), "a saved file loads");
     fuzz::check(std::equal(before.begin(), before.end(), s.BufferData.begin()),
-                "what is saved loads back the same");
+                "a saved file loads back the same");
     return 0;
 }

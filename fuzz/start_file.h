@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-// Has the input read in the place of the start file `name`. False when it was refused, which has to
-// be in words that name the file and fit a message box.
+// Reads the input as the start file `name`. False if it was rejected; the message has to name the
+// file and fit a message box.
 inline bool readsAs(const char* name, void (*read)(), std::string_view contents) {
     static const File file(name);
     modFunc::state().AppPath = file.folder();
@@ -19,7 +19,7 @@ inline bool readsAs(const char* name, void (*read)(), std::string_view contents)
     } catch (const platform::FileError& error) {
         const std::string text = error.what();
         check(text.starts_with(file.path() + ", line ") && text.size() < file.path().size() + 250,
-              "a refusal names file and place, in a few words");
+              "a rejection names file and position, in a few words");
         return false;
     }
 }

@@ -22,7 +22,7 @@ found=0
 
 # Bytes of the longest input: enough for every rule there is, and few enough to be fast.
 declare -A longest=([auto_file]=256 [settings]=256 [device_list]=512 [intel_hex]=1024 [binary]=256
-                    [rich_text]=512 [box_replies]=256 [discovery]=128)
+                    [rich_text]=512 [replies]=256 [discovery]=128)
 
 finish() {
     local status=$?

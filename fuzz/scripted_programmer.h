@@ -1,10 +1,10 @@
-// A box that answers as the input says, and when, in virtual time.
+// A programmer that replies as the input says, in virtual time.
 //
-// The input: two numbers, at which call of the port the line is lost and at which one a byte comes
-// by itself (0: never). Then for each frame one byte: 0 is the answer of a simulated box with a
-// chip in it; else so many pieces (0..3) in its low bits, and that answer behind them with bit 2.
-// A piece is its delay in ms, its length and the one byte it consists of. A message box takes the
-// number of ms that it stands.
+// The input: two numbers, the call of the port at which the line is lost and the one at which a
+// byte arrives by itself (0: never). Then one byte for each frame: 0 for the reply of the simulated
+// programmer; else the number of pieces (0..3) in its low bits, and that reply after them with
+// bit 2. A piece is its delay in ms, its length and the one byte it consists of. For a message box:
+// the milliseconds that it stays open.
 #pragma once
 
 #include "fuzz/fuzz.h"
@@ -17,34 +17,34 @@
 
 namespace fuzz {
 
-class ScriptedBox final : platform::SerialPort {
+class ScriptedProgrammer final : platform::SerialPort {
 public:
-    ScriptedBox(fuzz::Input input, std::uint8_t chipFill)
+    ScriptedProgrammer(fuzz::Input input, std::uint8_t chipFill)
         : input_(input), loseAt_(input_.number(0x3FF)), byteAt_(input_.number(0x3FF)) {
         commands().chip().Fill(chipFill);
         commands().chip().setLocked(false);
-        vm.onMessage = [this] { letMessageStand(); };
+        vm.onMessage = [this] { keepMessageOpen(); };
         platform::useMachine(&machine_);
     }
-    ScriptedBox(const ScriptedBox&) = delete;
-    ScriptedBox& operator=(const ScriptedBox&) = delete;
+    ScriptedProgrammer(const ScriptedProgrammer&) = delete;
+    ScriptedProgrammer& operator=(const ScriptedProgrammer&) = delete;
 
-    // What the simulated box makes of the frames. It stays, and ends each run switched off.
+    // The simulated programmer. It is kept between inputs; each run ends with it powered down.
     static simbox::Commands& commands() {
-        static simbox::Commands box{{}};
-        return box;
+        static simbox::Commands programmer{{}};
+        return programmer;
     }
     double busyMs() const { return vm.nowMs() - shownMs_; }
 
     VirtualMachine vm;
-    std::string letters;         // of all frames, in order
+    std::string commandCodes;    // of all frames, in order
     std::array<Bytes, 2> last;   // frames
-    std::string refusal;         // why the simulated box refused one
-    std::array<int, 256> took{}; // how often the program was given each byte
+    std::string refusal;         // why the simulated programmer rejected one
+    std::array<int, 256> took{}; // how often the program took each byte
     bool open = true;
     bool cannotOpen = false;
-    bool unasked = false;            // the byte that comes by itself has come
-    std::size_t waitedAtMessage = 0; // bytes, when the last message box came up
+    bool unasked = false;            // the byte that arrives by itself has arrived
+    std::size_t waitedAtMessage = 0; // bytes, when the last message box opened
 
 private:
     void setCommPort(int) override { check(!open, "an open port keeps its number"); }
@@ -63,16 +63,16 @@ private:
         countCall();
         check(open && frame.size() >= 5 && frame[0] == 0 && frame[1] == 0 &&
                   frame[2] * 256U + frame[3] + 4 == frame.size(),
-              "a frame tells its length");
-        letters += static_cast<char>(frame[4]);
+              "a frame contains its length");
+        commandCodes += static_cast<char>(frame[4]);
         last = {last[1], frame};
         simbox::Reply reply;
         try {
-            reply = commands().Run({0, letters.back(), frame});
+            reply = commands().Run({0, commandCodes.back(), frame});
         } catch (const simbox::ProtocolError& error) {
             refusal += error.what();
         }
-        answer(reply);
+        sendReply(reply);
     }
     std::int16_t InBufferCount() override {
         countCall();
@@ -94,7 +94,7 @@ private:
             waiting_.clear();
     }
     void arrive(const Bytes& bytes) { waiting_.insert(waiting_.end(), bytes.begin(), bytes.end()); }
-    void answer(const simbox::Reply& reply) {
+    void sendReply(const simbox::Reply& reply) {
         const int plan = input_.byte();
         for (int piece = 0; piece < (plan & 3); ++piece) {
             const int delayMs = input_.number(0x7FF);
@@ -108,17 +108,17 @@ private:
         send(0, {reply.bytes.begin(), middle});
         send(reply.gapUs / 1000, {middle, reply.bytes.end()});
     }
-    // The line keeps the order: nothing overtakes what is on its way.
+    // The line keeps the order of the bytes.
     void send(std::int64_t delayMs, Bytes bytes) {
         freeMs_ = std::max(freeMs_, static_cast<std::int64_t>(vm.nowMs())) + delayMs;
         vm.at(freeMs_, [this, sent = std::move(bytes)] { arrive(sent); });
     }
-    void letMessageStand() {
+    void keepMessageOpen() {
         waitedAtMessage = waiting_.size();
         const double began = vm.nowMs();
-        bool answered = false;
-        vm.at(static_cast<std::int64_t>(began) + input_.number(0xFFF), [&] { answered = true; });
-        while (!answered)
+        bool closed = false;
+        vm.at(static_cast<std::int64_t>(began) + input_.number(0xFFF), [&] { closed = true; });
+        while (!closed)
             machine_.events.Yield();
         shownMs_ += vm.nowMs() - began;
     }
@@ -128,7 +128,7 @@ private:
     int byteAt_;
     int calls_ = 0;
     std::int64_t freeMs_ = 0; // the line is busy until then
-    double shownMs_ = 0;      // time that message boxes stood
+    double shownMs_ = 0;      // time that message boxes were open
     Bytes waiting_;
     platform::Machine machine_ = vm.with(*this);
 };

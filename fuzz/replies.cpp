@@ -5,7 +5,7 @@
 #include "buffer/buffer_view.h"
 #include "link/exchange.h"
 
-#include "fuzz/scripted_box.h"
+#include "fuzz/scripted_programmer.h"
 
 using namespace modFunc;
 using fuzz::check;
@@ -48,14 +48,14 @@ FunctionCode chooseFunctionAndDevice(fuzz::Input& input) {
     return code;
 }
 
-std::string times(int count, const std::string& letters) {
+std::string times(int count, const std::string& codes) {
     std::string all;
     for (; count > 0; --count)
-        all += letters;
+        all += codes;
     return all;
 }
 
-// The letters of the frames that a function sends when all goes well, the power-down left out.
+// The command codes that a function sends when nothing fails, without the power-down.
 std::string fullSequence(FunctionCode code, const DeviceRec& device) {
     const FamilyTraits traits = TraitsOf(device.Family);
     const bool fits = traits.inTable && device.Size >= 0 && device.Size <= 65536;
@@ -81,22 +81,23 @@ std::string fullSequence(FunctionCode code, const DeviceRec& device) {
     }
 }
 
-void checkFunction(FunctionCode code, const std::string& line, const fuzz::ScriptedBox& box) {
+void checkFunction(FunctionCode code, const std::string& line,
+                   const fuzz::ScriptedProgrammer& programmer) {
     const std::string full = fullSequence(code, selectedDevice());
-    const std::string sent = box.letters.substr(0, box.letters.size() - 2);
+    const std::string sent = programmer.commandCodes.substr(0, programmer.commandCodes.size() - 2);
     check(full.starts_with(sent) &&
               (sent == full || (code != FunctionCode::Erase && code != FunctionCode::Lock)),
-          "a function sends its frames, and those without a look at the replies are all sent");
-    check(box.vm.messages.size() <= 1, "a lost reply is told once");
+          "a function sends its frames; Erase and Lock, which ignore the replies, send all");
+    check(programmer.vm.messages.size() <= 1, "a lost reply is reported once");
     if (!line.ends_with("OK!"))
         return;
     const int blocks = selectedDevice().Size / 256;
-    check(sent == full && box.vm.messages.empty(), "OK is said when everything was sent");
-    check(code != FunctionCode::Blank || box.took[0xFF] >= 256 * blocks,
+    check(sent == full && programmer.vm.messages.empty(), "OK means that everything was sent");
+    check(code != FunctionCode::Blank || programmer.took[0xFF] >= 256 * blocks,
           "a blank chip's bytes were all FF");
-    check(code != FunctionCode::Verify || box.took[imageByte] >= 256 * blocks,
+    check(code != FunctionCode::Verify || programmer.took[imageByte] >= 256 * blocks,
           "a good chip's were the image's");
-    check(code != FunctionCode::Program || box.took['N'] >= std::ranges::count(sent, 'W'),
+    check(code != FunctionCode::Program || programmer.took['N'] >= std::ranges::count(sent, 'W'),
           "all was confirmed");
 }
 
@@ -120,23 +121,24 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     const FunctionCode code = chooseFunctionAndDevice(input);
     const std::uint8_t chipFill = input.byte();
-    fuzz::ScriptedBox box(input, chipFill);
+    fuzz::ScriptedProgrammer programmer(input, chipFill);
     DeviceRun(window).Run(static_cast<int>(code));
 
     check(!LinkInUse() && window.over, "the run has ended");
-    const auto frames = static_cast<std::ptrdiff_t>(box.letters.size());
-    check(box.busyMs() <= 3500.0 * static_cast<double>(frames) + 1000, "a run ends in its time");
-    check(frames == 0
-              ? code >= FunctionCode::Auto
-              : box.last == std::array{Bytes{0, 0, 0, 4, 'V', 0, 0, 0}, Bytes{0, 0, 0, 2, 'S', 0}},
+    const auto frames = static_cast<std::ptrdiff_t>(programmer.commandCodes.size());
+    check(programmer.busyMs() <= 3500.0 * static_cast<double>(frames) + 1000,
+          "a run ends in its time");
+    check(frames == 0 ? code >= FunctionCode::Auto
+                      : programmer.last ==
+                            std::array{Bytes{0, 0, 0, 4, 'V', 0, 0, 0}, Bytes{0, 0, 0, 2, 'S', 0}},
           "the last frames power the socket down");
     const std::ptrdiff_t family = selectedDevice().Family;
-    check(box.refusal.empty() || state().FamilyTable.at(std::size_t(family)).ClassByte == 0,
-          "the box takes every frame but those of an empty family");
+    check(programmer.refusal.empty() || state().FamilyTable.at(std::size_t(family)).ClassByte == 0,
+          "the programmer accepts every frame except those of an empty family");
     if (code < FunctionCode::Auto)
-        checkFunction(code, window.lines[0], box);
-    const auto blocks =
-        std::min<std::ptrdiff_t>(std::ranges::count(box.letters, 'R'), selectedDevice().Size / 256);
+        checkFunction(code, window.lines[0], programmer);
+    const auto blocks = std::min<std::ptrdiff_t>(std::ranges::count(programmer.commandCodes, 'R'),
+                                                 selectedDevice().Size / 256);
     checkImage(code == FunctionCode::Read || code == FunctionCode::Auto
                    ? std::max<std::ptrdiff_t>(blocks, 0)
                    : 0);
