@@ -242,6 +242,8 @@ TEST_F(Commands, SelectClosesTheViewAndIsKept) {
 TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
     startAlone();
     std::string shown;
+    for (const char* separator : {"FileS1", "HelpS1"})
+        EXPECT_EQ(mdi->findChild<QAction*>(QString::fromLatin1(separator))->text(), QString());
     const auto help = [&] {
         when("frmHelp", [&shown](QWidget& form) {
             shown = in<QTextEdit>(form, "rtb")->toPlainText().toStdString();
