@@ -296,12 +296,12 @@ class Screen(contextlib.ExitStack):
         self.env = bus.env | {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb"}
         reading, writing = os.pipe()
         self.server = self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24",
-                                  "-nolisten", "tcp"], bus.folder, "xvfb.txt", pass_fds=[writing])
+                                  "-nolisten", "tcp", "-noreset"], bus.folder, "xvfb.txt", pass_fds=[writing])
         os.close(writing)
         with open(reading) as number:
             self.env["DISPLAY"] = ":" + number.readline().strip()
         self.start(["openbox"], bus.folder, "openbox.txt")
-        wait("the window manager", lambda: self.ask("get_num_desktops"))
+        wait("the window manager", lambda: self.ask("get_num_desktops") > "0")
 
     def start(self, command, folder, log, kind=Process, env=None, **more):
         return self.enter_context(kind(command, folder, log, self.env | (env or {}), **more))
