@@ -190,8 +190,9 @@ void mdiMain::connectHandlers() {
 
 void mdiMain::Load() {
     State& s = state();
-    setWindowTitle(QStringLiteral("QUORVEN ~ USB Programmer - Ver.") +
-                   QString::fromStdString(s.ProgramVersion));
+    QString version = QString::fromStdString(s.ProgramVersion);
+    version.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's sign of a changed file
+    setWindowTitle(QStringLiteral("QUORVEN ~ USB Programmer - Ver.") + version);
     s.TimedOut = false;
     {
         frmAbout splash(nullptr, frmAbout::Purpose::Splash);
