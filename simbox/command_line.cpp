@@ -96,7 +96,7 @@ std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string
     Settings settings;
     const std::vector<Option> options = optionsFor(settings);
     for (std::size_t index = 0; index < arguments.size(); ++index) {
-        const std::string name(arguments[index]);
+        std::string name(arguments[index]);
         const auto option = std::find_if(options.begin(), options.end(), [&](const Option& o) {
             return o.text.substr(0, o.text.find(' ')) == name;
         });
@@ -106,7 +106,7 @@ std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string
         if (hasValue && ++index == arguments.size())
             return name + ": value missing";
         if (const std::string error = option->take(arguments[index]); !error.empty())
-            return name + " \"" + std::string(arguments[index]) + "\": " + error;
+            return name.append(" \"").append(arguments[index]).append("\": ").append(error);
     }
     if (settings.unthrottled)
         settings.options.baud = 0;

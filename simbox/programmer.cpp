@@ -54,7 +54,7 @@ void applyFault(Reply& reply, const Fault& fault) {
 
 } // namespace
 
-Programmer::Programmer(Options options)
+Programmer::Programmer(const Options& options)
     : faults_(options.faults), commands_(options), incomingPace_(options.baud),
       outgoingPace_(options.baud) {}
 

@@ -27,7 +27,7 @@ namespace simbox {
 // reply with a gap are divided separately. A pulled cable loses the portion that was filling.
 class Programmer {
 public:
-    explicit Programmer(Options options = {});
+    explicit Programmer(const Options& options = {});
 
     // Bytes from the program, all handed over at `nowUs`. Each takes its time on the wire, after
     // those still there, before it is received. Ignored once the cable is pulled.
