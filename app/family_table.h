@@ -42,7 +42,7 @@ struct FamilyRec {
 };
 static_assert(sizeof(FamilyRec) == 95);
 
-// Fills State::FamilyTable: rows 1 to 5, 10, 20, 21, 30, 31 and 32; all other rows hold zeros.
+// Fills State::FamilyTable; rows of numbers that are no family hold zeros.
 void InitFamilyTable();
 
 } // namespace modFunc

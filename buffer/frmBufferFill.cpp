@@ -19,7 +19,7 @@ frmBufferFill::frmBufferFill(QWidget* owner)
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1680, 1200, 1095, 375});
     cmdOk->setDefault(true);
     struct Row {
-        QLineEdit** box;
+        QLineEdit** textBox;
         const char* name;
         const char* label;
         const char* unit;
@@ -37,9 +37,9 @@ frmBufferFill::frmBufferFill(QWidget* owner)
     for (const Row& row : rows) {
         addLabel(this, row.label, row.caption, {240, top, 735, 255})
             ->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        *row.box = addTextBox(this, row.name, row.text, {1320, top, 615, 285});
-        (*row.box)->setMaxLength(row.digits);
-        (*row.box)->setAccessibleName(row.caption.chopped(1));
+        *row.textBox = addTextBox(this, row.name, row.text, {1320, top, 615, 285});
+        (*row.textBox)->setMaxLength(row.digits);
+        (*row.textBox)->setAccessibleName(row.caption.chopped(1));
         addLabel(this, row.unit, QStringLiteral("H"), {2040, top, 255, 255});
         top += 360;
     }
@@ -61,13 +61,15 @@ void frmBufferFill::cmdOk_Click() {
     const auto start = StrictHex(txtStart->text().toStdString());
     const auto length = StrictHex(txtLength->text().toStdString());
     if (!start)
-        return refuse(txtStart, "The start is not a hexadecimal number of one to four digits.");
+        return rejectInput(txtStart,
+                           "The start is not a hexadecimal number of one to four digits.");
     if (!length)
-        return refuse(txtLength, "The length is not a hexadecimal number of one to four digits.");
+        return rejectInput(txtLength,
+                           "The length is not a hexadecimal number of one to four digits.");
     if (*start + *length - 1 > lastBufferIndex)
-        return refuse(txtLength, "The length reaches past the end of the buffer: from " +
-                                     HexWord(*start) + "H on there is room for " +
-                                     HexDigits(lastBufferIndex + 1 - *start) + "H bytes.");
+        return rejectInput(txtLength, "The length reaches past the end of the buffer: from " +
+                                          HexWord(*start) + "H on there is room for " +
+                                          HexDigits(lastBufferIndex + 1 - *start) + "H bytes.");
     State& s = state();
     if (!with.empty())
         s.FillByte = static_cast<std::uint8_t>(TolerantHex(with));
@@ -78,8 +80,8 @@ void frmBufferFill::cmdOk_Click() {
 }
 
 // The dialog stays open with the text box in question selected.
-void frmBufferFill::refuse(QLineEdit* box, const std::string& cause) {
+void frmBufferFill::rejectInput(QLineEdit* textBox, const std::string& cause) {
     platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
-    box->setFocus();
-    box->selectAll();
+    textBox->setFocus();
+    textBox->selectAll();
 }

@@ -16,7 +16,7 @@ public:
 private:
     void connectHandlers();
     void cmdOk_Click();
-    void refuse(QLineEdit* box, const std::string& cause);
+    void rejectInput(QLineEdit* textBox, const std::string& cause);
 
     QLineEdit* txtFillWith;
     QLineEdit* txtStart;

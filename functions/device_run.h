@@ -37,14 +37,15 @@ public:
         bool inAutoEditor;              // frmEditAuto offers it
     };
     // One row for each FunctionCode, in the order of the codes.
-    static const std::array<Function, 7> functions;
+    static constexpr std::size_t functionCount = static_cast<std::size_t>(FunctionCode::Auto) + 1;
+    static const std::array<Function, functionCount> functions;
 
     explicit DeviceRun(RunWindow& window) : window_(&window) {}
     DeviceRun(const DeviceRun&) = delete;
     DeviceRun& operator=(const DeviceRun&) = delete;
 
     // Runs row `index` of listFunction on the selected device and returns when its last frame and
-    // pause are over; once for each object. An index outside 0..6 runs nothing. Nothing happens
+    // pause are over; once for each object. Any other index runs nothing. Nothing happens
     // while the link is in use. If an exception escapes, the power-down frames are sent before it
     // is passed on.
     void Run(int index);
@@ -114,7 +115,7 @@ private:
     RunWindow* window_; // null once closed
 };
 
-inline constexpr std::array<DeviceRun::Function, 7> DeviceRun::functions = {{
+inline constexpr std::array<DeviceRun::Function, DeviceRun::functionCount> DeviceRun::functions = {{
     {"Read", &DeviceRun::ReadDevice, false},
     {"Erase", &DeviceRun::EraseDevice, true},
     {"Blank", &DeviceRun::BlankCheckDevice, true},

@@ -62,12 +62,12 @@ frmFunction::frmFunction(QWidget* owner)
     connectHandlers();
 }
 
-// The four boxes are for show: every function works on the whole device.
+// The four text boxes are only shown: every function works on the whole device.
 void frmFunction::addChipRange() {
     const QString start = QString::fromStdString(HexWord(0));
     const QString end = QString::fromStdString(HexWord(selectedDevice().Size));
     struct Row {
-        QLineEdit** box;
+        QLineEdit** textBox;
         const char* name;
         const char* label;
         QString caption;
@@ -83,8 +83,8 @@ void frmFunction::addChipRange() {
     int top = 240;
     for (const Row& row : rows) {
         addLabel(this, row.label, row.caption, {5040, top, row.labelWidth, 255});
-        *row.box = addTextBox(this, row.name, row.text, {5040, top + 240, 1095, 285});
-        (*row.box)->setAccessibleName(row.caption);
+        *row.textBox = addTextBox(this, row.name, row.text, {5040, top + 240, 1095, 285});
+        (*row.textBox)->setAccessibleName(row.caption);
         top += 600;
     }
 }
@@ -124,7 +124,7 @@ void frmFunction::ShowLine(int line, const std::string& text) {
     announce(label);
 }
 
-// Most blocks of a large device leave the percentage as it is: they cost nothing here.
+// Most blocks of a large device do not change the percentage, and then cost nothing here.
 void frmFunction::ShowProgress(int percent) {
     if (std::exchange(shownPercent_, percent) == percent)
         return;

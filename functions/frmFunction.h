@@ -21,7 +21,7 @@ public:
     void reject() override; // Escape and a request to close press Close, if it can be pressed
 
 protected:
-    // A request that comes during a run is carried out behind its last frame.
+    // A request during a run is carried out after its last frame.
     void closeEvent(QCloseEvent* event) override;
 
 private:

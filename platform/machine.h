@@ -51,7 +51,7 @@ struct SerialPort {
 // message boxes and dialogs.
 struct Timer {
     virtual ~Timer() = default;
-    // Milliseconds, at least 1. A running timer starts counting anew.
+    // Milliseconds, at least 1. A running timer starts counting again.
     virtual void setInterval(int milliseconds) = 0;
     // Starts counting from now, or stops. Enabling a running timer changes nothing.
     virtual void setEnabled(bool enabled) = 0;
@@ -70,7 +70,7 @@ struct MessageBox {
     enum class Icon { Critical, Information };
 
     virtual ~MessageBox() = default;
-    // Returns when the user has answered with the box's one button, OK.
+    // Returns when the user has pressed its one button, OK.
     virtual void Show(const std::string& title, const std::string& text, Icon icon) = 0;
 };
 

@@ -191,7 +191,7 @@ class Job:
         self.app.menu("File", "Exit")
         same("exit status", self.app.status(), 0)
         same("settings", (self.folder / "quorven.cfg").read_text().split(),
-             ["5", "22", "22", *SETTINGS[3:]])
+             ["5", SETTINGS[1], "22", *SETTINGS[3:]])
         same("printed", self.app.output(), "")
         same("status of simbox", self.box.stop(), 0)
 

@@ -4,7 +4,7 @@
 
 class QPushButton;
 
-// The splash of the start, without a button, and the About box, with one.
+// The splash of the start, without a button, and the About window, with one.
 class frmAbout : public Form {
     Q_OBJECT
 

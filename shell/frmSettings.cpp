@@ -45,11 +45,12 @@ void frmSettings::connectHandlers() {
 // The text decides: it may have been typed.
 void frmSettings::cmdOk_Click() {
     const QString text = cmbCOM->currentText();
-    const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // but for case
+    const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // except for case
     if (entry < 0) {
-        platform::machine().msgBox.Show(
-            "Settings", "\"" + text.toStdString() + "\" is not a port. Choose one of COM1 to COM16.",
-            platform::MessageBox::Icon::Critical);
+        platform::machine().msgBox.Show("Settings",
+                                        "\"" + text.toStdString() +
+                                            "\" is not a port. Choose one of COM1 to COM16.",
+                                        platform::MessageBox::Icon::Critical);
         cmbCOM->setFocus();
         cmbCOM->lineEdit()->selectAll();
         return;

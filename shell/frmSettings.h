@@ -5,8 +5,7 @@
 class QComboBox;
 class QPushButton;
 
-// The serial port. OK sets ComPort, 1..16; whoever opened the window looks for the box afterwards,
-// however it was left.
+// The serial port. OK sets ComPort, 1..16. Discovery follows, however the window was left.
 class frmSettings : public Form {
     Q_OBJECT
 

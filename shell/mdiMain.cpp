@@ -50,9 +50,9 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         drawFrame(&painter);
-        const QRect box = contentsRect().adjusted(2, 0, -2, 0);
-        style()->drawItemText(&painter, box, Qt::AlignLeft | Qt::AlignVCenter, palette(), true,
-                              fontMetrics().elidedText(text(), Qt::ElideMiddle, box.width()),
+        const QRect inside = contentsRect().adjusted(2, 0, -2, 0);
+        style()->drawItemText(&painter, inside, Qt::AlignLeft | Qt::AlignVCenter, palette(), true,
+                              fontMetrics().elidedText(text(), Qt::ElideMiddle, inside.width()),
                               QPalette::WindowText);
     }
 };

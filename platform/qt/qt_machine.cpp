@@ -52,11 +52,11 @@ QWidget* messageOwner() {
 } // namespace
 
 void QtMessageBox::Show(const std::string& title, const std::string& text, Icon icon) {
-    QMessageBox box(icon == Icon::Critical ? QMessageBox::Critical : QMessageBox::Information,
-                    QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
-                    messageOwner());
-    box.setTextFormat(Qt::PlainText); // the text may come from the programmer or a file
-    box.exec();
+    QMessageBox message(icon == Icon::Critical ? QMessageBox::Critical : QMessageBox::Information,
+                        QString::fromStdString(title), QString::fromStdString(text),
+                        QMessageBox::Ok, messageOwner());
+    message.setTextFormat(Qt::PlainText); // the text may come from the programmer or a file
+    message.exec();
 }
 
 void QtStatusBar::setPanel(int panel, const std::string& text) {

@@ -129,8 +129,9 @@ INSTANTIATE_TEST_SUITE_P(, EachFault,
                                           testing::Range(0, functionCount)),
                          [](const auto& row) {
                              const auto code = std::size_t(std::get<1>(row.param));
-                             return std::string(DeviceRun::functions.at(code).name) + "Family" +
-                                    std::to_string(std::get<0>(row.param));
+                             std::string name = DeviceRun::functions.at(code).name;
+                             std::erase(name, ' ');
+                             return name + "Family" + std::to_string(std::get<0>(row.param));
                          });
 
 TEST_F(Faults, SeveralAtOnce) {

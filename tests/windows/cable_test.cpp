@@ -48,7 +48,7 @@ protected:
 
 TEST_P(CablePulled, EndsTheRunAndTheProgrammerIsFoundAgain) {
     const Pull& pull = GetParam();
-    startBox('\xFF', {QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(pull.frame)});
+    startProgrammer('\xFF', {QStringLiteral("--fault"), QStringLiteral("pull@%1").arg(pull.frame)});
     start();
     messages.clear();
     state().SelectedDevice = 1;
@@ -61,9 +61,9 @@ TEST_P(CablePulled, EndsTheRunAndTheProgrammerIsFoundAgain) {
     EXPECT_EQ(frames().size(), pull.frame);
     EXPECT_EQ(state().BufferData, Bytes(70001, 0xFF));
     EXPECT_FALSE(machine->cm.PortOpen());
-    EXPECT_TRUE(boxEnds());
+    EXPECT_TRUE(programmerEnds());
 
-    startBox();
+    startProgrammer();
     leaveSettings();
     EXPECT_EQ(runFunction(QStringLiteral("Blank")), QStringLiteral("Blank Checking ...   OK!"));
 }

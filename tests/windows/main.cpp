@@ -4,7 +4,7 @@
 
 namespace {
 
-// No window may make the toolkit complain; of this platform it cannot be otherwise.
+// No window may make Qt print a warning, except those that this platform always prints.
 void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type != QtDebugMsg && type != QtInfoMsg &&
         message != QLatin1String("This plugin does not support propagateSizeHints()"))

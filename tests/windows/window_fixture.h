@@ -1,4 +1,4 @@
-// The main window with the simulated box on a real pseudo-terminal, and verbs to use it.
+// The main window with the simulated programmer on a real pseudo-terminal.
 #pragma once
 
 #include "app/family_table.h"
@@ -34,34 +34,36 @@ protected:
         modFunc::ReadDeviceList();
         modFunc::ReadAutoFile();
         modFunc::InitFamilyTable();
-        // An earlier test has ended the program: as long as no event loop was begun anew, all
-        // dialogs would return at once.
+        // An earlier test has ended the program: until an event loop has been started again, all
+        // dialogs return at once.
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
         QApplication::exec();
         QObject::connect(&watch, &QTimer::timeout, &watch, [this] { serveDialogs(); });
         watch.start(5);
     }
     ~Windows() override {
-        box.terminate();
-        EXPECT_TRUE(boxEnds());
+        simbox.terminate();
+        EXPECT_TRUE(programmerEnds());
         EXPECT_TRUE(actions.isEmpty()) << "did not come up: " << actions.firstKey().toStdString();
     }
-    // The box, with a chip of 64 KiB of `fill` and these options besides.
-    void startBox(char fill = '\xFF', const QStringList& more = {}) {
+    // simbox with a chip of 64 KiB of `fill` and these further options.
+    void startProgrammer(char fill = '\xFF', const QStringList& more = {}) {
         folder.write("chip.bin", std::string(65536, fill));
         folder.remove("chip.bin.lock");
         const auto file = [this](const char* name) {
             return QString::fromStdString(folder.file(name));
         };
-        box.start(QStringLiteral(SIMBOX),
-                  QStringList{QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
-                              file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
-                              QStringLiteral("--no-pace")} +
-                      more);
-        ASSERT_TRUE(box.waitForReadyRead(5000)) << "the simulated box does not start";
+        simbox.start(QStringLiteral(SIMBOX),
+                     QStringList{QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
+                                 file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
+                                 QStringLiteral("--no-pace")} +
+                         more);
+        ASSERT_TRUE(simbox.waitForReadyRead(5000)) << "simbox does not start";
     }
-    bool boxEnds() { return box.state() == QProcess::NotRunning || box.waitForFinished(5000); }
-    // The frames that the box got, as its trace tells them.
+    bool programmerEnds() {
+        return simbox.state() == QProcess::NotRunning || simbox.waitForFinished(5000);
+    }
+    // The lines of the frames in the trace of simbox.
     QStringList frames() {
         return QString::fromStdString(folder.read("trace.txt"))
             .split(u'\n')
@@ -95,7 +97,7 @@ protected:
     }
 
     TemporaryFolder folder;
-    QProcess box;
+    QProcess simbox;
     std::unique_ptr<QtMachine> machine;
     std::unique_ptr<mdiMain> mdi;
     QStringList messages; // "title: text" of each message box

@@ -1,4 +1,4 @@
-// What takes more than a play: a click on a digit, and events that come during a run.
+// Events of all kinds during a run.
 #include "functions/device_run.h"
 #include "link/exchange.h"
 #include "tests/windows/window_fixture.h"
@@ -7,48 +7,39 @@
 
 using namespace modFunc;
 
-TEST_F(Windows, AClickTakesTheCaretToTheDigitUnderIt) {
+TEST_F(Windows, CtrlWClosesTheHexView) {
     start();
-    trigger("BufferClear");
-    auto* page = in<QTextEdit>(*mdi, "txtBuffer");
-    QTextCursor digit(page->document());
-    digit.setPosition(64 + 70 * 2 + 5 + 3); // the high digit of address 0021
-    const QRect cell = page->cursorRect(digit);
-    QTest::mouseClick(page->viewport(), Qt::LeftButton, {}, cell.center() + QPoint(5, 0));
-    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0021"));
-    QTest::keyClick(page, Qt::Key_Down, Qt::ShiftModifier);
-    EXPECT_EQ(in<QLabel>(*mdi, "lblAddress")->text(), QStringLiteral("0031"));
-    EXPECT_EQ(page->textCursor().selectedText(), QStringLiteral("F"));
-    QTest::keyClick(page, Qt::Key_W, Qt::ControlModifier);
+    trigger("BufferEdit");
+    QTest::keyClick(in<QTextEdit>(*mdi, "txtBuffer"), Qt::Key_W, Qt::ControlModifier);
     QTest::qWait(1); // the window is deleted later
     EXPECT_EQ(in<QWidget>(*mdi, "frmBuffer"), nullptr);
 }
 
 namespace {
 
-// Does to the program what a user, a window manager and an ending session can, every few
-// milliseconds while a run is under way.
-class Meddler {
+// Every few milliseconds during a run: what a user, a window manager and the end of a desktop
+// session can do to the program.
+class Interference {
 public:
-    explicit Meddler(mdiMain& main) : main_(main) {
+    explicit Interference(mdiMain& main) : main_(main) {
         QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
-            if ((CurrentLinkUser() == LinkUser::Run))
-                meddle();
+            if (CurrentLinkUser() == LinkUser::Run)
+                interfere();
         });
         timer_.start(10);
     }
-    // Letters of the frames behind which there was meddling, in their order, equal ones together.
-    std::string met;
+    // The command codes of the frames after which it acted, in order, equal ones together.
+    std::string commandCodes;
 
 private:
-    void meddle() {
-        const char letter = static_cast<char>(state().TxFrame.at(4));
-        if (met.empty() || met.back() != letter)
-            met += letter;
-        // Above all the message box, which closes by itself, there is the function window or none.
+    void interfere() {
+        const char code = static_cast<char>(state().TxFrame.at(4));
+        if (commandCodes.empty() || commandCodes.back() != code)
+            commandCodes += code;
+        // Besides message boxes, which close by themselves, only the function window can be open.
         for (QWidget* form : QApplication::topLevelWidgets())
             if (form->objectName() == QLatin1String("frmFunction") && form->isVisible())
-                meddleWith(*form);
+                interfereWith(*form);
         auto* page = main_.findChild<QWidget*>(QStringLiteral("txtBuffer"));
         ASSERT_TRUE(page);
         for (const int key : {Qt::Key_5, Qt::Key_Down, Qt::Key_PageDown, Qt::Key_F1})
@@ -61,12 +52,11 @@ private:
             main_.findChild<QAction*>(QString::fromLatin1(entry))->trigger();
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
         EXPECT_FALSE(main_.close());
-        if (!qobject_cast<QMessageBox*>(
-                QApplication::activeModalWidget())) // would be answered by it
+        if (!qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) // it would be closed
             QApplication::closeAllWindows();
         EXPECT_TRUE(main_.isVisible() && main_.isEnabled());
     }
-    static void meddleWith(QWidget& form) {
+    static void interfereWith(QWidget& form) {
         for (const char* button : {"cmdRun", "cmdClose"}) {
             auto* one = form.findChild<QAbstractButton*>(QString::fromLatin1(button));
             EXPECT_FALSE(one->isEnabled());
@@ -93,15 +83,13 @@ private:
 
 } // namespace
 
-// Nothing that happens during a run starts another, sends a frame or touches the image; what asks
-// to close waits for the last frame. Read closes its window in the middle: the rest of the sequence
-// has the program to itself.
+// No event during a run starts another one, sends a frame or changes the image; a request to close
+// waits for the last frame. Read closes its window in the middle of the sequence.
 TEST_F(Windows, NoEventReachesARun) {
     QStringList slow;
-    for (const char letter : {'V', 'S', 'T', 'D', 'W', 'R', 'E', 'L'})
-        slow << QStringLiteral("--fault")
-             << QStringLiteral("late@%1:40ms").arg(QLatin1Char(letter));
-    startBox('\xFF', slow);
+    for (const char code : {'V', 'S', 'T', 'D', 'W', 'R', 'E', 'L'})
+        slow << QStringLiteral("--fault") << QStringLiteral("late@%1:40ms").arg(QLatin1Char(code));
+    startProgrammer('\xFF', slow);
     start();
     state().DeviceList[1].Size = 256;
     using enum FunctionCode;
@@ -111,7 +99,7 @@ TEST_F(Windows, NoEventReachesARun) {
                            [](FunctionCode code) { return static_cast<std::int16_t>(code); });
     state().BufferData.assign(70001, 0x3C);
     trigger("BufferEdit");
-    Meddler meddler(*mdi);
+    Interference interference(*mdi);
     when("frmFunction", [](QWidget& form) {
         in<QListWidget>(form, "listFunction")->setCurrentRow(static_cast<int>(FunctionCode::Auto));
         click(form, "cmdRun");
@@ -119,7 +107,7 @@ TEST_F(Windows, NoEventReachesARun) {
     });
     trigger("DeviceFunction");
     const std::string expected = "VSEVSVSRVSVTDWVSVSRVSVSRVSVSRVSVSLSLSLVSLSLSLVS";
-    EXPECT_EQ(meddler.met, expected);
+    EXPECT_EQ(interference.commandCodes, expected);
     EXPECT_EQ(frames().size(), 1 + qsizetype(expected.size()) + 1); // "I", and a second "E"
     EXPECT_EQ(state().BufferData, Bytes(70001, 0x3C));
     EXPECT_EQ(chip(257), std::string(256, '\x3C') + '\xFF');
@@ -129,10 +117,10 @@ TEST_F(Windows, NoEventReachesARun) {
 }
 
 TEST_F(Windows, ARequestToCloseTheFunctionWindowWaitsForTheRunsEnd) {
-    startBox('\xFF', {QStringLiteral("--fault"), QStringLiteral("silent@R2")});
+    startProgrammer('\xFF', {QStringLiteral("--fault"), QStringLiteral("silent@R2")});
     start();
     trigger("BufferEdit");
-    const Meddler meddler(*mdi);
+    const Interference interference(*mdi);
     when("frmFunction", [](QWidget& form) {
         in<QListWidget>(form, "listFunction")->setCurrentRow(static_cast<int>(FunctionCode::Blank));
         click(form, "cmdRun");
@@ -147,7 +135,7 @@ TEST_F(Windows, ARequestToCloseTheFunctionWindowWaitsForTheRunsEnd) {
 
 // At once after the dialog's end: discovery has begun by then, so its message is shown first.
 TEST_F(Windows, ACloseRequestAtTheEndOfSettingsWaitsForDiscovery) {
-    startBox();
+    startProgrammer();
     start();
     messages.clear();
     when("frmSettings", [this](QWidget& form) {
