@@ -28,7 +28,7 @@ void DeviceRun::Run(int index) {
     try {
         RunChosen(index);
     } catch (...) {
-        PowerDownIfInProgress();
+        m.cm.Output(PowerDownFrames());
         release();
         throw;
     }
@@ -77,11 +77,6 @@ void DeviceRun::RunFunction(int code) {
 // bytes shifted and say "OK!".
 void DeviceRun::DropStaleBytes() {
     ReadReply();
-}
-
-void DeviceRun::PowerDownIfInProgress() {
-    if (CurrentLinkUser() == LinkUser::Run)
-        machine().cm.Output(PowerDownFrames());
 }
 
 void DeviceRun::ShowProgress() {

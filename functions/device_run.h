@@ -50,10 +50,6 @@ public:
     // is passed on.
     void Run(int index);
 
-    // For an error that nothing handles and for a program ended from outside: if a run is in
-    // progress, sends the power-down frames without waiting for a reply.
-    static void PowerDownIfInProgress();
-
 private:
     // Fields with the window's own names; ranges in parentheses.
     std::int16_t Percent = 0;    // progress (0..100)

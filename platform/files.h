@@ -23,5 +23,8 @@ std::string ReadWholeFile(const std::string& path);
 // be created beside one that may be written, that is overwritten: a full disk still changes
 // nothing, but an error of the device may leave it damaged.
 void ReplaceFile(const std::string& path, std::string_view contents);
+// For signal handlers: removes the temporary file of a ReplaceFile that the process will not
+// finish.
+void RemoveTemporaryFile();
 
 } // namespace platform

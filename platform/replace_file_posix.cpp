@@ -1,6 +1,7 @@
 #include "platform/file_error.h"
 #include "platform/files.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -23,12 +24,16 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
     return file.has_parent_path() ? file.parent_path() : ".";
 }
 
+// The name in use of a temporary file, for RemoveTemporaryFile; empty or null: none.
+std::atomic<const char*> temporaryName = nullptr;
+
 // What takes the new contents: a temporary file beside the target, removed unless it was renamed
 // over it, or the target itself where no file can be created beside it.
 class Replacement {
 public:
     explicit Replacement(const std::filesystem::path& target)
         : target_(target.string()), name_((target.parent_path() / shortName).string()) {
+        temporaryName = name_.c_str(); // first: a signal may come before mkstemp() has returned
         descriptor_ = mkstemp(name_.data());
         if (descriptor_ >= 0)
             return;
@@ -36,6 +41,7 @@ public:
         name_.clear();
         descriptor_ = open(target_.c_str(), O_WRONLY);
         errno = cause;
+        temporaryName = nullptr;
         if (descriptor_ < 0)
             fail("no file can be created in the folder " + folderOf(target).string());
     }
@@ -46,6 +52,7 @@ public:
             close(descriptor_);
         if (!name_.empty())
             unlink(name_.c_str());
+        temporaryName = nullptr;
     }
 
     // Not every file system has owners and permissions, and the contents count for more.
@@ -159,6 +166,11 @@ void ReplaceFile(const std::string& path, std::string_view contents) {
     file.write(contents);
     file.finish();
     syncDirectory(folderOf(target));
+}
+
+void RemoveTemporaryFile() {
+    if (const char* const name = temporaryName)
+        unlink(name);
 }
 
 } // namespace platform

@@ -1,39 +1,35 @@
 #include "platform/qt/application.h"
 
 #include "platform/qt/qt_machine.h"
+#include "platform/qt/termination_posix.h"
 
 #include <QIcon>
 #include <QSettings>
 
-#include <cstdlib>
 #include <exception>
 #include <string>
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
-    setApplicationDisplayName(QString()); // captions stand as they are given
+    setApplicationDisplayName(QString()); // titles stay as they are given
     setQuitOnLastWindowClosed(false);     // message boxes come before the main window; it ends us
     QIcon icon;
     for (const int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
     setWindowIcon(icon);
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings_.path());
+    // Qt's file dialog stores its last folder in a file; this program keeps no state but its own
+    // files. No file can be created in this path, and QSettings ignores that.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
 
 bool Application::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
-        // Nothing below can be trusted to unwind through the event loops that are under way.
-        if (beforeReport)
-            beforeReport();
-        endNow(reportError());
+        // Nothing below can be trusted to unwind through the event loops that are running.
+        SendCrashFrames();
+        EndProcess(reportError());
     }
-}
-
-void Application::endNow(int status) {
-    settings_.remove();
-    std::_Exit(status);
 }
 
 int Application::reportError() {
@@ -43,7 +39,7 @@ int Application::reportError() {
         throw;
     } catch (const std::exception& error) {
         cause = error.what();
-    } catch (...) { // the words above
+    } catch (...) { // the text above
     }
     QtMessageBox().Show("QUORVEN", cause, platform::MessageBox::Icon::Critical);
     return failureStatus;

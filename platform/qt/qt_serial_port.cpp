@@ -1,7 +1,7 @@
 #include "platform/qt/qt_serial_port.h"
 
 #include "platform/qt/serial_line_posix.h"
-#include "platform/qt/sudden_end_posix.h"
+#include "platform/qt/termination_posix.h"
 
 #include <QSerialPort>
 #include <QSocketNotifier>
@@ -97,7 +97,7 @@ void QtSerialPort::Open() {
         line_->close();
         throw platform::PortError(name + ": " + whyNotOpened(name, cause));
     }
-    GuardPort(port.handle());
+    GuardPort(port.handle(), lockFileOf(name));
     line_->watchForHangUp();
     // A pseudo-terminal has neither line; that is no error.
     port.setDataTerminalReady(true);
@@ -138,9 +138,9 @@ Bytes QtSerialPort::Input() {
 }
 
 void QtSerialPort::setCrashFrames(const Bytes& frames) {
-    SetLastBytes(nullptr, 0);
+    SetCrashFrames(nullptr, 0);
     line_->crashFrames = frames;
     if (!frames.empty())
-        SetLastBytes(reinterpret_cast<const char*>(line_->crashFrames.data()),
-                     static_cast<int>(frames.size()));
+        SetCrashFrames(reinterpret_cast<const char*>(line_->crashFrames.data()),
+                       static_cast<int>(frames.size()));
 }

@@ -1,5 +1,7 @@
-// Loaded in front of the program: once the file named by THROW_WHEN is there, the next read from a
-// terminal throws, as any fault of the program might, in the middle of whatever it is doing.
+// Preloaded into the program. Once the file THROW_WHEN exists, the next read from a terminal
+// throws, as any fault of the program might. SIGNAL_IN_SAVE is the number of a signal that arrives
+// while a file is being saved.
+#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <stdexcept>
@@ -12,4 +14,10 @@ extern "C" ssize_t read(int descriptor, void* bytes, std::size_t count) {
     if (file && isatty(descriptor) && unlink(file) == 0)
         throw std::runtime_error("no reading to be had");
     return systemRead(descriptor, bytes, count);
+}
+
+extern "C" int fsync(int) {
+    if (const char* const number = std::getenv("SIGNAL_IN_SAVE"))
+        raise(std::atoi(number));
+    return 0;
 }

@@ -1,0 +1,151 @@
+#include "platform/qt/termination_posix.h"
+
+#include "platform/files.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+// Written by a signal handler, read by the event queue.
+std::array<int, 2> wakePipe = {-1, -1};
+
+std::atomic<int> guardedDescriptor = -1;
+std::string guardedLockFile; // changes while no descriptor is guarded
+std::atomic<const char*> crashFrames = nullptr;
+std::atomic<int> crashFrameBytes = 0;
+
+// Called by signal handlers too.
+void cleanUp() {
+    SendCrashFrames();
+    if (guardedDescriptor >= 0)
+        unlink(guardedLockFile.c_str());
+    platform::RemoveTemporaryFile();
+}
+
+void wakeEventQueue(int) {
+    const char any = 1;
+    [[maybe_unused]] const ssize_t ignored = write(wakePipe[1], &any, 1);
+}
+
+// The signal's own effect follows: the handler was for one time only.
+void crash(int signal) {
+    cleanUp();
+    raise(signal);
+}
+
+void installHandler(int signal, void (*handler)(int), int flags) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
+        return; // the C library's own, or the parent process wants it ignored
+    action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigaction(signal, &action, nullptr);
+}
+
+// A chip must not stay powered while the process is stopped.
+void stopUnlessRunning(int signal) {
+    if (crashFrames.load())
+        return;
+    installHandler(signal, SIG_DFL, 0);
+    raise(signal); // stops here
+    installHandler(signal, stopUnlessRunning, SA_RESTART | SA_NODEFER);
+}
+
+// A crash may be the stack's own overflow.
+void giveCrashesAStack() {
+    static std::array<char, 16384> bytes;
+    stack_t stack{};
+    stack.ss_sp = bytes.data();
+    stack.ss_size = bytes.size();
+    sigaltstack(&stack, nullptr);
+}
+
+[[noreturn]] void endBySignal(const std::function<void()>& save) {
+    SendCrashFrames();
+    try {
+        save();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quorven: %s\n", error.what());
+        EndProcess(EXIT_FAILURE);
+    }
+    EndProcess(EXIT_SUCCESS);
+}
+
+} // namespace
+
+void OpenStandardDescriptors() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    close(descriptor);
+}
+
+void HandleSignals(std::function<void()> save) {
+    giveCrashesAStack();
+    std::atexit(cleanUp); // a lost display ends the process by exit()
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+        switch (signal) {
+        case SIGCHLD: // ignored or without effect by default
+        case SIGCONT:
+        case SIGURG:
+        case SIGWINCH:
+            break;
+        case SIGPIPE: // a write that fails returns an error
+        case SIGXFSZ:
+        case SIGTTIN: // a stopped window looks hung
+        case SIGTTOU:
+            installHandler(signal, SIG_IGN, 0);
+            break;
+        case SIGTSTP:
+            installHandler(signal, stopUnlessRunning, SA_RESTART | SA_NODEFER);
+            break;
+        default: // SIGKILL and SIGSTOP reject any handler
+            installHandler(signal, crash, SA_RESETHAND | SA_NODEFER | SA_ONSTACK);
+        }
+    }
+    if (pipe2(wakePipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    auto* woken = new QSocketNotifier(wakePipe[0], QSocketNotifier::Read, qApp);
+    QObject::connect(woken, &QSocketNotifier::activated, qApp,
+                     [save = std::move(save)] { endBySignal(save); });
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        installHandler(signal, wakeEventQueue, SA_RESTART);
+}
+
+void GuardPort(int descriptor, const std::string& lockFile) {
+    guardedDescriptor = -1;
+    guardedLockFile = lockFile;
+    guardedDescriptor = descriptor;
+}
+
+void SetCrashFrames(const char* bytes, int count) {
+    crashFrameBytes = count;
+    crashFrames = bytes;
+}
+
+// Cleared last: a signal in between sends the frames twice rather than never.
+void SendCrashFrames() {
+    const char* const frames = crashFrames;
+    if (frames && guardedDescriptor >= 0) {
+        [[maybe_unused]] const ssize_t ignored =
+            write(guardedDescriptor, frames, static_cast<std::size_t>(crashFrameBytes));
+    }
+    crashFrames = nullptr;
+}
+
+void EndProcess(int status) {
+    cleanUp();
+    std::_Exit(status);
+}
