@@ -7,6 +7,7 @@
 #include <QSettings>
 
 #include <exception>
+#include <new>
 #include <string>
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
@@ -37,6 +38,8 @@ int Application::reportError() {
     std::string cause = "An error of unknown kind.";
     try {
         throw;
+    } catch (const std::bad_alloc&) {
+        cause = "There is not enough memory.";
     } catch (const std::exception& error) {
         cause = error.what();
     } catch (...) { // the text above

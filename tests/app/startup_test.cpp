@@ -64,6 +64,13 @@ TEST_F(StartUp, ReadsFiftyDevicesAndNoMore) {
     EXPECT_EQ(selectedDevice().Name, "device 50");
 }
 
+TEST_F(StartUp, WritesTheAutoFileAsItWasRead) {
+    ReadAutoFile();
+    folder.write("auto.cfg", "");
+    WriteAutoFile();
+    EXPECT_EQ(folder.read("auto.cfg"), "2\r\n0\r\n5\r\n");
+}
+
 TEST_F(StartUp, WritesSettingsThatReadBackTheSame) {
     ReadSettings();
     state().ComPort = 16;
