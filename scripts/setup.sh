@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     # building
-    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev
+    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev
     # tests and their checks
     libgtest-dev clang-format clang-tidy
     # a screen of its own for the program, with a window manager, keys and pictures

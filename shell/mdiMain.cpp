@@ -17,7 +17,7 @@
 #include "platform/qt/twips.h"
 #include "shell/frmAbout.h"
 #include "shell/frmEditAuto.h"
-#include "shell/frmHelp.h"
+#include "shell/help/frmHelp.h"
 #include "shell/frmSelectDevice.h"
 #include "shell/frmSettings.h"
 

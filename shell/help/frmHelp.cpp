@@ -1,0 +1,38 @@
+#include "shell/help/frmHelp.h"
+
+#include "app/startup.h"
+#include "platform/file_error.h"
+#include "platform/files.h"
+#include "platform/qt/fonts.h"
+#include "platform/qt/twips.h"
+#include "shell/help/rich_text_reader.h"
+
+#include <QTextEdit>
+
+frmHelp::frmHelp(QWidget* owner)
+    : Form(owner, "frmHelp", tr("QUORVEN Help"), 10380, 5625, Frame::TitleAndCloseBox),
+      rtb(new QTextEdit(this)) {
+    rtb->setObjectName(QStringLiteral("rtb"));
+    rtb->setAccessibleName(tr("Help"));
+    rtb->setGeometry(TwipsRect{120, 120, 10095, 5295}.inPixels());
+    rtb->setFont(sansFont(points12)); // of the window's own messages
+    rtb->setReadOnly(true);
+    rtb->setUndoRedoEnabled(false);
+    // White with black text on any desktop: a file's own colours are chosen for paper.
+    QPalette colours = rtb->palette();
+    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Text, Qt::black);
+    rtb->setPalette(colours);
+    Form_Load();
+}
+
+void frmHelp::Form_Load() {
+    const std::string path = modFunc::DataFile("quorven help.rtf");
+    try {
+        const std::string file = platform::ReadWholeFile(path);
+        if (!RichTextReader::Read(file, *rtb->document(), devicePixelRatioF()))
+            throw platform::FileError(path + ": is no rich text file");
+    } catch (const platform::FileError& error) {
+        rtb->setPlainText(QString::fromUtf8(error.what()));
+    }
+}

@@ -1,0 +1,129 @@
+// Rich text (RTF), read for display.
+//
+// Understood is what word processors write for a guide: fonts, sizes, colours, bold, italic,
+// underline; paragraphs with alignment, indents, spacing and tab stops; lists, whose numbers and
+// bullets are text in the file; simple tables; PNG and JPEG pictures; the visible text of links.
+// Everything else is skipped, and a damaged file is shown as far as it can be understood.
+#pragma once
+
+#include "platform/qt/twips.h"
+#include "shell/help/help_page.h"
+
+#include <QHash>
+#include <QTextDocument>
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+class RichTextReader {
+public:
+    // False if `rtf` does not begin as rich text does: then `document`, which is empty, stays so.
+    // No file takes more than about a second to read, lay out and destroy: what is beyond that is
+    // left out, and the last line says so. `pixelRatio`: pixels of the screen to a
+    // device-independent one.
+    static bool Read(std::string_view rtf, QTextDocument& document, double pixelRatio);
+
+private:
+    struct Font {
+        QString name = {};
+        bool serif = false;
+        bool fixed = false;
+        bool symbols = false; // it has symbols in the place of letters
+    };
+
+    struct Paragraph {
+        QTextBlockFormat shown = {};
+        QList<int> tabStops = {}; // pixels from the page's left edge
+        bool inTable = false;
+        bool describesRow = false; // a row of a table has been described since the last \pard
+    };
+
+    // Where the text of a group goes.
+    enum class Destination { Page, Fonts, Colours, Picture, Nowhere };
+
+    // What a group inherits, and gives back at its end.
+    struct Group {
+        Destination destination = Destination::Page;
+        QTextCharFormat text = {};
+        Paragraph paragraph = {};
+        bool hidden = false;
+        int fallbackLength = 1; // characters after a \u, for readers that do not know it
+    };
+
+    struct Picture {
+        QByteArray digits = {};   // hexadecimal
+        QSize size = {0, 0};      // pixels
+        QSize scale = {100, 100}; // percent
+    };
+
+    // Of a text format: the key in the font table, which need not contain it.
+    static constexpr int fontProperty = QTextFormat::UserProperty;
+    static constexpr qsizetype maxFonts = 1000;
+
+    // The number of a control word.
+    struct Number {
+        int value = 0;
+        bool given = false;
+        bool On() const { return !given || value != 0; } // for words that switch
+        // Of a length in units of so many twips, in bounds that no page reaches.
+        int Pixels(int twips = 1) const {
+            constexpr int max = 32'000;
+            return pixels(std::clamp(value, -max / twips, max / twips) * twips);
+        }
+    };
+
+    using Handler = void (*)(RichTextReader&, Number);
+    static const std::unordered_map<std::string_view, Handler> handlers;
+
+    RichTextReader(std::string_view rtf, QTextDocument& document, double pixelRatio)
+        : rest_(rtf), page_(document, pixelRatio) {
+        plain();
+    }
+    void next();
+    void controlSymbol();
+    void controlWord();
+    void word(std::string_view name, Number number);
+    void openGroup();
+    void closeGroup();
+    void enter(Destination destination);
+    void byte(int value);
+    void addUnicode(int number);
+    void addUtf16(char16_t unit);
+    void endRun();
+    void end(HelpPage::Part part);
+    void addPicture();
+    Font font(const QTextCharFormat& format) const {
+        return fonts_.value(format.intProperty(fontProperty));
+    }
+    Font& fontEntry() { return fonts_[fonts_.size() < maxFonts ? fontKey_ : 0]; }
+    QTextCharFormat charFormat(QTextCharFormat format) const;
+    QTextBlockFormat blockFormat() const;
+    void plain();
+    void setColour(int property, int index);
+    bool onPage() const { return groups_.back().destination == Destination::Page; }
+    Group& group() { return groups_.back(); }
+    QTextCharFormat& text() { return group().text; }
+    QTextBlockFormat& block() { return group().paragraph.shown; }
+
+    std::string_view rest_;
+    HelpPage page_;
+    std::vector<Group> groups_{1};
+    std::size_t groupsTooDeep_ = 0;
+    bool starred_ = false; // the next word opens a group that may be skipped
+    int fallbackLeft_ = 0;
+
+    QString run_; // text of one format that is not on the page yet
+    QTextCharFormat runFormat_;
+    int runs_ = 0;     // of the paragraph; a tab begins another one
+    int unbroken_ = 0; // characters since the last blank
+
+    int defaultFont_ = 0;
+    int fontKey_ = 0; // of the entry of the font table that is being read
+    QHash<int, Font> fonts_;
+    QList<QColor> colours_;
+    QColor mixedColour_;
+    HelpPage::Cell cell_; // the next one of the row that is described
+    Picture picture_;
+};
