@@ -1,8 +1,8 @@
 // Start-up and the files it reads: settings, device list, Auto sequence.
 //
-// All three must be in AppPath. Each procedure throws platform::FileError, which names the file, the
-// item and the cause, if a file is missing, damaged or outside its limits. A text may have up to
-// 65535 bytes.
+// All three must be in AppPath. Each procedure throws platform::FileError, which names the file,
+// the item and the cause, if a file is missing, damaged or outside its limits. A text may have up
+// to 65535 bytes.
 #pragma once
 
 #include <string>
@@ -22,8 +22,8 @@ void ReadSettings();
 // Replaces quorven.cfg by the same five fields, whole or not at all. Throws platform::FileError.
 void WriteSettings();
 
-// quorven.dev: eight items for each of DeviceList rows 1 to DeviceCount. The rest of the file is not
-// read.
+// quorven.dev: eight items for each of DeviceList rows 1 to DeviceCount. The rest of the file is
+// not read.
 void ReadDeviceList();
 
 // auto.cfg: AutoCount (0..20), then as many function codes into AutoList.

@@ -24,9 +24,9 @@ namespace modFunc {
 // image: the bytes before it stay stored.
 void OpenHexFile();
 
-// The selected device's bytes in records of 16, erased or not, and an end record, each line ended by
-// CR LF. If the Size does not fill the last record, the record takes its rest from the image. Throws
-// platform::FileError for a device larger than the image.
+// The selected device's bytes in records of 16, erased or not, and an end record, each line ended
+// by CR LF. If the Size does not fill the last record, the record takes its rest from the image.
+// Throws platform::FileError for a device larger than the image.
 std::string HexFileText();
 
 // Replaces cdia.FileName by that text, whole or not at all. Then status bar panel 4 names the file.

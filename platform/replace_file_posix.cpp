@@ -97,7 +97,7 @@ private:
 
     // Before the first byte is overwritten: a full disk then leaves the old contents whole.
     void takeRoom(off_t length) {
-        struct stat old {};
+        struct stat old{};
         if (fstat(descriptor_, &old) != 0)
             fail(cannotBeWritten);
         errno = posix_fallocate(descriptor_, 0, length);
@@ -134,7 +134,7 @@ std::filesystem::path linkedTarget(std::filesystem::path path) {
 // replaced, though renaming over it would work.
 FileRights rightsFor(const std::string& target) {
     constexpr mode_t permissionBits = 07777;
-    struct stat old {};
+    struct stat old{};
     if (stat(target.c_str(), &old) != 0) {
         const mode_t mask = umask(0); // the only way to ask for it
         umask(mask);

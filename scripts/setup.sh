@@ -1,24 +1,22 @@
 #!/usr/bin/env bash
-# setup.sh [PACKAGE...]: installs from Debian's packages what building, running and testing need, and
-# what is named beside. Says and does nothing when all of it is there.
+# setup.sh [PACKAGE...]: installs the Debian packages that building, running and testing need, and those
+# named. Prints nothing and changes nothing when all are installed. All exist in Debian 12 and 13.
 set -euo pipefail
 
 packages=(
     # building
-    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev
-    # tests and their checks
-    libgtest-dev clang-format clang-tidy
-    # a screen of its own for the program, with a window manager, keys and pictures
-    xvfb xauth openbox xdotool imagemagick
-    # reading what the windows say: the accessibility bus and a client for it
+    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev qt6-wayland
+    # tests; formatting and checks in one version, since others disagree
+    libgtest-dev clang-format-19 clang-tidy-19
+    # a virtual screen with a window manager, keys, pictures, fonts with the metrics of those named
+    xvfb xauth openbox xdotool imagemagick fonts-liberation
+    # reading the windows: the accessibility bus and a client
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
-    # an image in binary form, made by another's hex reader than ours
-    binutils
-    # a locale with a decimal comma, and one of Latin-1
+    # locales with a decimal comma
     locales
-    # the package, and those who judge it and what is in it
+    # the package, and checks of it and its files
     dpkg-dev file lintian desktop-file-utils appstream mandoc bsdextrautils shellcheck
-    # a clean Debian to try it in
+    # minimal Debian roots
     debootstrap
     "$@"
 )
@@ -26,7 +24,7 @@ packages=(
 missing() {
     local package
     for package in "${packages[@]}"; do
-        # A package removed but not purged is known to dpkg all the same: the state decides.
+        # dpkg also lists packages that were removed but not purged: the state decides.
         grep -qx "$package installed" <<<"$installed" || echo "$package"
     done
 }

@@ -38,7 +38,7 @@ std::runtime_error failure(const std::string& what) {
 void catchSignals() {
     sigset_t stops;
     sigemptyset(&stops);
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = noteStop;
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         sigaddset(&stops, signal);

@@ -61,7 +61,7 @@ std::string lockFileOf(const std::string& path) {
     std::replace(name.begin(), name.end(), '/', '_');
     for (const std::string folder : folders) {
         const std::string file = folder + "/LCK.." + name;
-        struct stat any {};
+        struct stat any{};
         if (lstat(file.c_str(), &any) == 0)
             return file;
     }
@@ -74,7 +74,7 @@ std::string lockFileOf(const std::string& path) {
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
     constexpr off_t maxBytes = 1024;
-    struct stat status {};
+    struct stat status{};
     if (file.empty() || lstat(file.c_str(), &status) != 0)
         return {};
     if (!S_ISREG(status.st_mode) || status.st_size > maxBytes)
@@ -100,7 +100,7 @@ std::string lockedByAnother(const std::string& path) {
 }
 
 std::string whyNotOpened(const std::string& path, const std::string& otherwise) {
-    struct stat device {};
+    struct stat device{};
     if (stat(path.c_str(), &device) != 0)
         return errno == ENOENT ? "there is no such device. Is the programmer plugged in?"
                                : std::strerror(errno) + std::string(".");

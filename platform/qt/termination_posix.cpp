@@ -45,7 +45,7 @@ void crash(int signal) {
 }
 
 void installHandler(int signal, void (*handler)(int), int flags) {
-    struct sigaction action {};
+    struct sigaction action{};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
         return; // the C library's own, or the parent process wants it ignored
     action = {};

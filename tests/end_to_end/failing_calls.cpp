@@ -87,7 +87,7 @@ REPLACE(Mkstemp, int, mkstemp, (char* path), (path), -1)
 
 extern "C" ssize_t write(int file, const void* bytes, std::size_t count) {
     static auto* const next = real<ssize_t(int, const void*, std::size_t)>("write");
-    struct stat status {};
+    struct stat status{};
     const bool pipe = fstat(file, &status) == 0 && S_ISFIFO(status.st_mode); // only to itself
     return !pipe && fails(Write, __builtin_return_address(0)) ? -1 : next(file, bytes, count);
 }
