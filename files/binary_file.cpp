@@ -51,9 +51,10 @@ void OpenBinFile() {
     const std::int64_t first = std::int64_t{s.FileAddress} + s.BufferAddress;
     const auto room = static_cast<std::size_t>(
         std::clamp<std::int64_t>(lastBufferIndex + 1 - first, 0, lastBufferIndex + 1));
+    std::size_t read = 0;
     if (room > 0)
-        std::fread(s.BufferData.data() + first, 1, room, file.get());
-    const bool more = std::fgetc(file.get()) != EOF;
+        read = std::fread(s.BufferData.data() + first, 1, room, file.get());
+    const bool more = read == room && std::fgetc(file.get()) != EOF;
     if (std::ferror(file.get()))
         fail("the file cannot be read");
     if (more)
