@@ -3,7 +3,11 @@
 #include "platform/qt/twips.h"
 
 #include <QCloseEvent>
+#include <QFontMetrics>
+#include <QGuiApplication>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace {
 
@@ -22,12 +26,23 @@ Qt::WindowFlags flagsFor(Form::Frame frame) {
 
 } // namespace
 
+int minTitleBarWidth(const QString& title) {
+    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        return 0;
+    // The title is centred, and clipped at three buttons to its right, whatever the window's flags.
+    constexpr int titlePixelSize = 14;
+    constexpr int buttonsWidth = 75;
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(titlePixelSize);
+    return QFontMetrics(font).horizontalAdvance(title) + 2 * buttonsWidth;
+}
+
 Form::Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
            Frame frame)
     : QDialog(owner, flagsFor(frame)) {
     setObjectName(QString::fromLatin1(name));
     setWindowTitle(caption);
-    setFixedSize(pixels(width), pixels(height));
+    setFixedSize(std::max(pixels(width), minTitleBarWidth(caption)), pixels(height));
     // Before the native window exists: one without a title bar that is moved later may never learn
     // its position.
     QRect centred = geometry();

@@ -2,6 +2,10 @@
 
 #include <QDialog>
 
+// Least width in pixels at which a title is readable in full in the title bar that Qt itself draws
+// on Wayland; 0 elsewhere.
+int minTitleBarWidth(const QString& title);
+
 // A dialog of fixed size in the middle of the screen.
 class Form : public QDialog {
     Q_OBJECT
@@ -10,7 +14,8 @@ public:
     // A window without a frame ignores requests to close; Escape calls reject() in all windows.
     enum class Frame { TitleAndCloseBox, Title, None };
 
-    // `width` and `height` of the client area in twips.
+    // `width` and `height` of the client area in twips; on Wayland it is as wide as its title
+    // needs.
     Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
          Frame frame);
 

@@ -1,11 +1,13 @@
 #include "platform/qt/qt_machine.h"
 
 #include "platform/port_names.h"
+#include "platform/qt/form.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QLineEdit>
 #include <QMessageBox>
 
@@ -56,6 +58,9 @@ void QtMessageBox::Show(const std::string& title, const std::string& text, Icon 
                         QString::fromStdString(title), QString::fromStdString(text),
                         QMessageBox::Ok, messageOwner());
     message.setTextFormat(Qt::PlainText); // the text may come from the programmer or a file
+    if (auto* grid = qobject_cast<QGridLayout*>(message.layout()))
+        grid->addItem(new QSpacerItem(minTitleBarWidth(message.windowTitle()), 0), 0, 0, 1,
+                      grid->columnCount());
     message.exec();
 }
 
