@@ -1,7 +1,8 @@
-# What every test of this folder begins with: what would be installed, below $tree, in a fresh
-# scratch folder. Sourced with the test's own arguments, BUILD SCRATCH.
+# Shared by the tests of this folder: the files that would be installed, in $tree, in an empty scratch
+# folder. Sourced with the test's own arguments, BUILD SCRATCH.
 
-source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/lib/common.sh"
+step() { printf '\n== %s\n' "$*"; }
+fail() { printf 'FAILED: %s\n' "$*" >&2 && exit 1; }
 
 rm -rf "$2"
 mkdir -p "$2"

@@ -1,0 +1,165 @@
+#!/usr/bin/env bash
+# try-on.sh RELEASE [PACKAGE]: QUORVEN on a Debian release (bookworm or trixie), in minimal roots.
+# Builds it and runs scripts/test.sh; builds the package again in another folder, as another user, and
+# compares the bytes; installs it where nothing else is, uses the program, removes the package and
+# looks for leftovers. With PACKAGE, a file built elsewhere, only the last three.
+#
+# Needs root and the network; what is tested has no network. build/try-on/RELEASE keeps the roots, the
+# builds, the package and the pictures. Mounts and processes end with the script, however it ends.
+set -euo pipefail
+
+if [[ $(id -u) != 0 || $# == 0 ]]; then
+    sed -n '2,8s/^# \{0,1\}//p' "$0" >&2
+    exit 1
+fi
+[[ ${QUORVEN_NAMESPACES:-} ]] || QUORVEN_NAMESPACES=1 exec unshare --mount --pid --fork --kill-child \
+    --mount-proc "$0" "$@"
+
+release=$1 package=${2:+$(realpath "$2")}
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cache=$PWD/build/try-on/$release
+work=$cache/work
+tools=$work/tools      # a root with everything that setup.sh installs
+clean=$tools/clean     # a root with nothing but the package, inside, so that programs there can enter it
+user_home="/home/Zoë Müller" # a blank and letters beyond ASCII, as people's names have them
+folder=$user_home/.local/share/quorven
+user=59871
+
+step() { printf '\n== %s\n' "$*"; }
+fail() { echo "try-on: FAILED: $*" >&2 && exit 1; }
+
+# in_root ROOT COMMAND...: as root, with the network.
+in_root() {
+    local root=$1
+    shift
+    chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
+        DEBIAN_FRONTEND=noninteractive "$@"
+}
+
+# as_user COMMAND...: without the network and any power of root's but to enter $clean.
+as_user() {
+    unshare --net chroot "$tools" setpriv --reuid="$user" --regid="$user" --clear-groups \
+        --bounding-set=-all,+sys_chroot --inh-caps=-all,+sys_chroot --ambient-caps=+sys_chroot \
+        env -i PATH=/usr/bin:/bin HOME="$user_home" LC_ALL=C.UTF-8 "$@"
+}
+
+# logged NAME COMMAND...: its output in NAME.log, shown only on failure.
+logged() {
+    local log=$cache/$1.log
+    shift
+    "$@" >"$log" 2>&1 </dev/null || { tail -n 30 "$log" >&2 && fail "$*"; }
+}
+
+# mount_root ROOT LOWER UPPER: LOWER with the changes kept in UPPER.
+mount_root() {
+    mkdir -p "$1" "$3" "$3.work"
+    mount -t overlay overlay -o "lowerdir=$2,upperdir=$3,workdir=$3.work" "$1"
+    mount -t proc proc "$1/proc"
+    mount -t devpts -o newinstance,ptmxmode=666,mode=620,gid=5 devpts "$1/dev/pts"
+    mount --bind "$cache/archives" "$1/var/cache/apt/archives"
+    cp /etc/resolv.conf "$1/etc/"
+}
+
+make_cached_roots() {
+    local mirror
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Label: Debian' \
+        'Component: main' | sed -n 1p)
+    mkdir -p "$cache/archives/partial"
+    if [[ ! -d $cache/bare ]]; then
+        rm -rf --one-file-system "$cache/part"
+        logged debootstrap debootstrap --variant=minbase "$release" "$cache/part" \
+            "${mirror:-http://deb.debian.org/debian}"
+        mv "$cache/part" "$cache/bare"
+    fi
+    mount_root "$work" "$cache/bare" "$cache/tools"
+    mkdir -p "$work/root/scripts"
+    cp scripts/setup.sh "$work/root/scripts/"
+    logged setup in_root "$work" /root/scripts/setup.sh
+    umount --recursive "$work"
+}
+
+# The clean root, a folder for temporary files and the user's home are the same in both roots.
+mount_roots() {
+    local root
+    mount -t tmpfs tmpfs "$work"
+    mount_root "$tools" "$cache/tools:$cache/bare" "$work/tools-changes"
+    mount_root "$clean" "$cache/bare" "$work/clean-changes"
+    mkdir -p "$work/home"
+    chown "$user:$user" "$work/home"
+    for root in "$tools" "$clean"; do
+        echo "zoe:x:$user:$user::$user_home:/bin/sh" >>"$root/etc/passwd"
+        mkdir -p "$root$user_home"
+        mount --bind "$work/home" "$root$user_home"
+        [[ $root == "$tools" ]] || mount --bind "$tools/tmp" "$root/tmp"
+    done
+}
+
+# copy_sources FOLDER BUILD: into a folder of $tools, with its build folder kept in the cache.
+copy_sources() {
+    mkdir -p "$tools$1/build" "$cache/$2"
+    mount --bind "$cache/$2" "$tools$1/build"
+    tar --exclude=./build --exclude=./.git -c . | tar -x --no-same-owner -C "$tools$1"
+}
+
+test_and_build() {
+    step "scripts/test.sh on $release"
+    copy_sources "$user_home/quorven" build
+    chown -R "$user:$user" "$tools$user_home/quorven"
+    as_user sh -c 'cd ~/quorven && scripts/test.sh'
+
+    step "The package again, by another user in another folder"
+    copy_sources /srv/again again
+    logged again unshare --net chroot "$tools" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ=Asia/Tokyo \
+        sh -c 'umask 077 && cd /srv/again && scripts/package.sh'
+    rm -rf "$cache/package"
+    cp -r "$cache/build/package" "$cache/package"
+    package=$(echo "$cache"/package/*.deb)
+    cmp "$package" "$cache/again/package/$(basename "$package")" || fail "the packages differ"
+    sha256sum "$package"
+}
+
+files_in_clean() {
+    find "$clean" -xdev -path "$clean/var/cache/apt/archives" -prune -o -printf '/%P\n' | sort
+}
+
+# Without what is only recommended: the dependencies have to do.
+install_package() {
+    step "apt install ./$(basename "$package") on $release"
+    logged update in_root "$clean" apt-get update
+    files_in_clean >"$work/before"
+    cp "$package" "$clean/tmp/"
+    logged install in_root "$clean" apt-get install -y --no-install-recommends \
+        "/tmp/$(basename "$package")"
+    grep -c '^Setting up' "$cache/install.log"
+    in_root "$clean" dpkg --verify quorven
+}
+
+use_program() {
+    step "The installed program"
+    mkdir -p "$tools/srv/quorven" "$cache/pictures"
+    cp -r data scripts tests "$tools/srv/quorven/"
+    as_user /usr/bin/python3 /srv/quorven/tests/packaging/installed_program_test.py /clean "$folder" \
+        "$user_home/pictures"
+    cp "$tools$user_home"/pictures/* "$cache/pictures/"
+    rm -r "$tools$user_home/pictures"
+}
+
+# Only records of apt and debconf and the user's folder may be new, and nothing may be missing.
+remove_package() {
+    step "apt purge quorven, and what came with it"
+    logged purge in_root "$clean" apt-get purge --autoremove -y quorven
+    files_in_clean >"$work/after"
+    diff "$work/before" "$work/after" | grep '^[<>]' |
+        grep -vE '/var/(lib/apt/extended_states|log/apt/[^/]*|cache/debconf/tmp.ci)$' >"$work/changes" || true
+    cat "$work/changes"
+    [[ ! -s $work/changes ]] || fail "that was left, or is missing"
+    [[ -f $clean$folder/quorven.cfg ]] || fail "the user's folder is gone, too"
+}
+
+make_cached_roots
+mount_roots
+[[ $package ]] || test_and_build
+install_package
+use_program
+remove_package
+step "Tried on $release; pictures: build/try-on/$release/pictures"
