@@ -17,9 +17,9 @@
 #include "platform/qt/twips.h"
 #include "shell/frmAbout.h"
 #include "shell/frmEditAuto.h"
-#include "shell/help/frmHelp.h"
 #include "shell/frmSelectDevice.h"
 #include "shell/frmSettings.h"
+#include "shell/help/frmHelp.h"
 
 #include <QAction>
 #include <QCloseEvent>
