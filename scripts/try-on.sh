@@ -72,9 +72,9 @@ make_cached_roots() {
         mv "$cache/part" "$cache/bare"
     fi
     mount_root "$work" "$cache/bare" "$cache/tools"
-    mkdir -p "$work/root/scripts"
-    cp scripts/setup.sh "$work/root/scripts/"
-    logged setup in_root "$work" /root/scripts/setup.sh
+    mkdir -p "$work/opt/scripts"
+    cp scripts/setup.sh "$work/opt/scripts/"
+    logged setup in_root "$work" /opt/scripts/setup.sh
     umount --recursive "$work"
 }
 
