@@ -2,7 +2,7 @@
 # try-on.sh RELEASE [PACKAGE]: QUORVEN on a Debian release (bookworm or trixie), in minimal roots.
 # Builds it and runs scripts/test.sh; builds the package again in another folder, as another user, and
 # compares the bytes; installs it where nothing else is, uses the program, removes the package and
-# looks for leftovers. With PACKAGE, a file built elsewhere, only the last three.
+# looks for files left. With PACKAGE, a file built elsewhere, only the last three.
 #
 # Needs root and the network; what is tested has no network. build/try-on/RELEASE keeps the roots, the
 # builds, the package and the pictures. Mounts and processes end with the script, however it ends.

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The launcher, as installed, with a stand-in for the program that tells how it was started.
+# The launcher, as installed, with a stand-in for the program that prints how it was started.
 #
 #   launcher_test.sh BUILD SCRATCH
 set -euo pipefail
@@ -50,7 +50,7 @@ expect_filled() {
     diff -r "$shipped" "$1" || fail "$1 does not hold the shipped files"
 }
 
-start_anew() {
+start_again() {
     step "$1"
     rm -rf "$stubs" "$elsewhere" "$home"
     mkdir -p "$stubs" "$elsewhere" "$home"
@@ -62,7 +62,7 @@ END
 }
 
 umask 022
-start_anew "The first start makes the folder"
+start_again "The first start makes the folder"
 launch HOME="$home" -- -style "two words"
 expect_started "$folder"
 [[ $(tail -n +2 "$scratch/out") == $'<-style>\n<two words>' ]] || fail "other arguments"
@@ -88,13 +88,13 @@ END
 launch HOME="$home"
 expect_started "$folder"
 
-start_anew "A current directory with quorven.cfg is used as it is"
+start_again "A current directory with quorven.cfg is used as it is"
 touch "$elsewhere/quorven.cfg"
 launch HOME="$home"
 expect_started "$elsewhere"
 [[ -z $(ls -A "$home") && $(ls -A "$elsewhere") == quorven.cfg ]] || fail "something was made"
 
-start_anew "XDG_DATA_HOME counts if it is absolute; a link to the launcher will do"
+start_again "XDG_DATA_HOME counts if it is absolute; a link to the launcher will do"
 launcher=$scratch/a-link
 ln -s usr/bin/quorven "$launcher"
 launch HOME="$home" XDG_DATA_HOME="$elsewhere/my data"
@@ -104,7 +104,7 @@ launcher=$tree/bin/quorven
 launch HOME="$home" XDG_DATA_HOME=relative
 expect_started "$folder"
 
-start_anew "Without HOME the password file tells"
+start_again "Without HOME the password file decides"
 stub "$stubs/getent" <<END
 [ "\$1 \$2" = "passwd \$(id -u)" ] && echo "zoe:x:1:1:Zoë,,,:$home:/bin/sh"
 END
@@ -116,21 +116,21 @@ END
 launch
 expect_refused "HOME is not set"
 
-start_anew "A folder that cannot be made is told, in a window too where there is a screen"
+start_again "A folder that cannot be created is reported, in a window too where there is a screen"
 stub "$stubs/zenity" <<END
 printf '%s\n' "\$@" >"$scratch/window"
 END
 touch "$home/.local"
 launch HOME="$home" DISPLAY=:0
 expect_refused "The folder $folder cannot be made ready."
-grep -q 'Not a directory' "$scratch/err" || fail "the cause is not told"
+grep -q 'Not a directory' "$scratch/err" || fail "the cause is not reported"
 grep -qF -- "--text=$(sed 's/^quorven: //' "$scratch/err" | head -n 1)" "$scratch/window" ||
     fail "the window says something else"
 launch HOME="$home"
 expect_refused "cannot be made ready"
 [[ ! -e $scratch/window ]] || fail "a window without a screen"
 
-start_anew "A disk that fills up leaves no half file, and the next start goes on"
+start_again "A disk that fills up leaves no half file, and the next start goes on"
 stub "$stubs/cp" <<'END'
 case $2 in
     *auto.cfg) exec /bin/cp "$@" ;;
@@ -145,7 +145,7 @@ launch HOME="$home"
 expect_started "$folder"
 expect_filled "$folder"
 
-start_anew "A file that comes to be there in the meantime is spared"
+start_again "A file that comes to be there in the meantime is spared"
 stub "$stubs/cp" <<'END'
 /bin/cp "$@"
 echo theirs >"$(dirname "$(dirname "$3")")/$(basename "$3")"
