@@ -106,8 +106,9 @@ std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t 
         digits.remove_prefix(1);
 
     std::int32_t value = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    const char* const begin = digits.data();
+    const char* const end = begin + digits.size();
+    const auto [stop, error] = std::from_chars(begin, end, value);
     if (!quoted_ && item.empty())
         fail(meaning, expected,
              firstOfLine && text_[position_ - 1] != ',' ? "an empty line" : "an empty item");

@@ -75,7 +75,8 @@ private:
     };
 
     using Handler = void (*)(RichTextReader&, Number);
-    static const std::unordered_map<std::string_view, Handler> handlers;
+    using Handlers = std::unordered_map<std::string_view, Handler>;
+    static const Handlers& handlers();
 
     RichTextReader(std::string_view rtf, QTextDocument& document, double pixelRatio)
         : rest_(rtf), page_(document, pixelRatio) {
