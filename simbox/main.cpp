@@ -54,14 +54,16 @@ int run(const Settings& settings) {
             throw std::runtime_error("cannot write " + settings.traceFile);
         std::ostream& out = toConsole ? std::cout : traceFile;
         // Each line is flushed, so that a trace can be watched and survives a crash.
-        programmer.setTraceSink([&out](const std::string& line) { out << line << std::endl; });
+        programmer.setTraceSink([&out](const std::string& line) {
+            out << line << '\n' << std::flush;
+        });
     }
     ChipFile chipFile(settings.chipFile, programmer.chip());
     Terminal terminal(settings.linkPath);
     std::cout << "simbox ready: ";
     if (!settings.linkPath.empty())
         std::cout << settings.linkPath << " -> ";
-    std::cout << terminal.path() << std::endl;
+    std::cout << terminal.path() << '\n' << std::flush;
 
     serve(programmer, terminal, chipFile);
 

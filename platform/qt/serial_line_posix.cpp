@@ -59,8 +59,8 @@ std::string lockFileOf(const std::string& path) {
         return {};
     std::string name = path.substr(devices.size());
     std::replace(name.begin(), name.end(), '/', '_');
-    for (const std::string folder : folders) {
-        const std::string file = folder + "/LCK.." + name;
+    for (const char* folder : folders) {
+        const std::string file = folder + ("/LCK.." + name);
         struct stat any{};
         if (lstat(file.c_str(), &any) == 0)
             return file;
