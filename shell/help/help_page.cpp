@@ -39,8 +39,10 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     const qint64 sharedLine = height * height / 280;
     qint64 cost = 0;
     for (const QChar c : text) {
-        // Scripts beyond the Latin one take longer, most of all mixed ones.
-        cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : c < u'\u0590' ? 2 : 6;
+        // Greek and Cyrillic letters take longer than Latin ones, and combining and mixed ones
+        // most.
+        const bool simple = c >= u'\u0370' && c < u'\u0590';
+        cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : simple ? 2 : 10;
         cost += inTable || c == u'\t' || c == QChar::LineSeparator ? ownLine : sharedLine;
     }
     return cost;
