@@ -55,6 +55,10 @@ void Main() {
 
 void ReadSettings() {
     DelimitedReader reader = openDataFile(settingsFile);
+    ParseSettings(reader);
+}
+
+void ParseSettings(DelimitedReader& reader) {
     State& s = state();
     s.ComPort = reader.NextInt16("port number");
     s.DeviceCount = reader.NextInt16("device count", 0, lastDeviceRow);
@@ -73,6 +77,10 @@ void WriteSettings() {
 
 void ReadDeviceList() {
     DelimitedReader reader = openDataFile(deviceListFile);
+    ParseDeviceList(reader);
+}
+
+void ParseDeviceList(DelimitedReader& reader) {
     State& s = state();
     for (int row = 1; row <= s.DeviceCount; ++row) {
         const std::string at = "row " + std::to_string(row) + ", ";
@@ -90,6 +98,10 @@ void ReadDeviceList() {
 
 void ReadAutoFile() {
     DelimitedReader reader = openDataFile(autoFile);
+    ParseAutoFile(reader);
+}
+
+void ParseAutoFile(DelimitedReader& reader) {
     State& s = state();
     s.AutoCount = reader.NextInt16("entry count", 0, lastAutoEntry);
     for (int entry = 1; entry <= s.AutoCount; ++entry)

@@ -2,12 +2,14 @@
 //
 // All three must be in AppPath. Each procedure throws platform::FileError, which names the file,
 // the item and the cause, if a file is missing, damaged or outside its limits. A text may have up
-// to 65535 bytes.
+// to 65535 bytes. The Parse... procedures read a text that is already in memory.
 #pragma once
 
 #include <string>
 
 namespace modFunc {
+
+class DelimitedReader;
 
 // `name` in AppPath.
 std::string DataFile(const std::string& name);
@@ -19,15 +21,18 @@ void Main();
 // quorven.cfg: five items into ComPort, DeviceCount (0..50), SelectedDevice (0..50),
 // ProgramVersion, ProgramDate.
 void ReadSettings();
+void ParseSettings(DelimitedReader& reader);
 // Replaces quorven.cfg by the same five fields, whole or not at all. Throws platform::FileError.
 void WriteSettings();
 
 // quorven.dev: eight items for each of DeviceList rows 1 to DeviceCount. The rest of the file is
 // not read.
 void ReadDeviceList();
+void ParseDeviceList(DelimitedReader& reader);
 
 // auto.cfg: AutoCount (0..20), then as many function codes into AutoList.
 void ReadAutoFile();
+void ParseAutoFile(DelimitedReader& reader);
 // Replaces auto.cfg by AutoCount and its entries, whole or not at all. Throws platform::FileError.
 void WriteAutoFile();
 

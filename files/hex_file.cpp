@@ -25,8 +25,6 @@ constexpr std::size_t checkCharacters = 2;
 constexpr std::size_t longestLine =
     headerCharacters + std::size_t{2} * hexRecordDataBytes + checkCharacters;
 
-enum class ParseResult { Complete, WrongCheckSum, NoEndRecord };
-
 // `count` characters from `position`, counted from 1, as far as the line has them.
 std::string_view field(std::string_view line, std::size_t position, std::size_t count) {
     return line.substr(std::min(position - 1, line.size()), count);
@@ -44,25 +42,25 @@ std::uint8_t byteAt(std::string_view line, std::size_t position) {
     return static_cast<std::uint8_t>(low < 0 ? high : high * 16 + low);
 }
 
-std::string where(int record) {
-    return machine().cdia.FileName + ", record " + std::to_string(record) + ": ";
+std::string atRecord(const std::string& fileName, int record) {
+    return fileName + ", record " + std::to_string(record) + ": ";
 }
 
 // Everything but the data.
-void readHeader(HexRec& record, std::string_view line, int number) {
+void readHeader(HexRec& record, std::string_view line, const std::string& fileName, int number) {
     record.Length = byteAt(line, 2);
     const auto address = StrictHex(field(line, 4, 4));
     if (!address)
-        throw FileError(where(number) + "the address is not a hexadecimal number.");
+        throw FileError(atRecord(fileName, number) + "the address is not a hexadecimal number.");
     record.Address = *address;
     record.RecordType = byteAt(line, 8);
     record.CheckSum = static_cast<std::int16_t>(
         TolerantHex(line.substr(line.size() - std::min(line.size(), checkCharacters))));
 }
 
-void readData(HexRec& record, int number) {
+void readData(HexRec& record, const std::string& fileName, int number) {
     if (record.Length > hexRecordDataBytes)
-        throw FileError(where(number) + "the record has more than " +
+        throw FileError(atRecord(fileName, number) + "the record has more than " +
                         std::to_string(hexRecordDataBytes) + " data bytes.");
     const std::string_view line = record.Line;
     for (std::size_t i = 0; i < static_cast<std::size_t>(record.Length); ++i)
@@ -77,29 +75,6 @@ bool checkSumIsRight(const HexRec& record, std::string_view line) {
     return sum % 256 == 0;
 }
 
-ParseResult parse() {
-    State& s = state();
-    const std::string& fileName = machine().cdia.FileName;
-    DelimitedReader reader(fileName, platform::ReadWholeFile(fileName));
-    for (int number = 1; !reader.atEnd(); ++number) {
-        if (number > lastHexRecord)
-            throw FileError(fileName + ": the file has more than " + std::to_string(lastHexRecord) +
-                            " records.");
-        HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
-        const std::string_view line = reader.NextString("record");
-        record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
-        readHeader(record, line, number);
-        if (record.RecordType != 0) {
-            s.HexRecordCount = static_cast<std::int16_t>(number - 1);
-            return ParseResult::Complete;
-        }
-        readData(record, number);
-        if (!checkSumIsRight(record, line))
-            return ParseResult::WrongCheckSum;
-    }
-    return ParseResult::NoEndRecord;
-}
-
 void placeRecords() {
     State& s = state();
     for (std::int16_t number = 1; number <= s.HexRecordCount; ++number) {
@@ -110,7 +85,8 @@ void placeRecords() {
                 continue;
             const std::int64_t target = std::int64_t{address} + s.BufferAddress;
             if (target > lastBufferIndex)
-                throw FileError(where(number) + "the data reach past the end of the image.");
+                throw FileError(atRecord(machine().cdia.FileName, number) +
+                                "the data reach past the end of the image.");
             s.BufferData[static_cast<std::size_t>(target)] =
                 record.Data[static_cast<std::size_t>(i)];
         }
@@ -140,15 +116,38 @@ void refuse(const char* text) {
 
 } // namespace
 
+HexResult ReadHexText(const std::string& fileName, std::string text) {
+    State& s = state();
+    DelimitedReader reader(fileName, std::move(text));
+    for (int number = 1; !reader.atEnd(); ++number) {
+        if (number > lastHexRecord)
+            throw FileError(fileName + ": the file has more than " + std::to_string(lastHexRecord) +
+                            " records.");
+        HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
+        const std::string_view line = reader.NextString("record");
+        record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
+        readHeader(record, line, fileName, number);
+        if (record.RecordType != 0) {
+            s.HexRecordCount = static_cast<std::int16_t>(number - 1);
+            return HexResult::Complete;
+        }
+        readData(record, fileName, number);
+        if (!checkSumIsRight(record, line))
+            return HexResult::WrongCheckSum;
+    }
+    return HexResult::NoEndRecord;
+}
+
 void OpenHexFile() {
-    switch (parse()) {
-    case ParseResult::WrongCheckSum:
+    const std::string& fileName = machine().cdia.FileName;
+    switch (ReadHexText(fileName, platform::ReadWholeFile(fileName))) {
+    case HexResult::WrongCheckSum:
         refuse("Checksum Error in hex file!");
         return;
-    case ParseResult::NoEndRecord:
+    case HexResult::NoEndRecord:
         refuse("No end record in hex file!");
         return;
-    case ParseResult::Complete:
+    case HexResult::Complete:
         break;
     }
     placeRecords();

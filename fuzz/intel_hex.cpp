@@ -1,34 +1,29 @@
+// A file, and the same bytes as an image that is written to a file.
 #include "files/hex_file.h"
 
-#include "fuzz/image_file.h"
+#include "app/state.h"
+#include "fuzz/fuzz.h"
+#include "platform/file_error.h"
 
 #include <algorithm>
 
 using namespace modFunc;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static fuzz::ImageFile image;
-    State& s = image.s;
-    image.take({data, size});
-    const bool loaded = image.loads(OpenHexFile);
+    State& s = state();
+    try {
+        ReadHexText("f", textOf(data, size));
+    } catch (const platform::FileError& error) {
+        check(std::string(error.what()).starts_with("f"), "a rejection names the file");
+    }
 
-    const std::int64_t first = std::int64_t{s.FileAddress} + s.BufferAddress;
-    const auto kept = loaded || image.tooLong() ? std::min<std::int64_t>(first, lastBufferIndex + 1)
-                                                : lastBufferIndex + 1;
-    fuzz::check(
-        std::equal(s.BufferData.begin(), s.BufferData.begin() + kept, image.untouched.begin()),
-        "nothing changes below the offsets, nor by a file that is rejected");
-    if (!loaded)
-        return 0;
-
-    constexpr std::int32_t deviceBytes = 512;
-    s.DeviceList[0].Size = deviceBytes;
-    const Bytes before(s.BufferData.begin(), s.BufferData.begin() + deviceBytes);
-    image.file.hold(HexFileText());
-    std::fill_n(s.BufferData.begin(), deviceBytes, std::uint8_t{0});
-    s.FileAddress = s.BufferAddress = 0;
-    fuzz::check(image.loads(OpenHexFile), "a saved file loads");
-    fuzz::check(std::equal(before.begin(), before.end(), s.BufferData.begin()),
-                "a saved file loads back the same");
+    s.DeviceList[0].Size = static_cast<std::int32_t>(size);
+    std::copy_n(data, size, s.BufferData.begin());
+    check(ReadHexText("f", HexFileText()) == HexResult::Complete, "a written file can be read");
+    for (std::size_t i = 0; i < size; ++i) {
+        const HexRec& record = s.HexRecords[1 + i / 16];
+        check(record.Address == int(i / 16 * 16) && record.Data[i % 16] == data[i],
+              "it contains the image");
+    }
     return 0;
 }

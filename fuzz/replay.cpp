@@ -2,17 +2,15 @@
 // stays a test.
 #include "fuzz/fuzz.h"
 
-int main(int argc, char** argv) {
-    fuzz::check(argc == 2, "usage: replay_TARGET FOLDER");
+#include "tests/support/temporary_folder.h"
+
+int main(int, char** argv) {
     int inputs = 0;
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-        std::printf("%s\n",
-                    entry.path().c_str()); // before the call, so that a crash is known by it
-        std::fflush(stdout);
+        std::fprintf(stderr, "%s\n", entry.path().c_str()); // first: a crash is known by it
         const std::string input = TemporaryFolder::readFile(entry.path());
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
         ++inputs;
     }
-    fuzz::check(inputs > 0, "the folder has inputs");
-    std::printf("%d inputs\n", inputs);
+    check(inputs > 0, "the folder has inputs");
 }

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-using fuzz::check;
-
 namespace {
 
 void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& message) {
@@ -34,7 +32,7 @@ extern "C" const char* __lsan_default_suppressions() {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const QGuiApplication& needed = application();
     Q_UNUSED(needed)
-    const std::string_view file = fuzz::Input(data, size).rest();
+    const std::string file = textOf(data, size);
     QTextDocument document;
     check(RichTextReader::Read(file, document, 1) == file.starts_with("{\\rtf"),
           "rich text is recognised by its beginning");

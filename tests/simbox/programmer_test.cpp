@@ -1,17 +1,14 @@
 // The simulated programmer: the frames that it accepts, its chip, its line.
 #include "simbox/programmer.h"
-#include "tests/support/table_file.h"
-#include "tests/support/virtual_machine.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/run_fixture.h"
 
 #include <algorithm>
 #include <map>
 #include <random>
+#include <sstream>
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
 using Names = std::vector<std::string>;
 
 const std::map<std::string, const char*> frames = {
@@ -50,8 +47,9 @@ const std::map<std::string, const char*> frames = {
 
 Bytes frame(const std::string& name) {
     Bytes bytes;
-    for (const std::string& word : words(frames.at(name)))
-        bytes.push_back(static_cast<std::uint8_t>(std::stoul(word, nullptr, 16)));
+    std::istringstream words(frames.at(name));
+    for (unsigned byte = 0; words >> std::hex >> byte;)
+        bytes.push_back(static_cast<std::uint8_t>(byte));
     if (bytes.size() > 4 && bytes[4] == 'D')
         bytes.resize(4U + bytes[2] * 256U + bytes[3], 0x21);
     return bytes;
@@ -124,8 +122,6 @@ const Timing timings[] = {
 
 class Timings : public testing::TestWithParam<Timing> {};
 
-const auto rowName = [](const auto& row) { return row.param.name; };
-
 } // namespace
 
 TEST_P(Moments, AcceptTheirFramesOnly) {
@@ -148,8 +144,8 @@ TEST_P(Moments, AcceptTheirFramesOnly) {
 INSTANTIATE_TEST_SUITE_P(, Moments, testing::ValuesIn(moments), rowName);
 
 TEST_P(Timings, AreExact) {
-    const auto fault = std::get<simbox::Fault>(simbox::ParseFault(GetParam().fault));
-    simbox::Programmer programmer({.baud = GetParam().baud, .faults = {fault}});
+    simbox::Programmer programmer(
+        {.baud = GetParam().baud, .faults = parseFaults(GetParam().fault)});
     std::string arrivals;
     for (const std::int64_t startUs : {0, 1'000'000, 2'000'000}) {
         programmer.Receive(startUs, frame("I"));
