@@ -25,6 +25,10 @@ sys.path.insert(0, str(here.parent.parent / "scripts"))
 from driver import Atspi, Failure, MENU_ITEM, Screen, wait  # noqa: E402  (found by the line above)
 
 QUORVEN, SIMBOX, PRELOADED_FAULTS, SCRATCH = (os.path.abspath(path) for path in sys.argv[1:5])
+# The folder by itself: a blank in LD_PRELOAD separates two libraries.
+PRELOADED = {"LD_PRELOAD": os.path.basename(PRELOADED_FAULTS),
+             "LD_LIBRARY_PATH": os.path.dirname(PRELOADED_FAULTS),
+             "ASAN_OPTIONS": "verify_asan_link_order=0"}
 AHEAD = 4  # cases between the steps of a case, since most of its time is waiting
 seed = random.Random(20261123)
 
@@ -178,8 +182,7 @@ class Case:
 class SignalInSave(Case):
     """A second signal while the first one's settings are being written."""
     def __init__(self):
-        super().__init__("signal in save", env={
-            "LD_PRELOAD": PRELOADED_FAULTS, "ASAN_OPTIONS": "verify_asan_link_order=0",
+        super().__init__("signal in save", env=PRELOADED | {
             "SIGNAL_IN_SAVE": str(signal.SIGQUIT.value)})
         self.status = -signal.SIGQUIT
 
@@ -190,9 +193,7 @@ class UnhandledException(Case):
         super().__init__(f"exception {number}", number=number or signal.SIGTERM)
         self.ok = not number
         self.status = 1 if self.ok else 0
-        self.start["env"] = {
-            "LD_PRELOAD": PRELOADED_FAULTS, "ASAN_OPTIONS": "verify_asan_link_order=0",
-            "THROW_WHEN": f"{self.folder}/throw"}
+        self.start["env"] = PRELOADED | {"THROW_WHEN": f"{self.folder}/throw"}
 
     def end(self):
         (self.folder / "throw").touch()

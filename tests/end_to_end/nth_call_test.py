@@ -125,8 +125,11 @@ def attempt(screen, call, at, exit_by):
     (folder / "counts").write_bytes(bytes(4 * len(CALLS)))
     box = screen.simbox(folder, "--no-pace", "--fill", "FF", path=SIMBOX)
     app = screen.start([QUORVEN], folder, "console.txt", Watched, {
-        "LD_PRELOAD": FAILING_CALLS, "ASAN_OPTIONS": "verify_asan_link_order=0",
-        "FAIL_CALL": call, "FAIL_AT": str(at), "CALL_COUNTS": str(folder / "counts")})
+        # The folder by itself: a blank in LD_PRELOAD separates two libraries.
+        "LD_PRELOAD": os.path.basename(FAILING_CALLS),
+        "LD_LIBRARY_PATH": os.path.dirname(FAILING_CALLS),
+        "ASAN_OPTIONS": "verify_asan_link_order=0", "FAIL_CALL": call, "FAIL_AT": str(at),
+        "CALL_COUNTS": str(folder / "counts")})
     app.screen = screen
     names = set(os.listdir(folder)) | {"console.txt", "trace.txt"}
     try:
@@ -136,6 +139,7 @@ def attempt(screen, call, at, exit_by):
         pass
     status, report = app.finish()
     counts = dict(zip(CALLS, array.array("i", (folder / "counts").read_bytes())))
+    expect("preloaded calls", any(counts.values()), app.output())
     expect("end", status == 0 or status == 1 and report, f"status {status}, {report}")
     if any(frame.startswith("set supplies") for frame in frames(box)):
         wait("power-down", lambda: frames(box)[-2:] == POWER_DOWN, 5)

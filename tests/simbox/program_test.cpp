@@ -83,7 +83,7 @@ TEST_P(Program, EndsWithItsStatus) {
     folder.write("chip", "A");
     folder.write("chip.lock", "");
     std::filesystem::create_symlink("nowhere", folder.file("com5"));
-    const std::string command = "timeout 20 " SIMBOX " --no-pace " + run.options + " 2>&1";
+    const std::string command = "timeout 20 '" SIMBOX "' --no-pace " + run.options + " 2>&1";
     FILE* pipe = popen(("cd " + folder.path() + " && " + command).c_str(), "r");
     std::string output;
     for (std::array<char, 200> text{}; fgets(text.data(), text.size(), pipe) != nullptr;) {
