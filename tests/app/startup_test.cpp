@@ -83,7 +83,7 @@ struct Damage {
     const char* cause;    // at the end
 };
 const Damage damages[] = {
-    {"Empty", cfg, "", ", line 1, item 1 (port number)", "finds the end of the file."},
+    {"Empty", cfg, "", ", line 1, item 1 (port number)", "the end of the file."},
     {"EmptyLine", cfg, "3\r\n\r\n1\na\nb\n", ", line 2, item 2 (device count)", "an empty line."},
     {"EmptyItem", dev, "a,b,c\n,4096,0,0", ", line 2, item 4 (row 1, family)", "an empty item."},
     {"LastItemEmpty", dev, "a,b,c,\n", ", line 1, item 4 (row 1, family)", "an empty item."},

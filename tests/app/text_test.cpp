@@ -14,15 +14,11 @@ TEST(HexText, FillsToFourDigitsAndNeverTruncates) {
 }
 
 TEST(HexText, TolerantReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumber) {
-    EXPECT_EQ(TolerantHex("aF"), 0xAF);
-    EXPECT_EQ(TolerantHex("12G4"), 0x12);
-    EXPECT_EQ(TolerantHex("0x1"), 0);
-    EXPECT_EQ(TolerantHex("-1"), 0);
-    EXPECT_EQ(TolerantHex(""), 0);
-    EXPECT_EQ(TolerantHex("12345"), 0x12345);
-    EXPECT_EQ(TolerantHex("7FFFFFFF"), 2147483647);
-    EXPECT_EQ(TolerantHex("80000000"), 2147483647);
-    EXPECT_EQ(TolerantHex("123456789ABCDEF0123456789"), 2147483647);
+    for (const auto& [text, number] :
+         {std::pair("aF", 0xAF), std::pair("12G4", 0x12), std::pair("0x1", 0), std::pair("-1", 0),
+          std::pair("", 0), std::pair("12345", 0x12345), std::pair("7FFFFFFF", 2147483647),
+          std::pair("80000000", 2147483647), std::pair("123456789ABCDEF0123456789", 2147483647)})
+        EXPECT_EQ(TolerantHex(text), number) << text;
 }
 
 TEST(HexText, StrictReadingTakesOneToFourDigits) {

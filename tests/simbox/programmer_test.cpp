@@ -11,49 +11,39 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-const std::map<std::string, const char*> frames = {
-    {"I", "00 00 00 01 49"},
-    {"V", "00 00 00 04 56 0C 00 32"},
-    {"V0", "00 00 00 04 56 00 00 00"},
-    {"S0", "00 00 00 02 53 00"},
-    {"S1", "00 00 00 06 53 01 A0 3F F8 C0"},
-    {"S3", "00 00 00 06 53 03 00 00 00 00"},
-    {"S4", "00 00 00 06 53 04 00 00 00 00"},
-    {"T2", "00 00 00 08 54 02 A0 3F FA C0 F8 C0"},
-    {"D256", "00 00 01 01 44"}, // the rest of the data is 21
-    {"D256with22", "00 00 01 01 44 22"},
-    {"D64", "00 00 00 41 44 FF"},
-    {"W256", "00 00 00 08 57 01 00 01 FF 08 04 01"},
-    {"W64", "00 00 00 08 57 01 40 01 7F 14 00 40"},
-    {"R", "00 00 00 06 52 01 00 01 FF 08"},
-    {"E", "00 00 00 02 45 00"},
-    {"E8", "00 00 00 02 45 08"},
-    {"L", "00 00 00 03 4C FF 00"},
+// Names and bytes of frames; the data of a "D" is filled up with 21.
+constexpr char frameTexts[] =
+    "I:00 00 00 01 49;V:00 00 00 04 56 0C 00 32;V0:00 00 00 04 56 00 00 00;S0:00 00 00 02 53 00;"
+    "S1:00 00 00 06 53 01 A0 3F F8 C0;S3:00 00 00 06 53 03 00 00 00 00;D256:00 00 01 01 44;"
+    "S4:00 00 00 06 53 04 00 00 00 00;T2:00 00 00 08 54 02 A0 3F FA C0 F8 C0;E:00 00 00 02 45 00;"
+    "D256with22:00 00 01 01 44 22;D64:00 00 00 41 44 FF;W256:00 00 00 08 57 01 00 01 FF 08 04 01;"
+    "W64:00 00 00 08 57 01 40 01 7F 14 00 40;R:00 00 00 06 52 01 00 01 FF 08;E8:00 00 00 02 45 08;"
+    "L:00 00 00 03 4C FF 00;"
     // Accepted at no time:
-    {"Incomplete", "00 00 00"},
-    {"UnknownCode", "00 00 00 01 58"},
-    {"NoCode", "00 00 00 00"},
-    {"LengthTooGreat", "00 01 00 01 49 49 49"},
-    {"SetUpOfClass5", "00 00 00 06 53 05 00 00 00 00"},
-    {"ReleaseOfClass1", "00 00 00 02 53 01"},
-    {"WritingSetUpOfClass3", "00 00 00 08 54 03 00 00 00 00 00 00"},
-    {"WrongLength", "00 00 01 00 44"},
-    {"WriteOfHalfABlock", "00 00 00 08 57 00 00 00 7F 07 00 00"},
-    {"WriteOverTheBlocksEnd", "00 00 00 08 57 00 E0 01 1F 14 00 40"},
-    {"WriteOfAnotherPageSize", "00 00 00 08 57 00 00 00 3F 14 00 20"},
-    {"ReadFromInsideABlock", "00 00 00 06 52 00 80 00 FF 08"},
-    {"ReadOverTwoBlocks", "00 00 00 06 52 00 00 01 FF 08"},
-};
+    "Incomplete:00 00 00;UnknownCode:00 00 00 01 58;NoCode:00 00 00 00;LongV:00 00 00 05 56 0 0 0 "
+    "0;"
+    "TooLong:00 01 00 01 49 49 49;S5:00 00 00 06 53 05 00 00 00 00;S0long:00 00 00 06 53 0 0 0 0 0;"
+    "ReleaseOf1:00 00 00 02 53 01;WrongLength:00 00 01 00 44;T3:00 00 00 08 54 03 0 0 0 0 0 0;"
+    "WriteOfHalfABlock:00 00 00 08 57 00 00 00 7F 07 00 00;LongI:00 00 00 02 49 0;"
+    "WriteOverTheBlocksEnd:00 00 00 08 57 00 E0 01 1F 14 00 40;ShortL:00 00 00 02 4C FF;"
+    "WriteOfAnotherPageSize:00 00 00 08 57 00 00 00 3F 14 00 20;LongE:00 00 00 03 45 00 00;"
+    "ReadFromInsideABlock:00 00 00 06 52 00 80 00 FF 08;ReadOverTwoBlocks:00 00 00 06 52 0 0 1 FF "
+    "8;";
 
-Bytes frame(const std::string& name) {
-    Bytes bytes;
-    std::istringstream words(frames.at(name));
-    for (unsigned byte = 0; words >> std::hex >> byte;)
-        bytes.push_back(static_cast<std::uint8_t>(byte));
-    if (bytes.size() > 4 && bytes[4] == 'D')
-        bytes.resize(4U + bytes[2] * 256U + bytes[3], 0x21);
-    return bytes;
-}
+const std::map<std::string, Bytes> frames = [] {
+    std::map<std::string, Bytes> all;
+    std::istringstream texts(frameTexts);
+    for (std::string name, text;
+         std::getline(texts, name, ':') && std::getline(texts, text, ';');) {
+        std::istringstream words(text);
+        Bytes& bytes = all[name];
+        for (unsigned byte = 0; words >> std::hex >> byte;)
+            bytes.push_back(static_cast<std::uint8_t>(byte));
+        if (bytes.size() > 4 && bytes[4] == 'D')
+            bytes.resize(4U + bytes[2] * 256U + bytes[3], 0x21);
+    }
+    return all;
+}();
 
 // Unthrottled, with a chip of A5.
 struct Line {
@@ -62,7 +52,7 @@ struct Line {
         Bytes reply;
         for (const std::string& name : names) {
             nowUs += 1'000'000;
-            programmer.Receive(nowUs, frame(name));
+            programmer.Receive(nowUs, frames.at(name));
             reply = programmer.Take(nowUs);
         }
         return hexText(reply);
@@ -148,7 +138,7 @@ TEST_P(Timings, AreExact) {
         {.baud = GetParam().baud, .faults = parseFaults(GetParam().fault)});
     std::string arrivals;
     for (const std::int64_t startUs : {0, 1'000'000, 2'000'000}) {
-        programmer.Receive(startUs, frame("I"));
+        programmer.Receive(startUs, frames.at("I"));
         const std::int64_t endUs = startUs < 2'000'000 ? startUs + 1'000'000 : INT64_MAX;
         while (programmer.nextEventUs().value_or(INT64_MAX) < endUs) {
             const std::int64_t nowUs = *programmer.nextEventUs();
@@ -189,14 +179,6 @@ TEST(Chip, OfPagesIsOverwritten) {
     Line line;
     EXPECT_EQ(line.after({"S3", "D64", "W64"}), "4E");
     EXPECT_EQ(line.after({"R"}).substr(67 * 3, 8), "A5 FF 21");
-}
-
-TEST(Wire, HasCommandsOfTheseLengths) {
-    std::string lengths;
-    for (const char code : std::string("IVSTWREL"))
-        for (std::size_t length = 0; length < 300; ++length)
-            lengths += simbox::LengthFits(code, length) ? code + std::to_string(length) + " " : "";
-    EXPECT_EQ(lengths, "I1 V4 S2 S6 T8 W8 R6 E2 L3 ");
 }
 
 // Frames of any content, truncated anywhere: nothing may crash, and a loop that goes from event to
