@@ -129,7 +129,7 @@ private:
         if (vm.programmer().cablePulled())
             prepare(modFunc::selectedDevice().Family, "");
         bool later = false;
-        vm.at(static_cast<std::int64_t>(vm.nowMs()) + 6000, [&later] { later = true; });
+        vm.at(static_cast<std::int64_t>(vm.nowMs()) + 21000, [&later] { later = true; });
         while (!later)
             platform::machine().events.Yield();
         window = {};

@@ -251,7 +251,7 @@ TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
     };
     help();
     QTest::keyClick(mdi.get(), Qt::Key_F1);
-    EXPECT_NE(shown.find("Finding the box"), std::string::npos);
+    EXPECT_NE(shown.find("Finding the programmer"), std::string::npos);
     folder.write("quorven help.rtf", "no rich text");
     help();
     trigger("HelpContents");
