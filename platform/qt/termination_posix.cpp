@@ -24,6 +24,7 @@ std::atomic<int> guardedDescriptor = -1;
 std::string guardedLockFile; // changes while no descriptor is guarded
 std::atomic<const char*> crashFrames = nullptr;
 std::atomic<int> crashFrameBytes = 0;
+std::atomic<pid_t> handledProcess = 0; // since HandleSignals()
 
 // Called by signal handlers too.
 void cleanUp() {
@@ -85,6 +86,14 @@ void giveCrashesAStack() {
 
 } // namespace
 
+// In place of the C library's, for the libraries as well: when the compositor is gone, Qt's Wayland
+// plugin ends the process by this, and no exit handler is called. Child processes clean up nothing.
+extern "C" void _exit(int status) { // NOLINT(bugprone-reserved-identifier)
+    if (getpid() == handledProcess)
+        cleanUp();
+    std::_Exit(status);
+}
+
 void OpenStandardDescriptors() {
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
@@ -94,7 +103,8 @@ void OpenStandardDescriptors() {
 
 void HandleSignals(std::function<void()> save) {
     giveCrashesAStack();
-    std::atexit(cleanUp); // a lost display ends the process by exit()
+    handledProcess = getpid();
+    std::atexit(cleanUp); // a lost X server ends the process by exit()
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         switch (signal) {
         case SIGCHLD: // ignored or without effect by default

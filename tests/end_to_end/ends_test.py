@@ -206,6 +206,17 @@ class UnhandledException(Case):
             super().end()
 
 
+class ImmediateExit(Case):
+    """A library ends the process past the exit handlers, as Qt does when the compositor is gone."""
+    def __init__(self):
+        super().__init__("immediate exit")
+        self.status = 3
+        self.start["env"] = PRELOADED | {"THROW_WHEN": f"{self.folder}/throw", "EXIT_STATUS": "3"}
+
+    def end(self):
+        (self.folder / "throw").touch()
+
+
 class NoDisplay(Case):
     def __init__(self):
         super().__init__("no display")
@@ -278,7 +289,7 @@ def cases():
             yield Case(f"{function} {delay:.3f} s signal {int(number)}", number=number,
                        function=function, delay=delay)
     yield from (SignalInSave(), UnhandledException(0), UnhandledException(signal.SIGTERM),
-                NoDisplay(), Ignored(), StrangeStart())
+                ImmediateExit(), NoDisplay(), Ignored(), StrangeStart())
 
 
 def main():
