@@ -122,7 +122,7 @@ std::int16_t DelimitedReader::NextInt16(std::string_view meaning, std::int16_t m
     return static_cast<std::int16_t>(NextNumber(meaning, min, max));
 }
 
-void DelimitedReader::Refuse(std::string_view meaning, const std::string& expected,
+void DelimitedReader::Reject(std::string_view meaning, const std::string& expected,
                              std::string_view item) const {
     fail(meaning, expected, shown(item));
 }

@@ -34,7 +34,7 @@ public:
 
     // Throws platform::FileError for the item read last, which it shows as far as a message has
     // room for it.
-    [[noreturn]] void Refuse(std::string_view meaning, const std::string& expected,
+    [[noreturn]] void Reject(std::string_view meaning, const std::string& expected,
                              std::string_view item) const;
 
 private:

@@ -26,7 +26,7 @@ DelimitedReader openDataFile(const char* name) {
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)
-        reader.Refuse(meaning, "a text of at most " + std::to_string(maxTextBytes) + " bytes",
+        reader.Reject(meaning, "a text of at most " + std::to_string(maxTextBytes) + " bytes",
                       text);
     return std::string(text);
 }
@@ -35,7 +35,7 @@ std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
 std::string settingsText(DelimitedReader& reader, const char* meaning) {
     std::string text = boundedText(reader, meaning);
     if (text.find('"') != std::string::npos)
-        reader.Refuse(meaning, "a text without double quotes inside", text);
+        reader.Reject(meaning, "a text without double quotes inside", text);
     return text;
 }
 

@@ -29,7 +29,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // For reading and writing, not truncated; created when it does not exist.
 File openForBoth() {
-    platform::RefuseSpecialFile(machine().cdia.FileName);
+    platform::RejectSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();
     std::FILE* file = std::fopen(name, "r+b");
     if (!file && errno == ENOENT)

@@ -110,7 +110,7 @@ const std::string& writtenRecord(std::int32_t address) {
     return line += "\r\n";
 }
 
-void refuse(const char* text) {
+void reject(const char* text) {
     machine().msgBox.Show("File Load Error", text, platform::MessageBox::Icon::Critical);
 }
 
@@ -142,10 +142,10 @@ void OpenHexFile() {
     const std::string& fileName = machine().cdia.FileName;
     switch (ReadHexText(fileName, platform::ReadWholeFile(fileName))) {
     case HexResult::WrongCheckSum:
-        refuse("Checksum Error in hex file!");
+        reject("Checksum Error in hex file!");
         return;
     case HexResult::NoEndRecord:
-        refuse("No end record in hex file!");
+        reject("No end record in hex file!");
         return;
     case HexResult::Complete:
         break;

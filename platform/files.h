@@ -12,7 +12,7 @@ inline constexpr std::size_t largestTextFile = 16u * 1024 * 1024;
 
 // Throws FileError for a path that exists and is not an ordinary file: a device or a pipe would
 // keep the program waiting.
-void RefuseSpecialFile(const std::string& path);
+void RejectSpecialFile(const std::string& path);
 
 // The contents of a file, byte for byte. Throws FileError when it cannot be opened or read, or is
 // larger than largestTextFile.

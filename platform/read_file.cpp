@@ -10,7 +10,7 @@
 
 namespace platform {
 
-void RefuseSpecialFile(const std::string& path) {
+void RejectSpecialFile(const std::string& path) {
     std::error_code none;
     const auto status = std::filesystem::status(path, none);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
@@ -18,7 +18,7 @@ void RefuseSpecialFile(const std::string& path) {
 }
 
 std::string ReadWholeFile(const std::string& path) {
-    RefuseSpecialFile(path);
+    RejectSpecialFile(path);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                                &std::fclose);
     if (!file)

@@ -159,7 +159,7 @@ void syncDirectory(const std::filesystem::path& directory) {
 
 void ReplaceFile(const std::string& path, std::string_view contents) {
     const std::filesystem::path target = linkedTarget(path);
-    RefuseSpecialFile(path);
+    RejectSpecialFile(path);
     const FileRights rights = rightsFor(target.string());
     Replacement file(target);
     file.takeOver(rights);

@@ -30,7 +30,7 @@ private:
         QString name = {};
         bool serif = false;
         bool fixed = false;
-        bool symbols = false; // it has symbols in the place of letters
+        bool symbols = false; // a symbol font
     };
 
     struct Paragraph {

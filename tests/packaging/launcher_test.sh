@@ -122,12 +122,12 @@ printf '%s\n' "\$@" >"$scratch/window"
 END
 touch "$home/.local"
 launch HOME="$home" DISPLAY=:0
-expect_refused "The folder $folder cannot be made ready."
+expect_refused "The folder $folder cannot be prepared."
 grep -q 'Not a directory' "$scratch/err" || fail "the cause is not reported"
 grep -qF -- "--text=$(sed 's/^quorven: //' "$scratch/err" | head -n 1)" "$scratch/window" ||
     fail "the window says something else"
 launch HOME="$home"
-expect_refused "cannot be made ready"
+expect_refused "cannot be prepared"
 [[ ! -e $scratch/window ]] || fail "a window without a screen"
 
 start_again "A disk that fills up leaves no half file, and the next start goes on"
