@@ -11,20 +11,20 @@
 # all screens of a driver. What was started on a screen is stopped with it, last first; "with" on
 # one of these stops it earlier. A driver that is killed takes all of them with it.
 #
-# Several programs may run on one screen: each verb acts on the windows of its own program, found by
-# process group, and brings it to the front first. So a wrapper such as strace may fork.
+# Each verb acts on the windows of its own program, found by process group, so a wrapper may fork.
 # Every verb waits until it can act and raises Failure at its limit (seconds), or as soon as the
 # program has ended. Controls are found by their accessible name, as a screen reader says it, and
 # their role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITEM, FRAME or any other Atspi.Role.
 #
 #   screen.env                       the environment of its programs; program(env=...) adds to it
-#   screen.program(path, folder, env={}, preexec=None, wrapper=[])
+#   screen.program(path, folder, env={}, wrapper=[])
 #   screen.simbox(folder, *options, path="build/simbox", wrapper=[])
-#   screen.start(command, folder, log, env={}, preexec=None)    any other process, its output in log
+#   screen.start(command, folder, log, env={})    any other process, its output in log
 #   screen.server                    the X server's process
-#   screen.picture(path)             of the screen; frame=True: the window in front with its frame
+#   screen.picture(path)             of the window in front with its frame
 #   process.pid, .running(), .output(), .stop(signal=SIGTERM) -> status, .status(seconds=20) waits
 #   box.trace()                      the text of the trace file so far
+#   box.frames()                     of it, what each frame received so far means
 #   app.window(title)                waits until that window is in front; app.front() is it now
 #   app.find(name, *roles, title=None)   what is shown, in that window or any, or None; .item waits
 #   app.rows(list)                   the texts of all its rows
@@ -38,8 +38,10 @@
 import atexit
 import contextlib
 import ctypes
+import functools
 import os
 import pathlib
+import re
 import signal
 import subprocess
 import sys
@@ -84,13 +86,18 @@ def has(item, state):
     return item.get_state_set().contains(state)
 
 
+def children(item):
+    items = (item.get_child_at_index(index) for index in range(item.get_child_count()))
+    return [item for item in items if item]
+
+
+# The item and everything below it that is shown, in the order of the tree.
 def shown(item):
-    """The item and everything below it that is shown, in the order of the tree."""
-    if item and has(item, State.SHOWING):
+    if has(item, State.SHOWING):
         yield item
         if item.get_role() not in (Role.TABLE, Role.TREE):  # the file dialog's files: many, no use
-            for index in range(item.get_child_count()):
-                yield from shown(item.get_child_at_index(index))
+            for child in children(item):
+                yield from shown(child)
 
 
 def text_of(item):
@@ -99,17 +106,13 @@ def text_of(item):
 
 
 class Process(contextlib.AbstractContextManager):
-    def __init__(self, command, folder, log, env, preexec=None, **more):
-        def before():
-            libc.prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
-            if preexec:
-                preexec()
-
+    def __init__(self, command, folder, log, env, **more):
         self.log = pathlib.Path(folder, log)
         with open(self.log, "wb") as output:
-            self.process = subprocess.Popen(command, cwd=folder, env=env, stdin=subprocess.DEVNULL,
-                                            stdout=output, stderr=output, preexec_fn=before,
-                                            process_group=0, **more)
+            self.process = subprocess.Popen(
+                command, cwd=folder, env=env, stdin=subprocess.DEVNULL, stdout=output,
+                stderr=output, process_group=0,
+                preexec_fn=lambda: libc.prctl(1, signal.SIGTERM), **more)  # 1: PR_SET_PDEATHSIG
         self.pid = self.process.pid
 
     def __exit__(self, *_):
@@ -121,28 +124,29 @@ class Process(contextlib.AbstractContextManager):
     def output(self):
         return self.log.read_text("utf-8", "replace")
 
+    # Waits for the end and returns the exit status; -N after signal N.
     def status(self, seconds=20):
-        """Waits for the end and returns the exit status; -N after signal N."""
         wait(f"the end of {self.process.args}", lambda: not self.running(), seconds)
         return self.process.returncode
 
     def stop(self, number=signal.SIGTERM):
-        if self.running():
-            self.process.send_signal(number)
-        try:
+        self.process.send_signal(number)  # unless it has ended
+        with contextlib.suppress(subprocess.TimeoutExpired):
             return self.process.wait(10)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            return self.process.wait()
+        self.process.kill()
+        return self.process.wait()
 
 
 class Simbox(Process):
     def trace(self):
         return self.log.with_name("trace.txt").read_text()
 
+    def frames(self):
+        return re.findall(" > .*  (.*)", self.trace())
+
 
 class Program(Process):
-    screen = None
+    ask = None  # of its screen
 
     def wait(self, what, condition, seconds=20):
         try:
@@ -151,16 +155,9 @@ class Program(Process):
             texts = [text_of(item) for item in self.shown()]
             raise Failure(f"{failure}\nshown: {texts}\nprinted: {self.output()}") from None
 
-    def owns(self, pid):
-        return os.getpgid(pid) == self.pid
-
     def windows(self):
-        desktop = Atspi.get_desktop(0)
-        programs = [desktop.get_child_at_index(i) for i in range(desktop.get_child_count())]
-        windows = [program.get_child_at_index(i) for program in programs
-                   if program and self.owns(program.get_process_id())
-                   for i in range(program.get_child_count())]
-        return [window for window in windows if window]
+        return [window for program in children(Atspi.get_desktop(0))
+                if os.getpgid(program.get_process_id()) == self.pid for window in children(program)]
 
     def shown(self, *roles, title=None):
         return (item for window in self.windows() if title in (None, window.get_name())
@@ -180,44 +177,33 @@ class Program(Process):
         self.item(text, LABEL, seconds=seconds)
 
     def front(self):
-        """Its active window; None as long as another program's is in its way."""
-        ask = self.screen.ask
-        if self.owns(int(ask("getactivewindow", "getwindowpid") or 0)):
-            return next((window for window in self.windows() if has(window, State.ACTIVE)), None)
-        for number in ask("search", "--onlyvisible", "--name", "").split():
-            if self.owns(int(ask("getwindowpid", number) or 0)):
-                ask("windowactivate", number)
-                break
-        return None
+        return next((window for window in self.windows() if has(window, State.ACTIVE)), None)
 
     def window(self, title, seconds=20):
-        def is_front():
-            window = self.front()
-            return window if window and window.get_name() == title else None
-        return self.wait(f"the window {title!r}", is_front, seconds)
+        return self.wait(f"the window {title!r}", lambda: (window := self.front())
+                         and window.get_name() == title and window, seconds)
 
-    def keys(self, *keys):
+    def keys(self, *keys, verb="key"):
         self.wait("a window in front", self.front)
-        self.screen.ask("key", "--delay", "20", *keys)
+        self.ask(verb, "--delay", "20", *keys)
 
     def type(self, text):
-        self.wait("a window in front", self.front)
-        self.screen.ask("type", "--delay", "20", text)
+        self.keys(text, verb="type")
 
+    # Acts until it has an effect: a window that takes no input for the moment loses a key.
     def insist(self, what, act, condition):
-        """Acts until it has an effect: a window that takes no input for the moment loses a key."""
         def acted():
             act()
             with contextlib.suppress(Failure):
                 return wait(what, condition, 1)
         return self.wait(what, acted)
 
+    # A button of the window in front: never one that is grey or blocked by a dialog.
     def press(self, name):
-        """A button of the window in front: never one that is grey or blocked by a dialog."""
         def enabled():
             window = self.front()
             button = window and self.find(name, BUTTON, title=window.get_name())
-            return button if button and has(button, State.ENABLED) else None
+            return button and has(button, State.ENABLED) and button
         button = self.wait(f"the button {name!r}", enabled)
         button.do_action(0)
         with contextlib.suppress(GLib.Error):  # its window is closed
@@ -225,32 +211,32 @@ class Program(Process):
                 time.sleep(0.02)
 
     def focus(self, name, role):
+        item = self.item(name, role)
+
         def focused():
             item.grab_focus()
             return self.front() and has(item, State.FOCUSED)
-        item = self.item(name, role)
         self.wait(f"the focus on {name!r}", focused)
         return item
 
+    # The texts of a list's rows, shown or not.
     def rows(self, name):
-        """The texts of a list's rows, shown or not."""
-        rows = self.item(name, LIST)
-        return [rows.get_child_at_index(i).get_name() for i in range(rows.get_child_count())]
+        return [row.get_name() for row in children(self.item(name, LIST))]
 
+    # A row of a list by its text, with the arrow keys.
     def select(self, name, row):
-        """A row of a list by its text, with the arrow keys."""
         self.focus(name, LIST)
         self.keys("Home", *["Down"] * self.rows(name).index(row))
         self.wait(f"the row {row!r}", lambda: has(self.find(row, ROW), State.SELECTED))
 
+    # A text box, by the keyboard.
     def fill(self, name, text):
-        """A text box, by the keyboard."""
         item = self.focus(name, TEXT)
         self.insist(f"{text!r} in {name!r}", lambda: self.keys("ctrl+a") or self.type(text),
                     lambda: text_of(item) == text)
 
+    # Opens it by its access key and goes down to the entry.
     def menu(self, name, entry):
-        """Opens it by its access key and goes down to the entry."""
         item = self.insist(f"the menu {name!r}", lambda: self.keys("alt+" + name[0].lower()),
                            lambda: self.find(entry, MENU_ITEM))
         self.wait(f"{entry!r} to be chosen", lambda: has(item, State.FOCUSED) or self.keys("Down"))
@@ -262,48 +248,44 @@ class Program(Process):
         self.press(button)
 
 
-class Bus(contextlib.ExitStack):
-    """The client library keeps to the first bus it meets, so there is one, without a display."""
-
-    def __init__(self):
-        super().__init__()
-        atexit.register(self.close)
-        signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # by way of everybody's __exit__
-        # Sockets are in it: its name has to be short.
-        self.folder = self.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
-        address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/bus"
-        self.env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
-        self.env |= {"PATH": os.environ["PATH"], "HOME": self.folder, "LC_ALL": "C.UTF-8",
-                     "XDG_RUNTIME_DIR": self.folder, "DBUS_SESSION_BUS_ADDRESS": address}
-        self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address)
-        wait("the message bus", pathlib.Path(self.folder, "bus").is_socket)
-        self.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
-        registry = self.start("/usr/libexec/at-spi2-registryd")
-        wait("the accessibility bus", lambda: "is running" in registry.output(), process=registry)
-        Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
-
-    def start(self, *command):
-        log = os.path.basename(command[0]) + ".txt"
-        return self.enter_context(Process(command, self.folder, log, self.env))
+# The environment of all programs, with their accessibility bus: one for all screens, since the client
+# library keeps to the first that it meets.
+@functools.cache
+def bus():
+    stack = contextlib.ExitStack()
+    atexit.register(stack.close)
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # by way of everybody's __exit__
+    # Sockets are in it: its name has to be short.
+    folder = stack.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
+    address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={folder}/bus"
+    env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
+    env |= {"PATH": os.environ["PATH"], "HOME": folder, "LC_ALL": "C.UTF-8",
+            "XDG_RUNTIME_DIR": folder, "DBUS_SESSION_BUS_ADDRESS": address,
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb",
+            # Qt 6.8 prints a line when asked for a control that has just gone.
+            "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
+    # It starts the accessibility bus when that is first asked for.
+    daemon = Process(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address],
+                     folder, "bus.txt", env)
+    stack.enter_context(daemon)
+    wait("the message bus", pathlib.Path(folder, "bus").is_socket, process=daemon)
+    Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
+    return env
 
 
 class Screen(contextlib.ExitStack):
-    bus = None
-
     def __init__(self, size="1024x768"):
         super().__init__()
-        bus = Screen.bus = Screen.bus or Bus()
-        self.env = bus.env | {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb",
-                              # Qt 6.8 prints a line when asked for a control that has just gone.
-                              "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
+        self.env = bus().copy()
+        home = self.env["HOME"]
         reading, writing = os.pipe()
         self.server = self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24",
-                                  "-nolisten", "tcp", "-noreset"], bus.folder, "xvfb.txt", pass_fds=[writing])
+                                  "-nolisten", "tcp", "-noreset"], home, "xvfb.txt", pass_fds=[writing])
         os.close(writing)
         with open(reading) as number:
             self.env["DISPLAY"] = ":" + number.readline().strip()
-        self.start(["openbox"], bus.folder, "openbox.txt")
-        wait("the window manager", lambda: self.ask("get_num_desktops") > "0")
+        self.start(["openbox"], home, "openbox.txt")
+        wait("the window manager", lambda: self.ask("get_num_desktops") > b"0")
 
     def start(self, command, folder, log, kind=Process, env=None, **more):
         return self.enter_context(kind(command, folder, log, self.env | (env or {}), **more))
@@ -315,30 +297,23 @@ class Screen(contextlib.ExitStack):
         wait("simbox", lambda: "simbox ready" in box.output(), process=box)
         return box
 
-    def program(self, path, folder, env=None, preexec=None, wrapper=()):
-        app = self.start([*wrapper, os.path.abspath(path)], folder, "console.txt", Program, env,
-                         preexec=preexec)
-        app.screen = self
+    def program(self, path, folder, env=None, wrapper=()):
+        app = self.start([*wrapper, os.path.abspath(path)], folder, "console.txt", Program, env)
+        app.ask = self.ask
         return app
 
-    def ask(self, *words):
-        """xdotool with these words: what it printed, nothing where it failed."""
-        return subprocess.run(["xdotool", *words], env=self.env, text=True, check=False,
-                              capture_output=True, timeout=20).stdout.strip()
+    # What the tool printed; it fails where there is no window in front.
+    def ask(self, *words, tool="xdotool"):
+        return subprocess.run([tool, *words], env=self.env, check=False, capture_output=True,
+                              timeout=20).stdout
 
-    def picture(self, path, frame=False, still=True):
-        """Waits, where still is set, until two shots some time apart are equal."""
-        def shoot():
-            window = ["-frame", "-window", self.ask("getactivewindow")] if frame else \
-                ["-window", "root"]
-            return window[-1] and subprocess.run(
-                ["import", "-silent", *window, "ppm:-"], env=self.env, check=True, timeout=20,
-                capture_output=True).stdout
+    # Waits, where still is set, until two shots are equal.
+    def picture(self, path, still=True):
+        shots = [b""]
 
         def shot():
-            first = shoot()
-            if still:
-                time.sleep(0.3)
-            return first if not still or first == shoot() else None
-        subprocess.run(["convert", "-", "+dither", "-colors", "128", "-strip", f"png8:{path}"],
-                       input=wait("a picture that stays", shot), check=True)
+            shots.append(self.ask("-silent", "-frame", "-window", self.ask("getactivewindow").strip(),
+                                  "+dither", "-colors", "128", "-strip", "png8:-", tool="import"))
+            return shots[-1] and (not still or shots[-1] == shots[-2])
+        wait("a picture that stays", shot)
+        pathlib.Path(path).write_bytes(shots[-1])

@@ -1,0 +1,131 @@
+#!/usr/bin/env bash
+# What is installed: the files, and the launcher with a stand-in for the program that prints how it
+# was started.
+#
+#   installation_test.sh BUILD SCRATCH [CASE...]
+set -Eeuo pipefail
+
+rm -rf "$2"
+mkdir -p "$2"
+scratch=$(realpath "$2")
+tree=$scratch/usr
+share=$tree/share
+elsewhere=$scratch/elsewhere # a current directory without data files
+home="$scratch/Zoë Müller"   # blanks and letters beyond ASCII, as people's names have them
+folder=$home/.local/share/quorven
+
+stub() { printf '#!/bin/sh\n%s\n' "$2" >"$scratch/stubs/$1" && chmod +x "$scratch/stubs/$1"; }
+
+# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: from $elsewhere, nothing else in the environment. What
+# is expected of the last two are patterns.
+launch() {
+    local status=0 out
+    out=$(cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "${@:4}" "$scratch/launcher" -style \
+        "two words" 2>"$scratch/err") || status=$?
+    [[ $status == "$1" && $out == "$2" && $(<"$scratch/err") == $3 ]] ||
+        { echo "status $status; output: $out; errors: $(<"$scratch/err")" >&2 && return 1; }
+}
+
+# In this folder, silently; arguments and exit status come through.
+starts() { launch 7 "$1"$'\n-style\ntwo words' "" "${@:2}"; }
+
+# For a cause whose text has these words.
+rejects() { launch 1 "" "*$1*" "${@:2}"; }
+
+files() {
+    diff - <(cd "$tree" && find . -type f | LC_ALL=C sort) < <(printf './%s\n' \
+        bin/{quorven,simbox} libexec/quorven/quorven share/applications/quorven.desktop \
+        share/doc/quorven/{changelog.gz,copyright,examples/70-usb-programmer.rules} \
+        share/icons/hicolor/{{16x16,256x256,32x32,48x48}/apps/quorven.png,scalable/apps/quorven.svg} \
+        share/lintian/overrides/quorven share/man/man1/{quorven,simbox}.1.gz \
+        share/metainfo/example.norvane.quorven.metainfo.xml \
+        share/quorven/{auto.cfg,'quorven help.rtf',quorven.cfg,quorven.dev,sample.hex})
+    desktop-file-validate "$share/applications/quorven.desktop"
+    grep -qx Exec=quorven "$share/applications/quorven.desktop"
+    appstreamcli validate-tree --no-net --no-color "$scratch"
+    shellcheck "$tree/bin/quorven"
+}
+
+# The words that a user types are before their explanations in both, on lines of their own in the
+# help, and indented by 7 in the page.
+man_pages() {
+    for name in quorven simbox; do
+        gunzip <"$share/man/man1/$name.1.gz" >"$scratch/$name.1"
+        mandoc -T lint -W warning "$scratch/$name.1"
+    done
+    diff <("$tree/bin/simbox" --help | sed -nE 's/^  ([-a-z]+[^ ]*( [A-Z]+)?)  .*/\1/p') \
+        <(mandoc -T ascii "$scratch/simbox.1" | col -bx | sed -n '/^OPTIONS/,/^EXIT/s/^ \{7\}//p' |
+            grep -oE '^(--[-a-z]+( [A-Z]+\b)?|[-a-z]+[@:][^ ]*)')
+}
+
+first_start() {
+    starts "$folder" HOME="$home"
+    diff -r "$share/quorven" "$folder"
+    [[ $(stat -c %a "$folder" "$folder/quorven.cfg") == $'700\n644' ]]
+}
+
+# Nothing that is there is touched, and what is missing is put back. A folder that lacks nothing may
+# be one that cannot be written to.
+later_start() {
+    starts "$folder" HOME="$home"
+    echo mine >"$folder/quorven.cfg"
+    ln -sf nowhere "$folder/auto.cfg"
+    rm "$folder/quorven.dev"
+    before=$(stat -c '%N %i %y' "$folder"/*.cfg)
+    starts "$folder" HOME="$home"
+    [[ $(stat -c '%N %i %y' "$folder"/*.cfg) == "$before" && $(<"$folder/quorven.cfg") == mine ]]
+    cmp "$folder/quorven.dev" "$share/quorven/quorven.dev"
+    [[ $(find "$folder" | wc -l) == 6 ]]
+    stub mktemp 'exit 1'
+    starts "$folder" HOME="$home"
+}
+
+folder_with_settings() {
+    touch "$elsewhere/quorven.cfg"
+    starts "$elsewhere" HOME="$home"
+    [[ -z $(ls -A "$home") && $(ls -A "$elsewhere") == quorven.cfg ]]
+}
+
+other_folders() {
+    starts "$elsewhere/my data/quorven" HOME="$home" XDG_DATA_HOME="$elsewhere/my data"
+    starts "$folder" HOME="$home" XDG_DATA_HOME=relative
+    stub getent "echo 'zoe:x:1:1:Zoë,,,:$home:/bin/sh'"
+    starts "$folder"
+    stub getent 'exit 2'
+    rejects "HOME is not set"
+}
+
+# A cause is shown in a window as well where there is a screen.
+no_folder() {
+    stub zenity "printf '%s\n' \"\$@\" >'$scratch/window'"
+    touch "$home/.local"
+    rejects "The folder $folder cannot be prepared." HOME="$home"
+    [[ ! -e $scratch/window ]]
+    rejects "Not a directory" HOME="$home" DISPLAY=:0
+    grep -qxF -- "--text=The folder $folder cannot be prepared." "$scratch/window"
+}
+
+# No half file is left, and the next start goes on.
+full_disk() {
+    stub cp 'case $2 in *auto.cfg) exec /bin/cp "$@" ;; esac
+        head -c 10 "$2" >"$3"; echo "disk full" >&2; exit 1'
+    rejects "disk full" HOME="$home"
+    [[ $(ls -A "$folder") == auto.cfg ]]
+    rm "$scratch/stubs/cp"
+    first_start
+}
+
+cmake --install "$1" --prefix "$tree" >"$scratch/install.log"
+umask 022
+ln -s usr/bin/quorven "$scratch/launcher"
+cases=(files man_pages first_start later_start folder_with_settings other_folders no_folder full_disk)
+[[ $# == 2 ]] || cases=("${@:3}")
+failed=0
+for name in "${cases[@]}"; do
+    rm -rf "$scratch/stubs" "$elsewhere" "$home"
+    mkdir -p "$scratch/stubs" "$elsewhere" "$home"
+    stub ../usr/libexec/quorven/quorven 'printf "%s\n" "$PWD" "$@"; exit 7'
+    (trap 'echo "FAILED: $name, line $LINENO" >&2' ERR && "$name") & # a process that errors end
+    wait $! || failed=1
+done
+exit "$failed"
