@@ -69,13 +69,16 @@ check_package() {
     fi
 }
 
-# Lines with code on them: not blank, not a comment alone.
-code_lines() { sources "$@" | xargs -r -d '\n' cat | grep -cvE '^[[:space:]]*(//.*)?$' || true; }
+# Lines of the named files that are neither blank nor a comment alone, which begins with $1.
+count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
+# Everything that only tests is counted, but for images and corpora.
 show_test_share() {
     local code tests
-    code=$(code_lines "${code_folders[@]}")
-    tests=$(code_lines tests)
+    code=$(sources "${code_folders[@]}" | count_lines //)
+    tests=$(sources tests fuzz | count_lines //)
+    tests=$((tests + $(find tests fuzz -type f ! -path '*/corpus/*' |
+        grep -vE '\.(cpp|h|png|bin|hex|svg|pyc)$' | count_lines '#')))
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 
