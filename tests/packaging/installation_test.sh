@@ -49,9 +49,9 @@ files() {
 # The words that a user types are before their explanations in both, on lines of their own in the
 # help, and indented by 7 in the page.
 man_pages() {
-    for name in quorven simbox; do
-        gunzip <"$share/man/man1/$name.1.gz" >"$scratch/$name.1"
-        mandoc -T lint -W warning "$scratch/$name.1"
+    for page in quorven simbox; do
+        gunzip <"$share/man/man1/$page.1.gz" >"$scratch/$page.1"
+        mandoc -T lint -W warning "$scratch/$page.1"
     done
     diff <("$tree/bin/simbox" --help | sed -nE 's/^  ([-a-z]+[^ ]*( [A-Z]+)?)  .*/\1/p') \
         <(mandoc -T ascii "$scratch/simbox.1" | col -bx | sed -n '/^OPTIONS/,/^EXIT/s/^ \{7\}//p' |
@@ -115,10 +115,17 @@ full_disk() {
     first_start
 }
 
+two_first_starts() {
+    stub cp '/bin/cp "$@"; echo theirs >"$(dirname "$(dirname "$3")")/$(basename "$3")"'
+    starts "$folder" HOME="$home"
+    [[ $(sort -u "$folder"/*) == theirs ]]
+}
+
 cmake --install "$1" --prefix "$tree" >"$scratch/install.log"
 umask 022
 ln -s usr/bin/quorven "$scratch/launcher"
-cases=(files man_pages first_start later_start folder_with_settings other_folders no_folder full_disk)
+cases=(files man_pages first_start later_start folder_with_settings other_folders no_folder full_disk
+    two_first_starts)
 [[ $# == 2 ]] || cases=("${@:3}")
 failed=0
 for name in "${cases[@]}"; do
