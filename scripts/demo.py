@@ -83,15 +83,15 @@ class Job:
         same(f"{kind} chosen", has(self.app.item(kind, RADIO), State.CHECKED), True)
         self.app.press("OK")
 
-    # The first page, the checksum of the device's range, the cursor's address.
-    def shows(self, image, address="0000"):
+    # On the first page, and with the checksum of the chip's range.
+    def shows(self, image):
         def shown():
             rows = re.findall("^00[0-9A-F]0=(.{48})", "\n".join(self.app.texts(TEXT)), re.M)
             labels = self.app.texts(title=MAIN)
-            return (bytes.fromhex("".join(rows)) == image[:256] and
-                    [labels[labels.index(name) + 1] for name in ("CheckSum:", "Address:")] == ends)
-        ends = [f"{sum(image[:CHIP_BYTES]) % 65536:04X}", address]
-        self.app.wait(f"the image with the checksum and the address {ends}", shown)
+            return (bytes.fromhex("".join(rows)) == image[:256]
+                    and labels[labels.index("CheckSum:") + 1] == checksum)
+        checksum = f"{sum(image[:CHIP_BYTES]) % 65536:04X}"
+        self.app.wait(f"the image with the checksum {checksum}", shown)
 
     def clear(self):
         self.app.menu("Buffer", "Clear")
@@ -147,7 +147,7 @@ def play(screen, quorven, simbox, folder, env=None, take=lambda name: None, samp
     job.file("Load", "Open", "missing.hex", "Intel Hex")  # no message, no effect
     job.load(sample, "Intel Hex", image)
     app.keys("Right", "Right", "Down")
-    job.shows(image, "0011")
+    app.wait_for("0011")  # the address
     job.take("main")
     app.menu("Device", "Function")
     job.run("Blank", "Blank Error at 0000")

@@ -264,11 +264,14 @@ def bus():
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb",
             # Qt 6.8 prints a line when asked for a control that has just gone.
             "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
-    # It starts the accessibility bus when that is first asked for.
-    daemon = Process(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address],
-                     folder, "bus.txt", env)
-    stack.enter_context(daemon)
-    wait("the message bus", pathlib.Path(folder, "bus").is_socket, process=daemon)
+    # Left to start its services by itself, the bus may be too late for the client library.
+    for command, sign in ((["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address",
+                            "--address=" + address], address),
+                          (["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], ""),
+                          (["/usr/libexec/at-spi2-registryd"], "is running")):
+        service = Process(command, folder, os.path.basename(command[0]) + ".txt", env)
+        stack.enter_context(service)
+        wait(command[0], lambda: sign in service.output(), process=service)
     Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
     return env
 
