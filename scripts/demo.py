@@ -18,7 +18,7 @@ import shutil
 import subprocess
 import sys
 
-from driver import RADIO, TEXT, Failure, Screen, State, has
+from driver import RADIO, TEXT, Atspi, Failure, Screen, State, has
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DATA, BUILD = ROOT / "data", ROOT / "build"
@@ -114,6 +114,7 @@ class Job:
 
     def open_help(self):
         self.dialog("Help", "Contents", "QUORVEN Help", "help")
+        same("place in the guide", Atspi.Text.get_caret_offset(self.app.item("Help", TEXT)), 0)
         self.app.keys("Escape")
 
     def exit(self):

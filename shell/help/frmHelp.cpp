@@ -32,6 +32,7 @@ void frmHelp::Form_Load() {
         const std::string file = platform::ReadWholeFile(path);
         if (!RichTextReader::Read(file, *rtb->document(), devicePixelRatioF()))
             throw platform::FileError(path + ": is no rich text file");
+        rtb->moveCursor(QTextCursor::Start); // what was inserted took it to the end
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }
