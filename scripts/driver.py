@@ -248,8 +248,8 @@ class Program(Process):
         self.press(button)
 
 
-# The environment of all programs, with their accessibility bus: one for all screens, since the client
-# library keeps to the first that it meets.
+# The environment of all programs, with their accessibility bus: one for all screens, since the
+# client library keeps to the first that it meets.
 @functools.cache
 def bus():
     stack = contextlib.ExitStack()
@@ -265,10 +265,10 @@ def bus():
             # Qt 6.8 prints a line when asked for a control that has just gone.
             "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
     # Left to start its services by itself, the bus may be too late for the client library.
-    for command, sign in ((["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address",
-                            "--address=" + address], address),
-                          (["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], ""),
-                          (["/usr/libexec/at-spi2-registryd"], "is running")):
+    for command, sign in (
+            (["dbus-daemon", "--session", "--print-address", "--address=" + address], address),
+            (["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], ""),
+            (["/usr/libexec/at-spi2-registryd"], "is running")):
         service = Process(command, folder, os.path.basename(command[0]) + ".txt", env)
         stack.enter_context(service)
         wait(command[0], lambda: sign in service.output(), process=service)
@@ -282,8 +282,9 @@ class Screen(contextlib.ExitStack):
         self.env = bus().copy()
         home = self.env["HOME"]
         reading, writing = os.pipe()
-        self.server = self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24",
-                                  "-nolisten", "tcp", "-noreset"], home, "xvfb.txt", pass_fds=[writing])
+        self.server = self.start(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24", "-nolisten", "tcp",
+             "-noreset"], home, "xvfb.txt", pass_fds=[writing])
         os.close(writing)
         with open(reading) as number:
             self.env["DISPLAY"] = ":" + number.readline().strip()
@@ -315,8 +316,9 @@ class Screen(contextlib.ExitStack):
         shots = [b""]
 
         def shot():
-            shots.append(self.ask("-silent", "-frame", "-window", self.ask("getactivewindow").strip(),
-                                  "+dither", "-colors", "128", "-strip", "png8:-", tool="import"))
+            window = self.ask("getactivewindow").strip()
+            shots.append(self.ask("-silent", "-frame", "-window", window, "+dither", "-colors",
+                                  "128", "-strip", "png8:-", tool="import"))
             return shots[-1] and (not still or shots[-1] == shots[-2])
         wait("a picture that stays", shot)
         pathlib.Path(path).write_bytes(shots[-1])

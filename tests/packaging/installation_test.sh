@@ -16,12 +16,12 @@ folder=$home/.local/share/quorven
 
 stub() { printf '#!/bin/sh\n%s\n' "$2" >"$scratch/stubs/$1" && chmod +x "$scratch/stubs/$1"; }
 
-# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: from $elsewhere, nothing else in the environment. What
-# is expected of the last two are patterns.
+# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: from $elsewhere, with nothing else in the environment.
+# ERRORS is a pattern.
 launch() {
     local status=0 out
-    out=$(cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "${@:4}" "$scratch/launcher" -style \
-        "two words" 2>"$scratch/err") || status=$?
+    out=$(cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "${@:4}" "$scratch/launcher" \
+        -style "two words" 2>"$scratch/err") || status=$?
     [[ $status == "$1" && $out == "$2" && $(<"$scratch/err") == $3 ]] ||
         { echo "status $status; output: $out; errors: $(<"$scratch/err")" >&2 && return 1; }
 }
@@ -36,7 +36,8 @@ files() {
     diff - <(cd "$tree" && find . -type f | LC_ALL=C sort) < <(printf './%s\n' \
         bin/{quorven,simbox} libexec/quorven/quorven share/applications/quorven.desktop \
         share/doc/quorven/{changelog.gz,copyright,examples/70-usb-programmer.rules} \
-        share/icons/hicolor/{{16x16,256x256,32x32,48x48}/apps/quorven.png,scalable/apps/quorven.svg} \
+        share/icons/hicolor/{16x16,256x256,32x32,48x48}/apps/quorven.png \
+        share/icons/hicolor/scalable/apps/quorven.svg \
         share/lintian/overrides/quorven share/man/man1/{quorven,simbox}.1.gz \
         share/metainfo/example.norvane.quorven.metainfo.xml \
         share/quorven/{auto.cfg,'quorven help.rtf',quorven.cfg,quorven.dev,sample.hex})
@@ -124,8 +125,8 @@ two_first_starts() {
 cmake --install "$1" --prefix "$tree" >"$scratch/install.log"
 umask 022
 ln -s usr/bin/quorven "$scratch/launcher"
-cases=(files man_pages first_start later_start folder_with_settings other_folders no_folder full_disk
-    two_first_starts)
+cases=(files man_pages first_start later_start folder_with_settings other_folders no_folder
+    full_disk two_first_starts)
 [[ $# == 2 ]] || cases=("${@:3}")
 failed=0
 for name in "${cases[@]}"; do
