@@ -146,7 +146,7 @@ def end(screen, name):
     # 0.1 s for each of 256 blocks: no run ends before the test is ready for it.
     options = ["--write-time", "100000"]
     options += ["--fault", "silent-from@W3"] if state == "message" else []
-    call_to_fail = "fsync:1" if hindrance else "new:1"
+    call_to_fail = "fsync:1" if hindrance else "read:1"
     case = Case(screen, name, call_to_fail, *options, effect=hindrance or cause)
     reach(case, state)
     same("lock file", case.lock.exists(), os.access("/run/lock", os.W_OK))
