@@ -26,7 +26,7 @@ with Screen() as screen:
 
     app = start()
     app.message("Communication Port Error",
-                "COM5, /dev/ttyUSB0: there is no such device. Is the box plugged in?")
+                "COM5, /dev/ttyUSB0: there is no such device. Is the programmer plugged in?")
     app.window(MAIN)
     app.menu("File", "Exit")
     same("status and console", (app.status(), app.output()), (0, ""))
