@@ -36,4 +36,5 @@ void frmHelp::Form_Load() {
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }
+    rtb->moveCursor(QTextCursor::Start); // shown first on Wayland
 }

@@ -245,7 +245,9 @@ TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
         EXPECT_EQ(mdi->findChild<QAction*>(QString::fromLatin1(separator))->text(), QString());
     const auto help = [&] {
         when("frmHelp", [&shown](QWidget& form) {
-            shown = in<QTextEdit>(form, "rtb")->toPlainText().toStdString();
+            auto* text = in<QTextEdit>(form, "rtb");
+            shown = text->toPlainText().toStdString();
+            EXPECT_EQ(text->textCursor().position(), 0);
             escape(form);
         });
     };
