@@ -190,8 +190,13 @@ void HelpPage::openTable(int columns) {
 // After its paragraphs, since the format of a cell is that of its first paragraph's end.
 void HelpPage::endCell() {
     QTextTableCell cell = table_->cellAt(table_->rows() - 1, column_);
-    QTextCharFormat format = cell.format();
+    QTextTableCellFormat format = cell.format().toTableCellFormat();
     format.clearBackground();
+    if (row.bordered) { // Qt 6.8 does not draw the table's own borders
+        format.setBorder(1);
+        format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+        format.setBorderBrush(Qt::gray);
+    }
     const auto column = static_cast<std::size_t>(column_);
     if (column < row.cells.size() && row.cells[column].background.isValid())
         format.setBackground(row.cells[column].background);

@@ -122,7 +122,8 @@ std::string formatOf(const char* body) {
     for (const QTextOption::Tab& tab : block.tabPositions())
         number("tab", tab.position);
     if (const QTextTable* table = cursor.currentTable()) {
-        number("border", table->format().border());
+        const QTextTableCell first = table->cellAt(0, 0);
+        number("border", first.format().toTableCellFormat().topBorder());
         number("from", table->format().leftMargin());
         for (int column = 0; column < table->columns(); ++column) {
             number("cell", table->format().columnWidthConstraints()[column].rawValue());
