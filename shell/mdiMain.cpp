@@ -14,6 +14,7 @@
 #include "link/find_programmer.h"
 #include "platform/qt/fonts.h"
 #include "platform/qt/input_block.h"
+#include "platform/qt/menu.h"
 #include "platform/qt/twips.h"
 #include "shell/frmAbout.h"
 #include "shell/frmEditAuto.h"
@@ -124,7 +125,7 @@ void mdiMain::addMenus() {
          {{"HelpContents", tr("Contents")}, {"HelpS1", {}}, {"HelpAbout", tr("About")}}},
     };
     for (const Menu& menu : menus) {
-        QMenu* bar = menuBar()->addMenu(menu.caption);
+        QMenu* bar = addMenu(menuBar(), menu.caption);
         bar->setObjectName(QString::fromLatin1(menu.name));
         for (const Entry& entry : menu.entries) {
             QAction* action = bar->addAction(entry.caption);
