@@ -94,18 +94,28 @@ int PageBox::lineHeight() const {
 void PageBox::showPage(const std::string& text) {
     QTextBlockFormat line;
     line.setLineHeight(lineHeight(), QTextBlockFormat::FixedHeight);
-    QTextCursor all(document());
-    all.beginEditBlock();
-    all.select(QTextCursor::Document);
-    all.setBlockFormat(line);
-    all.insertText(shown(text));
-    all.endEditBlock();
+    const QStringList lines = shown(text).split(u'\n');
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    if (document()->blockCount() != lines.size()) {
+        cursor.setBlockFormat(line);
+        cursor.insertText(lines.join(u'\n'));
+    }
+    // Assistive programs are sent what has been replaced.
+    for (int i = 0; i < lines.size(); ++i)
+        if (const QTextBlock old = document()->findBlockByNumber(i); old.text() != lines[i]) {
+            cursor.setPosition(old.position());
+            cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+            cursor.insertText(lines[i]);
+        }
+    cursor.endEditBlock();
 }
 
 void PageBox::selectCharacter(int row, int column) {
     QTextCursor caret(document()->findBlockByNumber(row + 1));
-    caret.setPosition(caret.position() + column);
-    caret.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+    caret.setPosition(caret.position() + column + 1);
+    // The position that assistive programs are sent is the digit's.
+    caret.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
     setTextCursor(caret);
 }
 
@@ -165,7 +175,6 @@ frmBuffer::frmBuffer(QWidget* parent)
 
     vsc->setRange(0, editor_.LastLine());
     connectHandlers();
-    UpdateBuffer();
 }
 
 void frmBuffer::connectHandlers() {
@@ -181,27 +190,40 @@ void frmBuffer::UpdateBuffer() {
 }
 
 void frmBuffer::txtBuffer_Click(int row, int column) {
+    const std::int32_t address = editor_.Address();
     editor_.Click(row, column);
     showCaret();
+    announceMove(address);
 }
 
 void frmBuffer::txtBuffer_KeyDown(HexEditor::Key key) {
     const std::int32_t topLine = editor_.TopLine();
+    const std::int32_t address = editor_.Address();
     editor_.Press(key);
-    if (editor_.TopLine() != topLine)
+    const bool scrolled = editor_.TopLine() != topLine;
+    if (scrolled)
         showPage();
     else
         showCaret();
+    // A screen reader by itself says the line that Up and Down lead to, unless the caret keeps its
+    // place in the text.
+    const bool line = key == HexEditor::Key::Up || key == HexEditor::Key::Down;
+    if (!line || scrolled)
+        announceMove(address, line);
 }
 
 void frmBuffer::txtBuffer_KeyPress(char character) {
+    const std::int32_t address = editor_.Address();
     if (editor_.Type(character))
         showPage();
+    announceMove(address);
 }
 
 void frmBuffer::vsc_Change(int value) {
+    const std::int32_t address = editor_.Address();
     editor_.ScrollTo(value);
     showPage();
+    announceMove(address);
 }
 
 void frmBuffer::showPage() {
@@ -215,7 +237,14 @@ void frmBuffer::showPage() {
 
 void frmBuffer::showCaret() {
     txtBuffer->selectCharacter(editor_.Row(), DigitColumn(editor_.Digit()));
-    const QString address = QString::fromStdString(HexWord(editor_.Address()));
-    lblAddress->setText(address);
-    txtBuffer->setAccessibleDescription(tr("Address %1").arg(address));
+    lblAddress->setText(QString::fromStdString(HexWord(editor_.Address())));
+}
+
+void frmBuffer::announceMove(std::int32_t from, bool line) {
+    const std::int32_t address = editor_.Address();
+    if (address == from)
+        return;
+    const QString row = txtBuffer->document()->findBlockByNumber(editor_.Row() + 1).text();
+    const QString byte = row.mid(DigitColumn(editor_.Digit() / 2 * 2), 2);
+    announce(window(), line ? row : lblAddress->text() + u' ' + byte);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "buffer/hex_editor.h"
+#include "platform/qt/accessible.h"
 
 #include <QTextEdit>
 #include <QWidget>
@@ -11,14 +12,15 @@ class QScrollBar;
 // The page's text box: locked, without a scroll bar of its own. It reports what is pressed and
 // clicked and changes nothing by itself; the wheel turns the view's bar. A row is 0..15 (-1 for the
 // heading, 16 below the page), a column as in buffer/page_text.h.
-class PageBox : public QTextEdit {
+class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 
 public:
     explicit PageBox(QWidget* parent);
-    // Replaces the text, each line at the fixed height that lets all 17 fit.
+    // Replaces the lines that differ, each at the fixed height that lets all 17 fit.
     void showPage(const std::string& text);
     void selectCharacter(int row, int column);
+    QAccessibleInterface* makeAccessible() override;
 
     QScrollBar* wheelBar = nullptr;
 
@@ -44,7 +46,7 @@ class frmBuffer : public QWidget {
     Q_OBJECT
 
 public:
-    explicit frmBuffer(QWidget* parent);
+    explicit frmBuffer(QWidget* parent); // empty until the first UpdateBuffer()
 
     // Redraws the page, puts the caret on its first digit and computes the checksum.
     void UpdateBuffer();
@@ -58,6 +60,9 @@ private:
 
     void showPage();
     void showCaret();
+    // Has a screen reader say the caret's line, or else its address and byte, if the address is not
+    // `from` any more.
+    void announceMove(std::int32_t from, bool line = false);
 
     modFunc::HexEditor editor_;
     PageBox* txtBuffer;

@@ -3,10 +3,11 @@
 #include "app/hex_text.h"
 #include "app/state.h"
 #include "link/exchange.h"
+#include "platform/qt/accessible.h"
 #include "platform/qt/controls.h"
 #include "platform/qt/list.h"
 
-#include <QAccessible>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QLabel>
@@ -21,12 +22,6 @@ using namespace modFunc;
 namespace {
 
 constexpr TwipsRect track{1680, 2760, 3015, 135};
-
-// Has a screen reader say what a label shows now, wherever the focus is.
-void announce(QLabel* label) {
-    QAccessibleEvent said(label, QAccessible::Alert);
-    QAccessible::updateAccessibility(&said);
-}
 
 } // namespace
 
@@ -50,6 +45,7 @@ frmFunction::frmFunction(QWidget* owner)
     shpProgress = addRectangle(this, "shpProgress", QColor(192, 0, 0), track);
     shpProgress->resize(0, shpProgress->height());
     lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255},
+    progress_ = new ProgressValue(shpBG, tr("Progress"));
                            fixedFont(points9_75, QFont::Bold));
     lblProgress->setAlignment(Qt::AlignCenter);
     cmdRun = addButton(this, "cmdRun", tr("Run"), {240, 2760, 1095, 375});
@@ -121,7 +117,7 @@ void frmFunction::closeEvent(QCloseEvent* event) {
 void frmFunction::ShowLine(int line, const std::string& text) {
     QLabel* label = lblMsg.at(static_cast<std::size_t>(line));
     showText(label, QString::fromStdString(text));
-    announce(label);
+    announce(parentWidget(), label->text()); // this window may be about to close
 }
 
 // Most blocks of a large device do not change the percentage, and then cost nothing here.
@@ -129,7 +125,7 @@ void frmFunction::ShowProgress(int percent) {
     if (std::exchange(shownPercent_, percent) == percent)
         return;
     lblProgress->setText(QStringLiteral("%1%").arg(percent));
-    announce(lblProgress);
+    progress_->setPercent(percent);
     const float width = static_cast<float>(percent) * static_cast<float>(shpBG->width()) / 100.0F;
     shpProgress->resize(qRound(width), shpProgress->height());
 }

@@ -9,6 +9,7 @@ class QLabel;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
+class ProgressValue;
 
 // The window from which a chip is driven. It shows a run and starts it; the run itself knows no
 // window and outlives this one when Read closes it.
@@ -44,6 +45,7 @@ private:
     QLineEdit* txtBufferEnd;
     QWidget* shpBG;
     QWidget* shpProgress;
+    ProgressValue* progress_;
     QLabel* lblProgress;
     QPushButton* cmdRun;
     QPushButton* cmdClose;

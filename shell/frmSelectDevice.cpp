@@ -84,6 +84,11 @@ void frmSelectDevice::showOutline(int row) {
     shp1[1]->setVisible(visible == ChipOutline::Long);
     shp1[2]->setVisible(visible == ChipOutline::Middle);
     shp1[3]->setVisible(visible == ChipOutline::Short);
+    const QString length = visible == ChipOutline::Long     ? tr("Long chip, as long as the socket")
+                           : visible == ChipOutline::Middle ? tr("Chip of medium length")
+                                                            : tr("Short chip");
+    listDevice->setAccessibleDescription(
+        length + tr(", at the lower end of the socket, its mark at that end too"));
 }
 
 // Rows of the catalogue count from 1: without a highlight it is the empty row 0.

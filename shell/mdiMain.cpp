@@ -313,11 +313,16 @@ void mdiMain::Reopen() {
         new QMdiSubWindow(area_, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                      Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     bufferWindow_->setAttribute(Qt::WA_DeleteOnClose);
-    bufferWindow_->setWidget(new frmBuffer(bufferWindow_));
+    auto* view = new frmBuffer(bufferWindow_);
+    bufferWindow_->setWidget(view);
     bufferWindow_->setFixedSize(bufferWindow_->sizeHint());
     area_->addSubWindow(bufferWindow_, bufferWindow_->windowFlags());
     bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));
     bufferWindow_->move(0, 0);
     bufferWindow_->show();
-    bufferWindow_->setFocus();
+    // Not the frame, nor by Tab: assistive programs would stay there. They learn of the focus
+    // first, or they would not say what is in it.
+    bufferWindow_->setFocusPolicy(Qt::NoFocus);
+    view->setFocus();
+    view->UpdateBuffer();
 }

@@ -1,5 +1,6 @@
 #include "platform/qt/application.h"
 
+#include "platform/qt/accessible.h"
 #include "platform/qt/qt_machine.h"
 #include "platform/qt/termination_posix.h"
 
@@ -18,6 +19,7 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     for (const int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
     setWindowIcon(icon);
+    useOwnAccessibles();
     // Qt's file dialog stores its last folder in a file; this program keeps no state but its own
     // files. No file can be created in this path, and QSettings ignores that.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));

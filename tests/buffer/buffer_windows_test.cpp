@@ -23,6 +23,7 @@ class View : public testing::Test {
 protected:
     View() {
         ResetState();
+        window.UpdateBuffer();
         window.show();
         QApplication::processEvents();
     }

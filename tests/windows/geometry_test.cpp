@@ -109,7 +109,8 @@ TEST_F(Geometry, NoTextIsWiderThanItsPlace) {
 }
 
 TEST_F(Geometry, ThePageFitsItsBoxWithTheFirstDigitSelected) {
-    auto& window = *windows["frmBuffer"];
+    auto& window = static_cast<frmBuffer&>(*windows["frmBuffer"]);
+    window.UpdateBuffer();
     window.show();
     auto* page = window.findChild<QTextEdit*>();
     EXPECT_EQ(page->toPlainText().size(), 1201 - 17 - 1); // line ends are one character here

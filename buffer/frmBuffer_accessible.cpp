@@ -1,0 +1,88 @@
+// The page of the hex view to assistive programs: text that can be edited, a digit at a time, with
+// its caret on the selected digit.
+#include "buffer/frmBuffer.h"
+
+#include <QAccessibleWidget>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QTextBlock>
+
+namespace {
+
+class PageInterface : public QAccessibleWidget,
+                      public QAccessibleTextInterface,
+                      public QAccessibleEditableTextInterface {
+public:
+    explicit PageInterface(PageBox* page)
+        : QAccessibleWidget(page, QAccessible::EditableText), page_(page) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.editable = true;
+        state.multiLine = true;
+        return state;
+    }
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::TextInterface)
+            return static_cast<QAccessibleTextInterface*>(this);
+        if (type == QAccessible::EditableTextInterface)
+            return static_cast<QAccessibleEditableTextInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    // The selected digit is the caret: a selection would be announced besides it.
+    int selectionCount() const override { return 0; }
+    void selection(int, int* start, int* end) const override { *start = *end = 0; }
+    void addSelection(int, int) override {}
+    void removeSelection(int) override {}
+    void setSelection(int, int, int) override {}
+
+    int cursorPosition() const override { return page_->textCursor().selectionStart(); }
+    void setCursorPosition(int position) override {
+        const QTextBlock line = page_->document()->findBlock(position);
+        Q_EMIT page_->clicked(line.blockNumber() - 1, position - line.position());
+    }
+    QString text(int start, int end) const override {
+        return page_->toPlainText().mid(start, end - start);
+    }
+    QString text(QAccessible::Text kind) const override { return QAccessibleWidget::text(kind); }
+    int characterCount() const override { return page_->document()->characterCount() - 1; }
+    QRect characterRect(int offset) const override {
+        QTextCursor character(page_->document());
+        character.setPosition(offset);
+        const QRect left = page_->cursorRect(character);
+        character.movePosition(QTextCursor::NextCharacter);
+        const QRect right = page_->cursorRect(character);
+        return {page_->viewport()->mapToGlobal(left.topLeft()),
+                QSize(right.left() - left.left(), left.height())};
+    }
+    int offsetAtPoint(const QPoint& point) const override {
+        return page_->cursorForPosition(page_->viewport()->mapFromGlobal(point)).position();
+    }
+    void scrollToSubstring(int, int) override {} // all of it is shown
+    QString attributes(int, int* start, int* end) const override {
+        *start = 0;
+        *end = characterCount();
+        return {};
+    }
+
+    // As typed, so that what keeps keys from the page keeps this from it too.
+    void insertText(int offset, const QString& text) override {
+        setCursorPosition(offset);
+        for (const QChar character : text) {
+            QKeyEvent key(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, character);
+            QCoreApplication::sendEvent(page_, &key);
+        }
+    }
+    void deleteText(int, int) override {}
+    void replaceText(int start, int, const QString& text) override { insertText(start, text); }
+
+private:
+    PageBox* page_;
+};
+
+} // namespace
+
+QAccessibleInterface* PageBox::makeAccessible() {
+    return new PageInterface(this);
+}
