@@ -6,6 +6,7 @@
 #include "platform/qt/accessible.h"
 #include "platform/qt/controls.h"
 #include "platform/qt/list.h"
+#include "platform/qt/stay_awake.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -44,8 +45,8 @@ frmFunction::frmFunction(QWidget* owner)
     shpBG = addRectangle(this, "shpBG", Qt::white, track);
     shpProgress = addRectangle(this, "shpProgress", QColor(192, 0, 0), track);
     shpProgress->resize(0, shpProgress->height());
-    lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255},
     progress_ = new ProgressValue(shpBG, tr("Progress"));
+    lblProgress = addLabel(this, "lblProgress", QStringLiteral("0%"), {2880, 3000, 615, 255},
                            fixedFont(points9_75, QFont::Bold));
     lblProgress->setAlignment(Qt::AlignCenter);
     cmdRun = addButton(this, "cmdRun", tr("Run"), {240, 2760, 1095, 375});
@@ -92,7 +93,13 @@ void frmFunction::connectHandlers() {
 
 void frmFunction::cmdRun_Click() {
     DeviceRun run(*this);
-    run.Run(highlightedRow(listFunction));
+    {
+        const StayAwake awake(tr("A chip is in use"));
+        run.Run(highlightedRow(listFunction));
+    }
+    if (QApplication::overrideCursor())
+        QApplication::restoreOverrideCursor();
+    callUser();
     if (closeRequested_)
         done(Rejected);
 }
@@ -140,4 +147,5 @@ void frmFunction::EnableClose(bool enabled) {
 
 void frmFunction::Close() {
     done(Accepted);
+    QApplication::setOverrideCursor(Qt::WaitCursor); // until the run's last frame
 }

@@ -2,9 +2,9 @@
 
 #include "platform/qt/twips.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFontMetrics>
-#include <QGuiApplication>
 #include <QScreen>
 
 #include <algorithm>
@@ -35,6 +35,11 @@ int minTitleBarWidth(const QString& title) {
     QFont font = QGuiApplication::font();
     font.setPixelSize(titlePixelSize);
     return QFontMetrics(font).horizontalAdvance(title) + 2 * buttonsWidth;
+}
+
+void callUser() {
+    if (QGuiApplication::applicationState() != Qt::ApplicationActive)
+        QApplication::alert(nullptr); // all windows
 }
 
 Form::Form(QWidget* owner, const char* name, const QString& caption, int width, int height,

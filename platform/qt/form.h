@@ -6,6 +6,9 @@
 // on Wayland; 0 elsewhere.
 int minTitleBarWidth(const QString& title);
 
+// While another program is in front: has the desktop point to this one, as it does that.
+void callUser();
+
 // A dialog of fixed size in the middle of the screen.
 class Form : public QDialog {
     Q_OBJECT

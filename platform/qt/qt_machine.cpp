@@ -8,8 +8,10 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include <utility>
 
@@ -61,7 +63,18 @@ void QtMessageBox::Show(const std::string& title, const std::string& text, Icon 
     if (auto* grid = qobject_cast<QGridLayout*>(message.layout()))
         grid->addItem(new QSpacerItem(minTitleBarWidth(message.windowTitle()), 0), 0, 0, 1,
                       grid->columnCount());
+    message.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    if (auto* label = message.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+        label->setFocusPolicy(Qt::StrongFocus); // or no key would reach it
+        message.button(QMessageBox::Ok)->setFocus();
+    }
+    QTimer::singleShot(0, &message, callUser);
+    const bool busy = QApplication::overrideCursor(); // not over a button to be pressed
+    if (busy)
+        QApplication::setOverrideCursor(Qt::ArrowCursor);
     message.exec();
+    if (busy)
+        QApplication::restoreOverrideCursor();
 }
 
 void QtStatusBar::setPanel(int panel, const std::string& text) {
