@@ -37,9 +37,13 @@ private:
         if (commandCodes.empty() || commandCodes.back() != code)
             commandCodes += code;
         // Besides message boxes, which close by themselves, only the function window can be open.
+        bool windowless = true;
         for (QWidget* form : QApplication::topLevelWidgets())
-            if (form->objectName() == QLatin1String("frmFunction") && form->isVisible())
+            if (form->objectName() == QLatin1String("frmFunction") && form->isVisible()) {
                 interfereWith(*form);
+                windowless = false;
+            }
+        EXPECT_EQ(QApplication::overrideCursor() != nullptr, windowless);
         auto* page = main_.findChild<QWidget*>(QStringLiteral("txtBuffer"));
         ASSERT_TRUE(page);
         for (const int key : {Qt::Key_5, Qt::Key_Down, Qt::Key_PageDown, Qt::Key_F1})
