@@ -4,6 +4,7 @@
 #include "platform/qt/qt_machine.h"
 #include "platform/qt/termination_posix.h"
 
+#include <QDBusConnection>
 #include <QIcon>
 #include <QSettings>
 
@@ -20,6 +21,7 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
     setWindowIcon(icon);
     useOwnAccessibles();
+    QDBusConnection::systemBus(); // connecting waits for a reply, which no run shall
     // Qt's file dialog stores its last folder in a file; this program keeps no state but its own
     // files. No file can be created in this path, and QSettings ignores that.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
