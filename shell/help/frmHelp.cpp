@@ -32,9 +32,8 @@ void frmHelp::Form_Load() {
         const std::string file = platform::ReadWholeFile(path);
         if (!RichTextReader::Read(file, *rtb->document(), devicePixelRatioF()))
             throw platform::FileError(path + ": is no rich text file");
-        rtb->moveCursor(QTextCursor::Start); // what was inserted took it to the end
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }
-    rtb->moveCursor(QTextCursor::Start); // shown first on Wayland
+    rtb->moveCursor(QTextCursor::Start); // what was inserted took it to the end
 }
