@@ -104,11 +104,11 @@ copy_sources() {
 test_and_build() {
     step "scripts/test.sh on $release"
     copy_sources "$user_home/quorven" build
+    copy_sources /srv/again again # now: the tests take long enough for a change of the sources
     chown -R "$user:$user" "$tools$user_home/quorven"
     as_user sh -c 'cd ~/quorven && scripts/test.sh'
 
     step "The package again, by another user in another folder"
-    copy_sources /srv/again again
     logged again unshare --net chroot "$tools" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ=Asia/Tokyo \
         sh -c 'umask 077 && cd /srv/again && scripts/package.sh'
     rm -rf "$cache/package"
