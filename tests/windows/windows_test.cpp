@@ -115,6 +115,7 @@ TEST_F(Windows, NoEventReachesARun) {
     EXPECT_EQ(frames().size(), 1 + qsizetype(expected.size()) + 1); // "I", and a second "E"
     EXPECT_EQ(state().BufferData, Bytes(70001, 0x3C));
     EXPECT_EQ(chip(257), std::string(256, '\x3C') + '\xFF');
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_FALSE(mdi->isVisible()) << "the request to close was not carried out";
     EXPECT_EQ(TemporaryFolder::readFile(folder.file("quorven.cfg")),
               "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
