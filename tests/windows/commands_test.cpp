@@ -1,10 +1,12 @@
-// Every menu command as a user gives it, on the real windows.
+// Every menu command as a user gives it, and what is on the disk and in the image afterwards.
 #include "tests/windows/window_fixture.h"
 
 #include <QComboBox>
-#include <QKeySequence>
 #include <QLineEdit>
+#include <QMdiSubWindow>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextEdit>
 
 using namespace modFunc;
 
@@ -12,325 +14,260 @@ namespace {
 
 class Commands : public Windows {
 protected:
-    const QString noPort = QStringLiteral("Communication Port Error: COM5, ");
+    QTextEdit* page() { return find<QTextEdit>("txtBuffer"); }
+    QScrollBar* bar() { return find<QScrollBar>("vsc"); }
+    // The beginning of a row of the page.
+    std::string row(int row, qsizetype length = 17) {
+        return page()->toPlainText().section('\n', row + 1, row + 1).left(length).toStdString();
+    }
+    bool viewOpen() { return mdi->findChild<QWidget*>("frmBuffer"); }
+    auto& image() { return state().BufferData; }
 
-    // The program without a programmer; the message of the failed discovery has been taken.
-    void startAlone() {
-        start();
-        EXPECT_TRUE(takeMessage().startsWith(noPort));
-    }
-    QString takeMessage() { return messages.isEmpty() ? QString() : messages.takeFirst(); }
-    static std::string text(QWidget& window, const char* control) {
-        return in<QObject>(window, control)->property("text").toString().toStdString();
-    }
-    std::string text(const char* control) { return text(*mdi, control); }
-    std::string page() { return in<QTextEdit>(*mdi, "txtBuffer")->toPlainText().toStdString(); }
-    static void set(QWidget& window, const char* control, const QString& value) {
-        in<QLineEdit>(window, control)->setText(value);
-    }
-    static void press(QWidget& window, Qt::Key key) {
-        QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key);
-    }
-    static void escape(QWidget& window) { press(window, Qt::Key_Escape); }
-    // In the file dialog: this file of the program's folder.
-    void choose(const char* name) {
-        const QString path = QString::fromStdString(folder.file(name));
-        when("cdia", [path](QWidget& dialog) {
-            set(dialog, "fileNameEdit", path);
-            QTest::keyClick(in<QLineEdit>(dialog, "fileNameEdit"), Qt::Key_Return);
-        });
-    }
+    const Bytes erased = Bytes(70001, 0xFF);
 };
 
 } // namespace
 
-TEST_F(Commands, MainJob) {
-    startProgrammer();
-    start();
-    EXPECT_EQ(takeMessage().toStdString(), "Device Found!: Firmware: SimBox v1.00");
+TEST_F(Commands, TheSplashIsShownForASecond) {
+    bool seen = false;
+    QTimer::singleShot(900, qApp, [&] {
+        QWidget* splash = QApplication::activeWindow();
+        QTest::keyClick(splash, Qt::Key_Escape);
+        seen = !splash->close() && splash->isVisible() && splash->inherits("frmAbout") &&
+               splash->findChild<QWidget*>("cmdOk")->isHidden();
+    });
+    start(noPort(5), 1000);
+    EXPECT_TRUE(seen);
     EXPECT_EQ(mdi->windowTitle().toStdString(), "QUORVEN ~ USB Programmer - Ver.1.0");
-    EXPECT_EQ(text("sbar1"), "COM5");
-    EXPECT_EQ(text("sbar2"), "Device: DIP40 4K type 1");
-    EXPECT_EQ(text("sbar3"), "Size: 1000H");
-    EXPECT_EQ(text("sbar4"), "File:");
-    EXPECT_FALSE(in<QWidget>(*mdi, "frmBuffer"));
-    choose("sample.hex");
-    when("frmFileLoad", [](QWidget& form) {
-        EXPECT_TRUE(in<QAbstractButton>(form, "Option1")->isChecked());
-        press(form, Qt::Key_Return);
-    });
-    trigger("FileLoad");
-    EXPECT_EQ(text("sbar4"), "File: " + folder.file("sample.hex"));
-    EXPECT_EQ(text("lblCheckSum"), "BE6C");
-    when("frmFunction", [](QWidget& form) {
-        EXPECT_EQ(text(form, "txtChipEnd"), "1000");
-        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
-            press(form, key);
-        EXPECT_EQ(text(form, "lblMsg(0)"), "Programming ...   OK!");
-        EXPECT_EQ(text(form, "lblProgress"), "100%");
-        EXPECT_EQ(in<QWidget>(form, "shpProgress")->width(), 201);
-        escape(form);
-    });
-    trigger("DeviceFunction");
-    std::string expected(65536, '\xFF');
-    std::copy_n(state().BufferData.begin(), 4096, expected.begin());
-    EXPECT_EQ(chip(65536), expected);
-    EXPECT_TRUE(frames().last().endsWith(QStringLiteral("release socket")));
+    EXPECT_EQ(mdi->size(), QSize(738, 460 + mdi->menuWidget()->height()));
+    EXPECT_EQ(QApplication::windowIcon().availableSizes().size(), 4);
 }
 
-TEST_F(Commands, CancelLoadsNothing) {
-    startAlone();
-    when("cdia", escape);
-    trigger("FileLoad");
-    choose("sample.hex");
-    when("frmFileLoad", escape);
-    trigger("FileLoad");
-    EXPECT_EQ(text("sbar4"), "File:");
-    EXPECT_FALSE(in<QWidget>(*mdi, "frmBuffer"));
-    trigger("BufferEdit");
-    EXPECT_EQ(text("lblCheckSum"), "F000"); // 4096 bytes of FF
-}
-
-// In either format, over a file that is there, without a question; a failure says nothing.
-TEST_F(Commands, SavesInTheChosenFormat) {
-    startAlone();
-    folder.write("image.hex", "old");
-    for (const char* type : {"Option1", "Option2"}) {
-        choose("image.hex");
-        when("frmFileLoad", [type](QWidget& form) {
-            in<QAbstractButton>(form, type)->click();
-            press(form, Qt::Key_Return);
-        });
-        trigger("FileSave");
-        const std::string saved = folder.read("image.hex");
-        EXPECT_EQ(saved.substr(0, 9),
-                  type == std::string("Option1") ? ":10000000" : std::string(9, '\xFF'));
-    }
+TEST_F(Commands, LoadFillsTheImageOrLeavesItAsItWas) {
+    start(noPort(5));
+    trigger("FileLoad", {escape});
+    trigger("FileLoad", {file("sample.hex"), escape});
+    EXPECT_EQ(text("sbar1", "sbar4"), "FAIL|File:");
     folder.write("damaged.hex", ":zz");
-    choose("damaged.hex");
-    when("frmFileLoad", [](QWidget& form) {
-        in<QAbstractButton>(form, "Option1")->click();
-        press(form, Qt::Key_Return);
-    });
-    trigger("FileLoad");
-    EXPECT_TRUE(messages.isEmpty());
-    EXPECT_TRUE(mdi->isVisible());
-    EXPECT_EQ(text("sbar4"), "File: " + folder.file("image.hex"));
+    trigger("FileLoad", {file("damaged.hex"), enter});
+    EXPECT_TRUE(image() == erased && mdi->isVisible() && !viewOpen());
+    folder.write("image.bin", "abcd");
+    trigger("FileLoad", {file("image.bin"), [&] {
+                             EXPECT_FALSE(window()->close());
+                             set("txtBuffer", "10");
+                             set("txtFile", "1");
+                             click("cmdOk");
+                         }});
+    EXPECT_EQ(row(1), "0010=FF 62 63 64 ");
+    EXPECT_EQ(text("sbar4", "lblCheckSum"), "File: " + folder.file("image.bin") + "|EE2C");
 }
 
-TEST_F(Commands, WithoutAProgrammerOnlyRunIsDisabled) {
-    startAlone();
-    EXPECT_EQ(text("sbar1"), "FAIL");
-    when("frmFunction", [](QWidget& form) {
-        EXPECT_FALSE(in<QAbstractButton>(form, "cmdRun")->isEnabled());
-        click(form, "cmdClose");
-    });
-    trigger("DeviceFunction");
-    trigger("BufferClear");
-    auto* bar = in<QScrollBar>(*mdi, "vsc");
-    bar->setValue(240);
-    EXPECT_EQ(text("lblAddress"), "0F00");
-    QTest::keyClick(in<QTextEdit>(*mdi, "txtBuffer"), Qt::Key_Up);
-    EXPECT_EQ(bar->value(), 239);
-    EXPECT_EQ(text("lblAddress"), "0EF0");
-    trigger("BufferEdit");
-    EXPECT_EQ(text("lblAddress"), "0000");
+// Over a file that is there, without a question.
+TEST_F(Commands, SaveWritesTheChosenFormat) {
+    start(noPort(5));
+    folder.write("image", "old");
+    trigger("FileSave", {file("image"), escape});
+    EXPECT_EQ(folder.read("image"), "old");
+    for (const auto& [type, begin] :
+         {std::pair{"Option1", ":10000000FF"}, {"Option2", "\xFF\xFF"}}) {
+        const auto confirm = [&] {
+            EXPECT_EQ(text("fileNameEdit"), "image") << "the name before";
+            EXPECT_EQ(find<QLineEdit>("fileNameEdit")->maxLength(), 260);
+            EXPECT_EQ(window()->property("acceptMode").toInt(), 1);
+            enter();
+        };
+        trigger("FileSave", {confirm, [&] {
+                                 click(type);
+                                 enter();
+                             }});
+        EXPECT_EQ(folder.read("image").find(begin), 0U);
+    }
 }
 
 TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
-    startAlone();
-    trigger("BufferEdit");
-    in<QScrollBar>(*mdi, "vsc")->setValue(16);
-    when("frmBufferFill", [this](QWidget& form) {
-        const auto rejected = [&](const char* start, const char* length, const char* selected) {
-            set(form, "txtStart", QString::fromLatin1(start));
-            set(form, "txtLength", QString::fromLatin1(length));
-            click(form, "cmdOk");
-            EXPECT_TRUE(form.isVisible());
-            EXPECT_TRUE(in<QLineEdit>(form, selected)->hasSelectedText() || !*start);
-            return takeMessage().toStdString();
-        };
-        set(form, "txtFillWith", QStringLiteral("A"));
-        const std::string notANumber = "Buffer Fill: The start is not a hexadecimal number";
-        EXPECT_TRUE(rejected("", "2", "txtStart").starts_with(notANumber));
-        EXPECT_TRUE(rejected("G", "2", "txtStart").starts_with(notANumber));
-        EXPECT_TRUE(rejected("FFFF", "1173", "txtLength") // the last byte would be 70001
-                        .starts_with("Buffer Fill: The length reaches past the end"));
-        set(form, "txtStart", QStringLiteral("101"));
-        set(form, "txtLength", QStringLiteral("2"));
-        press(form, Qt::Key_Return);
-    });
-    trigger("BufferFill");
-    EXPECT_NE(page().find("0100=FF 0A 0A FF FF"), std::string::npos);
-    EXPECT_EQ(text("lblAddress"), "0100");
-    when("frmBufferFill", escape);
-    trigger("BufferFill");
-    EXPECT_NE(page().find("0100=FF 0A 0A FF FF"), std::string::npos);
-    when("frmBufferFill", [](QWidget& form) {
-        set(form, "txtStart", QStringLiteral("FFFF"));
-        set(form, "txtLength", QStringLiteral("1172"));
-        click(form, "cmdOk");
-    });
-    trigger("BufferFill");
-    EXPECT_EQ(state().BufferData[70000], 0xFF);
+    start(noPort(5));
+    trigger("BufferFill", {escape});
+    EXPECT_FALSE(viewOpen());
+    trigger("BufferFill", {enter});
+    bar()->setValue(16);
+    const auto fill = [&](const char* with, const char* start, const char* length) {
+        set("txtFillWith", with);
+        set("txtStart", start);
+        set("txtLength", length);
+        enter();
+        return said();
+    };
+    trigger("BufferFill", {[&] {
+                const std::string not4 = " is not a hexadecimal number of one to four digits.";
+                EXPECT_EQ(fill("A", "G", "2"), "! Buffer Fill: The start" + not4);
+                EXPECT_EQ(find<QLineEdit>("txtStart")->selectedText(), "G");
+                EXPECT_EQ(fill("A", "0", ""), "! Buffer Fill: The length" + not4);
+                EXPECT_EQ(window()->focusWidget(), find("txtLength"));
+                EXPECT_EQ(fill("A", "FFFF", "1173"), // the last byte would be 70001
+                          "! Buffer Fill: The length reaches past the end of the buffer: "
+                          "from FFFFH on there is room for 1172H bytes.");
+                EXPECT_EQ(image(), erased);
+                fill("A", "FFFF", "1172");
+            }});
+    EXPECT_EQ(image()[65534], 0xFF);
+    EXPECT_EQ(std::ranges::count(image(), 0x0A), 0x1172);
+    trigger("BufferFill", {[&] { fill("b7", "101", "2"); }});
+    EXPECT_EQ(row(0) + text("lblAddress"), "0100=FF B7 B7 FF 0100");
+    trigger("BufferFill", {[&] { fill("", "102", "1"); }});
+    EXPECT_EQ(row(0), "0100=FF B7 FF FF ");
+    trigger("BufferClear");
+    EXPECT_EQ(image(), erased);
+    EXPECT_EQ(text("lblAddress"), "0000");
 }
 
 TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
-    folder.write("auto.cfg", "2\n0\n7\n"); // 7 is no function
+    folder.write("auto.cfg", "3\n0\n7\n1\n"); // 7 is no function
     ReadAutoFile();
-    startAlone();
-    when("frmEditAuto", [](QWidget& form) {
-        auto* sequence = in<QListWidget>(form, "lstOut");
-        auto* add = in<QAbstractButton>(form, "cmdMoveRight");
-        EXPECT_EQ(in<QListWidget>(form, "lstIn")->item(0)->text().toStdString(), "Erase");
-        EXPECT_EQ(sequence->count(), 1);
-        click(form, "cmdMoveLeft"); // nothing is highlighted
-        EXPECT_EQ(sequence->count(), 1);
-        in<QListWidget>(form, "lstIn")->setCurrentRow(3);
-        for (int row = 1; row < 20; ++row)
-            add->click();
-        EXPECT_EQ(sequence->count(), 20);
-        EXPECT_FALSE(add->isEnabled());
-        sequence->setCurrentRow(5);
-        click(form, "cmdMoveLeft");
-        EXPECT_EQ(sequence->count(), 19);
-        EXPECT_TRUE(add->isEnabled());
-        click(form, "cmdOk");
-    });
-    trigger("OptionsEditAuto");
+    start(noPort(5));
     std::string stored = "19\r\n0\r\n";
-    for (int row = 1; row < 19; ++row)
-        stored += "4\r\n";
+    trigger("OptionsEditAuto", {[&] {
+                click("cmdMoveLeft"); // nothing is highlighted
+                find<QListWidget>("lstIn")->setCurrentRow(3);
+                for (int row = 2; row < 20; ++row, stored += "4\r\n")
+                    click("cmdMoveRight");
+                EXPECT_FALSE(find("cmdMoveRight")->isEnabled());
+                find<QListWidget>("lstOut")->setCurrentRow(1);
+                click("cmdMoveLeft");
+                click("cmdMoveLeft"); // the highlight is gone with its row
+                EXPECT_TRUE(find("cmdMoveRight")->isEnabled());
+                click("cmdOk");
+            }});
     EXPECT_EQ(folder.read("auto.cfg"), stored);
-    when("frmEditAuto", [](QWidget& form) {
-        click(form, "cmdMoveLeftAll");
-        EXPECT_FALSE(in<QAbstractButton>(form, "cmdMoveLeft")->isEnabled());
-        escape(form);
-    });
-    trigger("OptionsEditAuto");
+    trigger("OptionsEditAuto", {[&] {
+                click("cmdMoveLeftAll");
+                EXPECT_EQ(find<QListWidget>("lstOut")->count(), 0);
+                EXPECT_FALSE(find("cmdMoveLeft")->isEnabled() ||
+                             find("cmdMoveLeftAll")->isEnabled());
+                escape();
+            }});
     EXPECT_EQ(state().AutoCount, 19);
 }
 
-TEST_F(Commands, SelectClosesTheViewAndIsKept) {
-    startAlone();
-    trigger("BufferClear");
-    when("frmSelectDevice", [](QWidget& form) {
-        auto* list = in<QListWidget>(form, "listDevice");
-        EXPECT_EQ(list->count(), 22);
-        const auto expectOutline = [&form](const char* visible) {
-            for (const char* outline : {"shp1(1)", "shp1(2)", "shp1(3)"})
-                EXPECT_EQ(in<QWidget>(form, outline)->isVisible(), outline == std::string(visible));
-            EXPECT_TRUE(in<QWidget>(form, "shp1(0)")->isVisible());
-        };
-        expectOutline("shp1(1)");
-        list->setCurrentRow(10);
-        expectOutline("shp1(2)");
-        list->setCurrentRow(13);
-        expectOutline("shp1(3)");
-        QTest::keyClick(list, Qt::Key_Return);
-    });
-    trigger("DeviceSelect");
-    EXPECT_EQ(text("sbar2"), "Device: DIP8 32K page 64");
-    EXPECT_EQ(text("sbar3"), "Size: 8000H");
-    EXPECT_FALSE(in<QWidget>(*mdi, "frmBuffer"));
+TEST_F(Commands, ADeviceAndAPortAreKeptAndExitWritesThem) {
+    start(noPort(5));
+    trigger("BufferEdit");
+    trigger("DeviceSelect", {escape});
+    EXPECT_TRUE(viewOpen());
+    std::string outlines;
+    trigger("DeviceSelect", {[&] {
+                for (const int row : {0, 10, 13}) {
+                    find<QListWidget>("listDevice")->setCurrentRow(row);
+                    for (const char* outline : {"shp1(0)", "shp1(1)", "shp1(2)", "shp1(3)"})
+                        outlines += find(outline)->isVisible() ? outline[5] : '-';
+                }
+                enter();
+            }});
+    EXPECT_EQ(outlines, "01--0-2-0--3");
+    EXPECT_FALSE(viewOpen()) << "its range and checksum are the other device's";
+    EXPECT_EQ(text("sbar2", "sbar3"), "Device: DIP8 32K page 64|Size: 8000H");
+    trigger("OptionsSettings", {[&] {
+                set("cmbCOM", "LPT1");
+                enter();
+                EXPECT_EQ(said(),
+                          "! Settings: \"LPT1\" is not a port. Choose one of COM1 to COM16.");
+                EXPECT_EQ(find<QComboBox>("cmbCOM")->lineEdit()->selectedText(), "LPT1");
+                set("cmbCOM", "com16");
+                enter();
+            }});
+    EXPECT_EQ(said(), noPort(16));
     trigger("FileExit");
     EXPECT_FALSE(mdi->isVisible());
-    EXPECT_EQ(folder.read("quorven.cfg"), "5\r\n22\r\n14\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
-}
-
-TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
-    startAlone();
-    std::string shown;
-    for (const char* separator : {"FileS1", "HelpS1"})
-        EXPECT_EQ(mdi->findChild<QAction*>(QString::fromLatin1(separator))->text(), QString());
-    const auto help = [&] {
-        when("frmHelp", [&shown](QWidget& form) {
-            auto* text = in<QTextEdit>(form, "rtb");
-            shown = text->toPlainText().toStdString();
-            EXPECT_EQ(text->textCursor().position(), 0);
-            escape(form);
-        });
-    };
-    help();
-    QTest::keyClick(mdi.get(), Qt::Key_F1);
-    EXPECT_NE(shown.find("Finding the programmer"), std::string::npos);
-    folder.write("quorven help.rtf", "no rich text");
-    help();
-    trigger("HelpContents");
-    EXPECT_NE(shown.find("quorven help.rtf"), std::string::npos);
-    folder.remove("quorven help.rtf");
-    help();
-    trigger("HelpContents");
-    EXPECT_NE(shown.find("No such file"), std::string::npos);
-    when("frmAbout", [&shown](QWidget& form) {
-        shown = text(form, "lblVersion");
-        click(form, "cmdOk");
-    });
-    trigger("HelpAbout");
-    EXPECT_EQ(shown, "Version 1.0, 22/11/2026");
-}
-
-TEST_F(Commands, LeavingSettingsLooksForTheProgrammerEveryTime) {
-    startAlone();
-    when("frmSettings", [this](QWidget& form) {
-        auto* port = in<QComboBox>(form, "cmbCOM");
-        EXPECT_EQ(port->currentText().toStdString(), "COM5");
-        EXPECT_EQ(port->count(), 16);
-        port->setCurrentText(QStringLiteral("LPT1"));
-        click(form, "cmdOk");
-        EXPECT_EQ(takeMessage().toStdString(),
-                  "Settings: \"LPT1\" is not a port. Choose one of COM1 to COM16.");
-        EXPECT_TRUE(form.isVisible());
-        port->setCurrentText(QStringLiteral("com16"));
-        QTest::keyClick(port, Qt::Key_Return);
-    });
-    trigger("OptionsSettings");
-    EXPECT_TRUE(takeMessage().startsWith(QStringLiteral("Communication Port Error: COM16, ")));
-    EXPECT_EQ(text("sbar1"), "FAIL");
-    when("frmSettings", [](QWidget& form) {
-        in<QComboBox>(form, "cmbCOM")->setCurrentText(QStringLiteral("COM5"));
-        click(form, "cmdOk");
-    });
-    trigger("OptionsSettings");
-    EXPECT_TRUE(takeMessage().startsWith(noPort));
-    startProgrammer();
-    when("frmSettings", escape);
-    trigger("OptionsSettings");
-    EXPECT_TRUE(takeMessage().startsWith(QStringLiteral("Device Found!")));
-    EXPECT_EQ(text("sbar1"), "COM5");
+    EXPECT_EQ(folder.read("quorven.cfg"), "16\r\n22\r\n14\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
 }
 
 TEST_F(Commands, SettingsOutsideTheirRangesStillGiveAProgram) {
-    folder.write("quorven.cfg", "17\n0\n0\n\"1.0\"\n\"22/11/2026\"\n");
-    ReadSettings();
-    start();
-    EXPECT_TRUE(takeMessage().startsWith(QStringLiteral("Communication Port Error: COM17, ")));
-    when("frmSelectDevice", [](QWidget& form) { click(form, "cmdOk"); });
-    trigger("DeviceSelect");
-    EXPECT_EQ(text("sbar3"), "Size: 0H");
-    when("frmSettings", [](QWidget& form) {
-        EXPECT_EQ(in<QComboBox>(form, "cmbCOM")->currentText().toStdString(), "COM1");
-        escape(form);
-    });
-    trigger("OptionsSettings");
+    state().ComPort = 17;
+    state().SelectedDevice = 0;
+    const std::string noSuchPort = "! Communication Port Error: COM17, there is no such port.";
+    start(noSuchPort);
+    trigger("DeviceSelect", {[&] { click("cmdOk"); }});
+    trigger("OptionsSettings", {[&] {
+                EXPECT_EQ(text("cmbCOM"), "COM1");
+                escape();
+            }});
+    EXPECT_EQ(said(), noSuchPort);
     trigger("BufferEdit");
-    EXPECT_EQ(text("lblCheckSum"), "0000");
+    EXPECT_EQ(text("sbar3", "lblCheckSum"), "Size: 0H|0000");
 }
 
-TEST_F(Commands, TypedDigitsReachTheImageAndTheView) {
-    startAlone();
-    trigger("BufferClear");
-    auto* textBox = in<QTextEdit>(*mdi, "txtBuffer");
-    QTest::keyClicks(textBox, QStringLiteral("7f"));
+TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
+    start(noPort(5));
+    std::string shown;
+    const auto read = [&] {
+        shown = text("rtb");
+        EXPECT_EQ(find<QTextEdit>("rtb")->textCursor().position(), 0);
+        escape();
+    };
+    actions = {read};
+    QTest::keyClick(mdi.get(), Qt::Key_F1);
+    EXPECT_NE(shown.find("Finding the programmer"), std::string::npos);
+    const std::string name = folder.file("quorven help.rtf");
+    folder.write("quorven help.rtf", "no rich text");
+    trigger("HelpContents", {read});
+    EXPECT_EQ(shown, name + ": is no rich text file");
+    folder.remove("quorven help.rtf");
+    trigger("HelpContents", {read});
+    EXPECT_EQ(shown, name + ": the file cannot be opened: No such file or directory.");
+    trigger("HelpAbout", {[&] {
+                EXPECT_FALSE(window()->close());
+                click("cmdOk");
+            }});
+    trigger("HelpAbout", {escape});
+}
+
+TEST_F(Commands, TypedDigitsGoWhereTheCaretIsShown) {
+    start(noPort(5));
+    image()[2] = 127; // has no glyph
+    trigger("BufferEdit");
+    EXPECT_EQ(row(0, 99),
+              "0000=FF FF 7F FF FF FF FF FF FF FF FF FF FF FF FF FF ..\xE2\x8C\x82.............");
+    QTest::keyClicks(page(), "7fg");
     EXPECT_EQ(text("lblAddress"), "0001");
-    EXPECT_EQ(text("lblCheckSum"), "EF80");
-    QTest::keyClick(textBox, Qt::Key_A, Qt::ControlModifier); // no digit
-    QTest::keyClick(textBox, Qt::Key_Down);
-    QTest::keyClicks(textBox, QStringLiteral("5"));
-    EXPECT_NE(page().find("0000=7F FF"), std::string::npos);
-    EXPECT_NE(page().find("0010=FF 5F"), std::string::npos);
-    EXPECT_EQ(state().BufferData[0], 0x7F);
-    in<QScrollBar>(*mdi, "vsc")->setValue(1);
-    QTest::keyClicks(textBox, QStringLiteral("1")); // the caret is on the first digit of the page
-    EXPECT_EQ(state().BufferData[16], 0x1F);
+    press(Qt::CTRL | Qt::Key_A, Qt::Key_Down, Qt::Key_Right, Qt::Key_5);
+    EXPECT_EQ(row(0, 11) + row(1, 11), "0000=7F FF 0010=FF F5 ");
+    EXPECT_EQ(text("lblCheckSum"), "EEF6");
+    bar()->setValue(240);
+    press(Qt::Key_1); // the caret is on the first digit of the page
+    EXPECT_EQ(image()[0xF00], 0x1F);
+    press(Qt::Key_Left, Qt::Key_Up);
+    EXPECT_EQ(bar()->value(), 239);
+    EXPECT_EQ(text("lblAddress"), "0EF0");
+    wheelDown(page()->viewport());
+    EXPECT_EQ(bar()->value(), 240);
+    trigger("BufferEdit");
+    EXPECT_EQ(text("lblAddress") + page()->textCursor().selectedText().toStdString(), "00007");
+    EXPECT_EQ(page()->textCursor().selectionStart(), 69);
+    EXPECT_LE(page()->document()->size().height(), page()->viewport()->height());
+    EXPECT_LE(page()->document()->idealWidth(), bar()->x() - page()->x());
+    EXPECT_EQ(mdi->findChild<QMdiSubWindow*>()->pos(), QPoint());
+    press(Qt::CTRL | Qt::Key_W);
+    QTest::qWait(1); // the window is deleted later
+    EXPECT_FALSE(viewOpen());
+}
+
+// In lines of 14 pixels, the heading first. Other presses leave the caret where it is.
+TEST_F(Commands, EveryPixelOfADigitSelectsIt) {
+    start(noPort(5));
+    trigger("BufferEdit");
+    const int left = page()->cursorRect(QTextCursor(page()->document())).left();
+    const double digit = QFontMetricsF(page()->font()).horizontalAdvance('0');
+    const auto press = [&](int y, double column, Qt::MouseButton button = Qt::LeftButton) {
+        const QPoint at(qRound(left + column * digit), y);
+        QTest::mouseClick(page()->viewport(), button, {}, at);
+        return text("lblAddress");
+    };
+    for (const int y : {14, 27, 224, 237}) {
+        EXPECT_EQ(press(y, 8.2), y < 28 ? "0001" : "00F1") << y;
+        EXPECT_EQ(press(y, 51.8), y < 28 ? "000F" : "00FF") << y;
+        press(35, 8.5);
+        EXPECT_EQ(press(y, 7.5) + press(y, 53.5) + press(y, 8.5, Qt::RightButton), "001100110011");
+    }
+    EXPECT_EQ(press(13, 8.5) + press(238, 8.5), "00110011");
+    QTest::mouseDClick(page()->viewport(), Qt::LeftButton, {}, {70, 100});
+    EXPECT_EQ(text("lblAddress"), "0011");
 }

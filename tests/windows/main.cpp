@@ -1,23 +1,15 @@
-#include <QApplication>
+#include "platform/qt/application.h"
 
 #include <gtest/gtest.h>
-
-namespace {
-
-// No window may make Qt print a warning, except those that this platform always prints.
-void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    if (type != QtDebugMsg && type != QtInfoMsg &&
-        message != QLatin1String("This plugin does not support propagateSizeHints()"))
-        ADD_FAILURE() << message.toStdString();
-}
-
-} // namespace
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    qInstallMessageHandler(failOnWarning);
+    const Application application(argc, argv);
+    // No window may make Qt print a warning, except the one that this platform always prints.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type != QtDebugMsg && type != QtInfoMsg && !text.contains("propagateSizeHints"))
+            ADD_FAILURE() << text.toStdString();
+    });
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,4 @@
-// The main window with the simulated programmer on a real pseudo-terminal.
+// The windows, alone or with the simulated programmer on a real pseudo-terminal.
 #pragma once
 
 #include "app/family_table.h"
@@ -7,30 +7,31 @@
 #include "shell/mdiMain.h"
 #include "tests/support/temporary_folder.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QProcess>
+#include <QPushButton>
 #include <QTest>
-#include <QTextEdit>
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <functional>
+#include <deque>
+#include <utility>
 
 class Windows : public testing::Test {
 protected:
+    using Actions = std::deque<std::function<void()>>;
+
     Windows() {
         modFunc::ResetState();
-        for (const auto& file : std::filesystem::directory_iterator(SHIPPED_DATA))
-            std::filesystem::copy(file, folder.path());
-        // One version text for all times, whatever the release.
-        folder.write("quorven.cfg", "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
+        std::filesystem::copy(SHIPPED_DATA, folder.path());
+        for (const char* link : {"com5", "com16"})
+            std::filesystem::create_symlink("unplugged", folder.file(link));
         modFunc::state().AppPath = folder.path();
         modFunc::ReadSettings();
+        modFunc::state().ProgramVersion = "1.0"; // whatever the release
+        modFunc::state().ProgramDate = "22/11/2026";
         modFunc::ReadDeviceList();
         modFunc::ReadAutoFile();
         modFunc::InitFamilyTable();
@@ -42,80 +43,129 @@ protected:
         watch.start(5);
     }
     ~Windows() override {
-        simbox.terminate();
-        EXPECT_TRUE(programmerEnds());
-        EXPECT_TRUE(actions.isEmpty()) << "did not come up: " << actions.firstKey().toStdString();
+        endProgrammer();
+        EXPECT_EQ(said(), "");
     }
-    // simbox with a chip of 64 KiB of `fill` and these further options.
-    void startProgrammer(char fill = '\xFF', const QStringList& more = {}) {
-        folder.write("chip.bin", std::string(65536, fill));
-        folder.remove("chip.bin.lock");
-        const auto file = [this](const char* name) {
-            return QString::fromStdString(folder.file(name));
-        };
-        simbox.start(QStringLiteral(SIMBOX),
-                     QStringList{QStringLiteral("--link"), file("com5"), QStringLiteral("--chip"),
-                                 file("chip.bin"), QStringLiteral("--trace"), file("trace.txt"),
-                                 QStringLiteral("--no-pace")} +
-                         more);
+    // simbox with a fresh chip of 64 KiB and these faults.
+    void startProgrammer(const QStringList& faults = {}) {
+        QString options = "--no-pace --fill FF --link com5 --chip chip.bin --trace trace.txt";
+        for (const QString& fault : faults)
+            options += " --fault " + fault;
+        folder.remove("chip.bin");
+        simbox.setWorkingDirectory(QString::fromStdString(folder.path()));
+        simbox.start(SIMBOX, options.split(' '));
         ASSERT_TRUE(simbox.waitForReadyRead(5000)) << "simbox does not start";
     }
-    bool programmerEnds() {
-        return simbox.state() == QProcess::NotRunning || simbox.waitForFinished(5000);
+    // It has rejected no frame; its chip is in the file then.
+    void endProgrammer() {
+        simbox.terminate();
+        EXPECT_TRUE(simbox.state() == QProcess::NotRunning || simbox.waitForFinished(5000));
+        EXPECT_EQ(simbox.exitCode(), 0);
     }
-    // The lines of the frames in the trace of simbox.
-    QStringList frames() {
-        return QString::fromStdString(folder.read("trace.txt"))
-            .split(u'\n')
-            .filter(QStringLiteral(" > "));
+    // The frames that it received, by command code.
+    std::string frames() {
+        std::string codes;
+        const QString trace = QString::fromStdString(folder.read("trace.txt"));
+        for (auto i = QRegularExpression(" > (.. ){4}(..)").globalMatch(trace); i.hasNext();)
+            codes += static_cast<char>(i.next().captured(2).toInt(nullptr, 16));
+        return codes;
     }
-    std::string chip(std::size_t bytes) { return folder.read("chip.bin").substr(0, bytes); }
-    // The main window, loaded and shown.
-    void start() {
-        machine = std::make_unique<QtMachine>(folder.path());
-        mdi = std::make_unique<mdiMain>(*machine);
-        modFunc::state().TimedOut = false;
+    // The main window, loaded and shown; what discovery says.
+    void start(const std::string& message, int splashMs = 1) {
+        mdi = std::make_unique<mdiMain>(machine);
+        machine.totmr.setInterval(splashMs);
         mdi->Load();
         mdi->show();
         mdi->activateWindow(); // or no shortcut would be heard
         EXPECT_TRUE(QTest::qWaitForWindowActive(mdi.get()));
+        EXPECT_EQ(said(), message);
     }
-    // What is done when a modal window of this name is up; message boxes are answered by
-    // themselves.
-    void when(const char* window, std::function<void(QWidget&)> action) {
-        actions[QString::fromLatin1(window)] = std::move(action);
+    std::string noPort(int port) {
+        const std::string number = std::to_string(port);
+        return "! Communication Port Error: COM" + number + ", " + folder.file("com" + number) +
+               ": there is no such device. Is the programmer plugged in?";
     }
-    void trigger(const char* entry) {
-        mdi->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+    // A menu entry, and what is done in each modal window that comes up; message boxes are
+    // confirmed by themselves.
+    void trigger(const char* entry, const Actions& inWindows = {}) {
+        actions = inWindows;
+        mdi->findChild<QAction*>(entry)->trigger();
+        EXPECT_TRUE(actions.empty()) << entry << ": a window did not come up";
     }
-    template <class Widget>
-    static Widget* in(QWidget& window, const char* name) {
-        return window.findChild<Widget*>(QString::fromLatin1(name));
+    QWidget* window() {
+        QWidget* modal = QApplication::activeModalWidget();
+        return modal ? modal : mdi.get();
     }
-    static void click(QWidget& window, const char* button) {
-        QTest::mouseClick(in<QAbstractButton>(window, button), Qt::LeftButton);
+    // A control of the modal window or else of the main window.
+    template <class Widget = QWidget>
+    Widget* find(const char* name) {
+        auto* control = window()->findChild<Widget*>(name);
+        return control ? control
+                       : throw std::runtime_error(name + std::string(": no such control"));
     }
+    // The texts of such controls, with a line between them.
+    template <class... Name>
+    std::string text(const char* name, const Name*... more) {
+        QString text;
+        for (const char* property : {"text", "plainText", "currentText"})
+            text += find(name)->property(property).toString();
+        return (text.toStdString() + ... + ("|" + this->text(more)));
+    }
+    void set(const char* name, const char* text) {
+        auto* control = find(name);
+        control->setProperty(control->inherits("QComboBox") ? "currentText" : "text", text);
+    }
+    void click(const char* button) { QTest::mouseClick(find(button), Qt::LeftButton); }
+    // In the control that has the focus, one after the other.
+    template <class... Keys>
+    void press(Keys... keys) {
+        for (const QKeyCombination key : {QKeyCombination(keys)...})
+            QTest::keyClick(window()->focusWidget() ? window()->focusWidget() : window(), key.key(),
+                            key.keyboardModifiers());
+    }
+    const std::function<void()> escape = [this] { press(Qt::Key_Escape); };
+    const std::function<void()> enter = [this] { press(Qt::Key_Return); };
+    // In the file dialog: this file of the program's folder.
+    auto file(const char* name) {
+        return [this, name] {
+            set("fileNameEdit", folder.file(name).c_str());
+            QTest::keyClick(find("fileNameEdit"), Qt::Key_Return);
+        };
+    }
+    static void wheelDown(QWidget* widget) {
+        QWheelEvent turn({5, 5}, {5, 5}, {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(widget, &turn);
+    }
+    // "! title: text" of each critical message box since the last call, "i title: text" of others.
+    std::string said() { return std::exchange(messages, {}); }
 
+    const std::string found = "i Device Found!: Firmware: SimBox v1.00";
     TemporaryFolder folder;
     QProcess simbox;
-    std::unique_ptr<QtMachine> machine;
+    QtMachine machine{folder.path()};
     std::unique_ptr<mdiMain> mdi;
-    QStringList messages; // "title: text" of each message box
+    Actions actions;
 
 private:
     void serveDialogs() {
         QWidget* window = QApplication::activeModalWidget();
-        if (!window || !window->isVisible())
+        if (!window || !window->isVisible() || window == served)
             return;
         if (auto* message = qobject_cast<QMessageBox*>(window)) {
-            messages << message->windowTitle() + QStringLiteral(": ") + message->text();
-            message->button(QMessageBox::Ok)->click();
-        } else if (const auto action = actions.take(window->objectName())) {
-            // Out of a timer of its own: this one shall go on ticking while the action runs.
-            QTimer::singleShot(0, window, [action, window] { action(*window); });
+            EXPECT_EQ(message->textFormat(), Qt::PlainText);
+            EXPECT_TRUE(message->parentWidget() || !mdi || !mdi->isVisible());
+            messages += message->icon() == QMessageBox::Critical ? "! " : "i ";
+            messages += (message->windowTitle() + ": " + message->text()).toStdString();
+            return message->button(QMessageBox::Ok)->click();
         }
+        served = window;
+        ASSERT_FALSE(actions.empty()) << "unexpected: " << window->objectName().toStdString();
+        // From a timer of its own: this one has to go on while the action runs.
+        QTimer::singleShot(0, window, [action = actions.front()] { action(); });
+        actions.pop_front();
     }
 
     QTimer watch;
-    QMap<QString, std::function<void(QWidget&)>> actions;
+    QPointer<QWidget> served;
+    std::string messages;
 };
