@@ -102,6 +102,7 @@ TEST_F(Runs, AreReachedByNoEvent) {
     EXPECT_EQ(state().BufferData, Bytes(70001, 0x3C));
     endProgrammer();
     EXPECT_EQ(folder.read("chip.bin").substr(0, 257), std::string(256, '\x3C') + '\xFF');
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_FALSE(mdi->isVisible()) << "the request to close was not carried out";
     EXPECT_EQ(folder.read("quorven.cfg"), "5\r\n22\r\n1\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
 }
