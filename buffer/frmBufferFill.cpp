@@ -67,9 +67,9 @@ void frmBufferFill::cmdOk_Click() {
         return rejectInput(txtLength,
                            "The length is not a hexadecimal number of one to four digits.");
     if (*start + *length - 1 > lastBufferIndex)
-        return rejectInput(txtLength, "The length reaches past the end of the buffer: from " +
-                                          HexWord(*start) + "H on there is room for " +
-                                          HexDigits(lastBufferIndex + 1 - *start) + "H bytes.");
+        return rejectInput(txtLength, "The range ends past the end of the buffer. From address " +
+                                          HexWord(*start) + "H, the maximum length is " +
+                                          HexDigits(lastBufferIndex + 1 - *start) + "H.");
     State& s = state();
     if (!with.empty())
         s.FillByte = static_cast<std::uint8_t>(TolerantHex(with));

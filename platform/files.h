@@ -10,7 +10,7 @@ namespace platform {
 // wrongly picked disk image from filling the memory.
 inline constexpr std::size_t largestTextFile = 16u * 1024 * 1024;
 
-// Throws FileError for a path that exists and is not an ordinary file: a device or a pipe would
+// Throws FileError for a path that exists and is not a regular file: a device or a pipe would
 // keep the program waiting.
 void RejectSpecialFile(const std::string& path);
 

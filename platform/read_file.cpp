@@ -14,7 +14,7 @@ void RejectSpecialFile(const std::string& path) {
     std::error_code none;
     const auto status = std::filesystem::status(path, none);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        throw FileError(path + ": it is not an ordinary file.");
+        throw FileError(path + ": it is not a regular file.");
 }
 
 std::string ReadWholeFile(const std::string& path) {

@@ -124,7 +124,7 @@ std::filesystem::path linkedTarget(std::filesystem::path path) {
     std::error_code none;
     for (int links = 0; std::filesystem::is_symlink(path, none); ++links) {
         if (links == maxLinks)
-            throw FileError(path.string() + ": the chain of links has no end.");
+            throw FileError(path.string() + ": too many levels of symbolic links.");
         path = path.parent_path() / std::filesystem::read_symlink(path, none);
     }
     return path;

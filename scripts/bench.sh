@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Measures a release build on a virtual screen and prints one table, in about two minutes. It wants
+# Measures a release build on a virtual screen and prints one table, in about 75 seconds. It wants
 # the machine for itself: whatever else runs is in the figures.
 set -euo pipefail
 

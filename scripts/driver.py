@@ -147,6 +147,7 @@ class Simbox(Process):
 
 class Program(Process):
     ask = None  # of its screen
+    active = 0  # when one of its windows was last in front, seconds
 
     def wait(self, what, condition, seconds=20):
         try:
@@ -176,8 +177,15 @@ class Program(Process):
     def wait_for(self, text, seconds=20):
         self.item(text, LABEL, seconds=seconds)
 
+    # On a busy machine the window manager may leave the focus nowhere between two windows.
     def front(self):
-        return next((window for window in self.windows() if has(window, State.ACTIVE)), None)
+        window = next((window for window in self.windows() if has(window, State.ACTIVE)), None)
+        if window:
+            self.active = time.monotonic()
+        elif time.monotonic() > self.active + 2:
+            for number in self.ask("search", "--onlyvisible", "--name", "").split():
+                self.ask("windowactivate", number)
+        return window
 
     def window(self, title, seconds=20):
         return self.wait(f"the window {title!r}", lambda: (window := self.front())

@@ -49,7 +49,7 @@ void frmSettings::cmdOk_Click() {
     if (entry < 0) {
         platform::machine().msgBox.Show("Settings",
                                         "\"" + text.toStdString() +
-                                            "\" is not a port. Choose one of COM1 to COM16.",
+                                            "\" is not a port. Choose a port from COM1 to COM16.",
                                         platform::MessageBox::Icon::Critical);
         cmbCOM->setFocus();
         cmbCOM->lineEdit()->selectAll();

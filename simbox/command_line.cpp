@@ -58,7 +58,7 @@ Taker firmware(std::string& target) {
 
 std::vector<Option> optionsFor(Settings& s) {
     return {
-        {"--link PATH", "symbolic link to make to the terminal", path(s.linkPath)},
+        {"--link PATH", "create the symbolic link PATH to the terminal", path(s.linkPath)},
         {"--chip FILE", "keep the chip in FILE (64 KiB, plain bytes) and FILE.lock",
          path(s.chipFile)},
         {"--trace FILE", "trace frames, replies and protocol errors to FILE; - is stdout",
@@ -69,10 +69,10 @@ std::vector<Option> optionsFor(Settings& s) {
         {"--write-time US", "microseconds from a write frame to its reply, 0 if not given",
          number(s.options.writeTimeUs, 10, 0, 60'000'000,
                 "microseconds from 0 to 60000000 expected")},
-        {"--fill HH", "every byte of a new chip, A5 if not given",
+        {"--fill HH", "value of every byte of a new chip, A5 if not given",
          number(s.options.fill, 16, 0, 0xFF, "a byte in hexadecimal expected")},
-        {"--firmware TEXT", "identify text, 12 characters", firmware(s.options.firmware)},
-        {"--fault TEXT", "a fault (see below), may be given again", fault(s.options.faults)},
+        {"--firmware TEXT", "firmware text, 12 characters", firmware(s.options.firmware)},
+        {"--fault TEXT", "a fault (see below), can be repeated", fault(s.options.faults)},
         {"--help", "this text", flag(s.help)},
     };
 }
@@ -85,11 +85,10 @@ std::string HelpText() {
     for (const Option& option : optionsFor(unused))
         text += HelpLine(option.text, option.meaning);
     return text + "\nFaults:\n" + FaultHelp() +
-           "\nIt runs until it gets SIGTERM, SIGINT or SIGHUP, or its cable is pulled. Exit "
-           "status:\n"
-           "0 success, 1 the terminal or a file failed, 2 wrong option, 3 protocol errors (see "
-           "the\n"
-           "trace, lines with !).\n";
+           "\nIt runs until it receives SIGTERM, SIGINT or SIGHUP, or its cable is pulled. Exit\n"
+           "status: 0 success, 1 the terminal or a file failed, 2 invalid option, 3 protocol "
+           "errors\n"
+           "(see the trace, lines with !).\n";
 }
 
 std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments) {

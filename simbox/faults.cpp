@@ -31,9 +31,10 @@ constexpr std::array<Form, 13> forms{{
     {"chatter@F:K:Tms", Chatter, "K unrequested bytes, T milliseconds after the reply"},
     {"status@F:HH...", Status, "these bytes (hexadecimal) instead of the reply"},
     {"identify:K", Identify, "every identify reply has K bytes"},
-    {"program-error:A", ProgramError, "every write over chip address A (4 hex digits) fails there"},
+    {"program-error:A", ProgramError,
+     "every write that includes chip address A (4 hex digits) fails there"},
     {"lie:A", Lie, "every write skips the byte at A and reports success"},
-    {"pull@F", Pull, "the cable is pulled when the frame is in, before its reply"},
+    {"pull@F", Pull, "the cable is pulled after the frame, before its reply"},
 }};
 
 bool parseFrame(std::string_view text, Fault& fault) {
@@ -108,7 +109,7 @@ std::variant<Fault, std::string> ParseFault(std::string_view text) {
         return f.text.substr(0, f.text.find_first_of("@:")) == name;
     });
     if (form == forms.end())
-        return "no fault is called \"" + std::string(name) + "\"";
+        return "unknown fault \"" + std::string(name) + "\"";
     Fault fault;
     fault.kind = form->kind;
     if (fault.kind == Identify)
@@ -123,7 +124,7 @@ std::variant<Fault, std::string> ParseFault(std::string_view text) {
                    " expected";
     }
     if (!rest.empty())
-        return "\"" + std::string(rest) + "\" is too much";
+        return "unexpected \"" + std::string(rest) + "\" at the end";
     return fault;
 }
 
@@ -131,7 +132,7 @@ std::string FaultHelp() {
     std::string text;
     for (const Form& form : forms)
         text += HelpLine(form.text, form.meaning);
-    return text + "F is the frame: 7 is the 7th of all, W3 the 3rd \"W\", R every \"R\". Counting "
+    return text + "F is the frame: 7 is the 7th frame, W3 the 3rd \"W\", R every \"R\". Counting "
                   "starts at 1\nand includes every whole frame, the identify frame too.\n";
 }
 

@@ -39,7 +39,7 @@ bool Application::notify(QObject* receiver, QEvent* event) {
 
 int Application::reportError() {
     constexpr int failureStatus = 1;
-    std::string cause = "An error of unknown kind.";
+    std::string cause = "Unknown error.";
     try {
         throw;
     } catch (const std::bad_alloc&) {

@@ -94,7 +94,7 @@ std::string lockedByAnother(const std::string& path) {
                              });
     if (holder != getpid() && isRunning(holder) && sameProgram)
         return "process " + std::to_string(holder) + (names.empty() ? "" : " (" + names[0] + ")") +
-               " holds it by the lock file " + file + ".";
+               " has locked it with the lock file " + file + ".";
     unlink(file.c_str()); // QSerialPort would keep to some forms of it for half a minute
     return {};
 }
@@ -111,7 +111,7 @@ std::string whyNotOpened(const std::string& path, const std::string& otherwise) 
                "\", of which you are not a member.";
     const int descriptor = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
-        return errno == EBUSY ? "another program holds it."
+        return errno == EBUSY ? "another program is using it."
                               : std::strerror(errno) + std::string(".");
     const bool terminal = isatty(descriptor) != 0;
     close(descriptor);

@@ -31,7 +31,7 @@ void frmHelp::Form_Load() {
     try {
         const std::string file = platform::ReadWholeFile(path);
         if (!RichTextReader::Read(file, *rtb->document(), devicePixelRatioF()))
-            throw platform::FileError(path + ": is no rich text file");
+            throw platform::FileError(path + ": the file is not a rich text (RTF) file.");
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }

@@ -182,7 +182,7 @@ TEST_F(Files, EveryReaderRejectsPipesAndLargeFilesAndTextsMustExist) {
                       ": the file cannot be opened: No such file or directory.");
         }
         mkfifo(path.c_str(), 0600);
-        EXPECT_EQ(attempt(read, path), ": it is not an ordinary file.");
+        EXPECT_EQ(attempt(read, path), ": it is not a regular file.");
         folder.remove(name);
         folder.write(name, "");
         std::filesystem::resize_file(path, 1 << 30);

@@ -1,5 +1,5 @@
-// A run as a whole: the frames, pauses and texts of every function on one family of each path, and
-// what surrounds the function procedures.
+// A run as a whole: the frames and pauses of Read, Program, Erase and Lock on the families that
+// differ in them, and what surrounds the function procedures.
 #include "link/find_programmer.h"
 #include "tests/support/run_fixture.h"
 

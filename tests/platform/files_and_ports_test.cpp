@@ -66,9 +66,9 @@ TEST_F(ReplaceFile, RejectsWhatIsNotAFileAtOnce) {
     fs::create_symlink("/dev/null", folder.file("device"));
     fs::create_directory(folder.file("folder"));
     for (const char* name : {"pipe", "device", "folder"})
-        EXPECT_EQ(attempt(shortText, name), "it is not an ordinary file.") << name;
+        EXPECT_EQ(attempt(shortText, name), "it is not a regular file.") << name;
     fs::create_symlink("circle", folder.file("circle"));
-    EXPECT_EQ(attempt(shortText, "circle"), "the chain of links has no end.");
+    EXPECT_EQ(attempt(shortText, "circle"), "too many levels of symbolic links.");
     EXPECT_EQ(attempt(shortText, "none/file"), "no file can be created in the folder " +
                                                    folder.file("none") +
                                                    ": No such file or directory.");

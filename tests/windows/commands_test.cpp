@@ -104,8 +104,8 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
                 EXPECT_EQ(fill("A", "0", ""), "! Buffer Fill: The length" + not4);
                 EXPECT_EQ(window()->focusWidget(), find("txtLength"));
                 EXPECT_EQ(fill("A", "FFFF", "1173"), // the last byte would be 70001
-                          "! Buffer Fill: The length reaches past the end of the buffer: "
-                          "from FFFFH on there is room for 1172H bytes.");
+                          "! Buffer Fill: The range ends past the end of the buffer. "
+                          "From address FFFFH, the maximum length is 1172H.");
                 EXPECT_EQ(image(), erased);
                 fill("A", "FFFF", "1172");
             }});
@@ -169,7 +169,7 @@ TEST_F(Commands, ADeviceAndAPortAreKeptAndExitWritesThem) {
                 set("cmbCOM", "LPT1");
                 enter();
                 EXPECT_EQ(said(),
-                          "! Settings: \"LPT1\" is not a port. Choose one of COM1 to COM16.");
+                          "! Settings: \"LPT1\" is not a port. Choose a port from COM1 to COM16.");
                 EXPECT_EQ(find<QComboBox>("cmbCOM")->lineEdit()->selectedText(), "LPT1");
                 set("cmbCOM", "com16");
                 enter();
@@ -209,7 +209,7 @@ TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
     const std::string name = folder.file("quorven help.rtf");
     folder.write("quorven help.rtf", "no rich text");
     trigger("HelpContents", {read});
-    EXPECT_EQ(shown, name + ": is no rich text file");
+    EXPECT_EQ(shown, name + ": the file is not a rich text (RTF) file.");
     folder.remove("quorven help.rtf");
     trigger("HelpContents", {read});
     EXPECT_EQ(shown, name + ": the file cannot be opened: No such file or directory.");

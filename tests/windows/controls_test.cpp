@@ -237,5 +237,5 @@ TEST_F(Windows, AnErrorIsReportedWithItsCause) {
     };
     EXPECT_EQ(report(std::runtime_error("<b>")), "! QUORVEN: <b>");
     EXPECT_EQ(report(std::bad_alloc()), "! QUORVEN: There is not enough memory.");
-    EXPECT_EQ(report(1), "! QUORVEN: An error of unknown kind.");
+    EXPECT_EQ(report(1), "! QUORVEN: Unknown error.");
 }

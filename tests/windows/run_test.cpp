@@ -32,8 +32,7 @@ protected:
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] {
             if (CurrentLinkUser() != LinkUser::Run)
                 return;
-            if (const char code = static_cast<char>(state().TxFrame.at(4)); !after.ends_with(code))
-                after += code;
+            after += static_cast<char>(state().TxFrame.at(4));
             // Besides message boxes, which close by themselves, only the function window is open.
             QWidget* form = QApplication::activeModalWidget();
             const bool windowless = !form || form->inherits("QMessageBox");
@@ -73,7 +72,7 @@ protected:
         EXPECT_TRUE(form.isVisible());
     }
 
-    std::string after; // command codes of the frames after which it interfered, runs of one as one
+    std::string after; // command codes of the frames after which it interfered
     QTimer timer;
 };
 
@@ -96,9 +95,9 @@ TEST_F(Runs, AreReachedByNoEvent) {
     trigger("BufferEdit");
     interfere();
     run(Auto);
-    const std::string expected = "VSEVSVSRVSVTDWVSVSRVSVSRVSVSRVSVSLSLSLVSLSLSLVS";
-    EXPECT_EQ(after, expected);
-    EXPECT_EQ(frames().size(), 1 + expected.size() + 1); // "I", and a second "E"
+    EXPECT_EQ(frames(), "IVSEEVSVSRVSVTDWVSVSRVSVSRVSVSRVSVSLSLSLVSLSLSLVS");
+    for (const char code : std::string("VSTDWREL"))
+        EXPECT_NE(after.find(code), std::string::npos) << code;
     EXPECT_EQ(state().BufferData, Bytes(70001, 0x3C));
     endProgrammer();
     EXPECT_EQ(folder.read("chip.bin").substr(0, 257), std::string(256, '\x3C') + '\xFF');

@@ -117,7 +117,7 @@ TEST_F(Line, FailuresToOpenAreToldApart) {
     EXPECT_EQ(cause(name).find("you may not use it. It belongs to the group \""), 0U);
     ASSERT_EQ(openpty(&master, &held, nullptr, nullptr, nullptr), 0);
     ioctl(held, TIOCEXCL);
-    EXPECT_EQ(cause(ttyname(held)), "another program holds it.");
+    EXPECT_EQ(cause(ttyname(held)), "another program is using it.");
 }
 
 namespace {
@@ -132,7 +132,8 @@ struct LockFile : Line, testing::WithParamInterface<LockRow> {};
 const std::string parent = std::to_string(getppid());
 const std::string command = TemporaryFolder::readFile("/proc/" + parent + "/comm");
 
-constexpr char isHeld[] = " holds it by", isStrange[] = " is not a small regular file. Remove it.";
+constexpr char isHeld[] = " has locked it with",
+               isStrange[] = " is not a small regular file. Remove it.";
 constexpr char isNew[] = " names no running program. Remove it.";
 const LockRow lockRows[] = {
     {"Number", "      " + parent + "\n", isHeld},
