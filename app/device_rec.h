@@ -14,8 +14,8 @@ struct DeviceRec {
     std::string Text3;       // not used
     std::int16_t Family = 0; // row of FamilyTable, 0..50
     std::int32_t Size = 0;   // bytes of chip memory, 0..65536
-    std::int16_t PageSize =
-        0;                   // bytes of a page where the family writes pages, 1..128, dividing 256
+    // Bytes of a page where the family writes pages, 1..128, dividing 256.
+    std::int16_t PageSize = 0;
     std::int16_t Value7 = 0; // not used
     std::int16_t Value8 = 0; // not used
 };

@@ -1,4 +1,4 @@
-// Start-up and the files it reads: settings, device list, Auto sequence.
+// The start-up, and the start files: settings, device list, Auto sequence.
 //
 // All three must be in AppPath. Each procedure throws platform::FileError, which names the file,
 // the item and the cause, if a file is missing, damaged or outside its limits. A text may have up

@@ -67,7 +67,7 @@ struct State {
     // The Intel HEX file being read, records from element 1 on. Element 0 is where a line is built
     // when one is written.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
-    // Data records in HexRecords, 0..10000.
+    // Data records in HexRecords, 0..9999.
     std::int16_t HexRecordCount = 0;
     // Result of frmFileLoad: the type is Intel HEX, not binary.
     bool FileIsHex = false;

@@ -9,7 +9,8 @@ struct BufferView {
     virtual void Reopen() = 0;
 };
 
-// The view in use; the main window sets it.
+// The view in use; the main window sets it. Calling bufferView() without one is a programming
+// error.
 BufferView& bufferView();
 void useBufferView(BufferView* inUse);
 

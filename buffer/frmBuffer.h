@@ -10,8 +10,8 @@ class QLabel;
 class QScrollBar;
 
 // The page's text box: locked, without a scroll bar of its own. It reports what is pressed and
-// clicked and changes nothing by itself; the wheel turns the view's bar. A row is 0..15 (-1 for the
-// heading, 16 below the page), a column as in buffer/page_text.h.
+// clicked and changes nothing by itself; the wheel turns the view's bar. A row is 0..15, or -1
+// for the heading, a column as in buffer/page_text.h; HexEditor::Click ignores any other.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 

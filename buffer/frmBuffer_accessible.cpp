@@ -54,7 +54,7 @@ public:
         character.movePosition(QTextCursor::NextCharacter);
         const QRect right = page_->cursorRect(character);
         return {page_->viewport()->mapToGlobal(left.topLeft()),
-                QSize(right.left() - left.left(), left.height())};
+                QSize(std::max(0, right.left() - left.left()), left.height())};
     }
     int offsetAtPoint(const QPoint& point) const override {
         return page_->cursorForPosition(page_->viewport()->mapFromGlobal(point)).position();
@@ -69,6 +69,8 @@ public:
     // As typed, so that what keeps keys from the page keeps this from it too.
     void insertText(int offset, const QString& text) override {
         setCursorPosition(offset);
+        if (cursorPosition() != offset) // no digit
+            return;
         for (const QChar character : text) {
             QKeyEvent key(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, character);
             QCoreApplication::sendEvent(page_, &key);

@@ -31,6 +31,7 @@ QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
 
 frmFileLoad::frmFileLoad(QWidget* owner)
     : Form(owner, "frmFileLoad", QString(), 4680, 2025, Frame::None) {
+    modFunc::state().FileCancelled = true; // unless OK is pressed
     auto* Frame1 = addFrame(this, "Frame1", tr("File Type:"), {120, 120, 1695, 1095});
     Option1 = addOption(Frame1, "Option1", tr("Intel Hex"), {120, 240, 1095, 255});
     Option2 = addOption(Frame1, "Option2", tr("Binary"), {120, 600, 975, 255});

@@ -22,7 +22,7 @@ using platform::machine;
 constexpr std::int32_t writtenRecordBytes = 16;
 constexpr std::size_t headerCharacters = 9;
 constexpr std::size_t checkCharacters = 2;
-constexpr std::size_t longestLine =
+constexpr std::size_t maxLineCharacters =
     headerCharacters + std::size_t{2} * hexRecordDataBytes + checkCharacters;
 
 // `count` characters from `position`, counted from 1, as far as the line has them.
@@ -75,7 +75,7 @@ bool checkSumIsRight(const HexRec& record, std::string_view line) {
     return sum % 256 == 0;
 }
 
-void placeRecords() {
+void storeRecords() {
     State& s = state();
     for (std::int16_t number = 1; number <= s.HexRecordCount; ++number) {
         const HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
@@ -125,7 +125,8 @@ HexResult ReadHexText(const std::string& fileName, std::string text) {
                             " records.");
         HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
         const std::string_view line = reader.NextString("record");
-        record.Line = line.substr(0, longestLine); // a damaged file may be one line as a whole
+        record.Line =
+            line.substr(0, maxLineCharacters); // a damaged file may be one line as a whole
         readHeader(record, line, fileName, number);
         if (record.RecordType != 0) {
             s.HexRecordCount = static_cast<std::int16_t>(number - 1);
@@ -150,7 +151,7 @@ void OpenHexFile() {
     case HexResult::Complete:
         break;
     }
-    placeRecords();
+    storeRecords();
     ShowFileName();
     bufferView().Reopen();
 }

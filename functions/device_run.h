@@ -25,7 +25,7 @@ struct RunWindow {
     virtual void ShowProgress(int percent) = 0;                   // 0..100
     virtual void EnableRun(bool enabled) = 0;
     virtual void EnableClose(bool enabled) = 0;
-    // The window is destroyed; the run does not draw on it again.
+    // Closes the window; the run does not draw on it again.
     virtual void Close() = 0;
 };
 
@@ -76,7 +76,7 @@ private:
     void RunChosen(int index);
     // The procedure of a function code and EndFunction; nothing for Auto and for other numbers.
     void RunFunction(int code);
-    void DropStaleBytes(); // before every function
+    void DropStaleBytes(); // before the chosen function and before each entry of Auto
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();

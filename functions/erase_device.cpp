@@ -7,7 +7,7 @@
 
 namespace modFunc {
 
-// Erases the chip. The replies only pace the frames: whether the chip is erased is not known here,
+// Erases the chip. The replies only time the frames: whether the chip is erased is not known here,
 // Blank check finds out.
 void DeviceRun::EraseDevice() {
     constexpr int settleMs = 200;

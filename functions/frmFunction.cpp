@@ -36,8 +36,8 @@ frmFunction::frmFunction(QWidget* owner)
     auto* Frame1 = addFrame(this, "Frame1", tr("Message:"), {1680, 120, 3015, 2535}, lightGround());
     for (std::size_t line = 0; line < lblMsg.size(); ++line) {
         const int index = static_cast<int>(line);
-        lblMsg[line] = addLabel(Frame1, "lblMsg", QString(), {120, 240 + 240 * index, 2775, 255});
-        lblMsg[line]->setObjectName(QStringLiteral("lblMsg(%1)").arg(index));
+        lblMsg[line] = addLabel(Frame1, qPrintable(QStringLiteral("lblMsg(%1)").arg(index)),
+                                QString(), {120, 240 + 240 * index, 2775, 255});
         setTextColour(lblMsg[line], QColor(0, 0, 255));
     }
 

@@ -11,8 +11,8 @@ class QListWidget;
 class QPushButton;
 class ProgressValue;
 
-// The window from which a chip is driven. It shows a run and starts it; the run itself knows no
-// window and outlives this one when Read closes it.
+// Starts a run and shows it. After a Read has closed this window, the run continues; the object
+// lives until the run has ended.
 class frmFunction : public Form, private modFunc::RunWindow {
     Q_OBJECT
 

@@ -21,7 +21,7 @@ struct PortError : std::runtime_error {
 };
 
 // The serial line to the programmer: 57600 baud, byte transparent, no flow control, polled. A line
-// that is lost while open raises no error: it takes no more bytes and delivers none.
+// that is lost while open raises no error: it takes and delivers no more bytes.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
@@ -43,7 +43,8 @@ struct SerialPort {
     // 32767.
     virtual Bytes Input() = 0;
 
-    // Power-down frames that are sent on a crash, when no code of ours runs any more. Empty: none.
+    // Power-down frames that are sent on a crash, when no code of ours runs any more. Empty: no
+    // frames.
     virtual void setCrashFrames(const Bytes& frames) = 0;
 };
 
@@ -92,8 +93,8 @@ struct FileDialog {
     std::string FileName; // as the dialog gave it; stays between uses
 };
 
-// The machine as the core sees it: the controls of the main window and of the function window
-// that have no picture. Whoever starts the program makes it before the main window.
+// The machine as the core sees it: the invisible controls of the main window and of the function
+// window. main() creates it before the main window.
 struct Machine {
     SerialPort& cm;
     Timer& totmr;   // reply time-out, and the splash

@@ -24,7 +24,7 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
     return file.has_parent_path() ? file.parent_path() : ".";
 }
 
-// The name in use of a temporary file, for RemoveTemporaryFile; empty or null: none.
+// The name in use of a temporary file, for RemoveTemporaryFile; empty or null: no temporary file.
 std::atomic<const char*> temporaryName = nullptr;
 
 // What takes the new contents: a temporary file beside the target, removed unless it was renamed
@@ -130,8 +130,8 @@ std::filesystem::path linkedTarget(std::filesystem::path path) {
     return path;
 }
 
-// What the new file gets: the old one's, or what any new file gets. What must not be written is not
-// replaced, though renaming over it would work.
+// Owner and permissions for the new file: those of the old one, or the defaults. A file without
+// write permission is rejected, although the rename would succeed.
 FileRights rightsFor(const std::string& target) {
     constexpr mode_t permissionBits = 07777;
     struct stat old{};

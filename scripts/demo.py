@@ -4,7 +4,7 @@
 # device selected; every menu command. Each step is checked by what the windows show and by another
 # reader of the files.
 #
-#   demo.py play       in build/play, pictures of the windows in build/run/pictures
+#   demo.py run        in build/demo, pictures of the windows in build/run/pictures
 #   demo.py pictures   takes docs/pictures, at 100 % and at 200 %
 #   demo.py test QUORVEN SIMBOX FOLDER
 #                      the end-to-end test, in Latin-1 and with a decimal comma
@@ -114,7 +114,7 @@ class Job:
 
     def open_help(self):
         self.dialog("Help", "Contents", "QUORVEN Help", "help")
-        same("place in the guide", Atspi.Text.get_caret_offset(self.app.item("Help", TEXT)), 0)
+        same("position in the guide", Atspi.Text.get_caret_offset(self.app.item("Help", TEXT)), 0)
         self.app.keys("Escape")
 
     def exit(self):
@@ -123,8 +123,8 @@ class Job:
         same("status of simbox", self.box.stop(), 0)
 
 
-def play(screen, quorven, simbox, folder, env=None, take=lambda name: None, sample="sample.hex",
-         copy="edited"):
+def run_job(screen, quorven, simbox, folder, env=None, take=lambda name: None,
+            sample="sample.hex", copy="edited"):
     shutil.copytree(DATA, folder)
     (folder / "sample.hex").rename(folder / sample)
     (folder / "com6").symlink_to("com5")
@@ -205,11 +205,11 @@ def test(*paths):
     env = {"LOCPATH": str(scratch), "LC_ALL": "de_DE"}
     same("locale", subprocess.check_output(["locale", "charmap"], env=env), b"ISO-8859-1\n")
     with Screen() as screen:
-        play(screen, *programs, scratch / "Prüfstand Ä", env, sample="Gerät № 1.hex",
-             copy="Kopie für später")
+        run_job(screen, *programs, scratch / "Prüfstand Ä", env, sample="Gerät № 1.hex",
+                copy="Kopie für später")
 
 
-def with_pictures(folder=BUILD / "play", pictures=BUILD / "run/pictures", suffix="", scale="1"):
+def with_pictures(folder=BUILD / "demo", pictures=BUILD / "run/pictures", suffix="", scale="1"):
     def take(name):
         rc.write_text("<openbox_config xmlns='http://openbox.org/3.4/rc'><theme><titleLayout>"
                       f"{TITLE_BARS.get(name, 'NLC')}</titleLayout></theme></openbox_config>")
@@ -220,7 +220,8 @@ def with_pictures(folder=BUILD / "play", pictures=BUILD / "run/pictures", suffix
         rc = pathlib.Path(screen.env["HOME"], ".config/openbox/rc.xml")
         for path in (rc.parent, pictures):
             path.mkdir(parents=True, exist_ok=True)
-        play(screen, BUILD / "quorven", BUILD / "simbox", folder, {"QT_SCALE_FACTOR": scale}, take)
+        run_job(screen, BUILD / "quorven", BUILD / "simbox", folder, {"QT_SCALE_FACTOR": scale},
+                take)
 
 
 def for_docs():
@@ -231,4 +232,4 @@ def for_docs():
 
 
 if __name__ == "__main__":
-    {"play": with_pictures, "pictures": for_docs, "test": test}[sys.argv[1]](*sys.argv[2:])
+    {"run": with_pictures, "pictures": for_docs, "test": test}[sys.argv[1]](*sys.argv[2:])

@@ -14,7 +14,7 @@
 # Each verb acts on the windows of its own program, found by process group, so a wrapper may fork.
 # Every verb waits until it can act and raises Failure at its limit (seconds), or as soon as the
 # program has ended. Controls are found by their accessible name, as a screen reader says it, and
-# their role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITEM, FRAME or any other Atspi.Role.
+# their role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITEM or any other Atspi.Role.
 #
 #   screen.env                       the environment of its programs; program(env=...) adds to it
 #   screen.program(path, folder, env={}, wrapper=[])
@@ -30,7 +30,7 @@
 #   app.rows(list)                   the texts of all its rows
 #   app.press(name), .select(list, row), .fill(text box, text), .menu(menu, entry)
 #   app.keys("ctrl+a", "Down"), .type(text)
-#   app.message(title, text, button="OK")    waits for this message box, then presses the button
+#   app.message(title, text)         waits for this message box, then presses OK
 #   app.texts(*roles, title=None)    the texts of what is shown with these roles; without: of labels
 #   app.wait_for(text, seconds=20)   waits for a label with exactly this text
 #   app.wait(what, condition, seconds=20), wait(...)    polls; the condition's first true value
@@ -59,7 +59,7 @@ warnings.simplefilter("ignore", DeprecationWarning)
 Role, State = Atspi.Role, Atspi.StateType
 BUTTON = getattr(Role, "BUTTON", None) or Role.PUSH_BUTTON  # renamed in at-spi 2.56
 LIST, ROW, TEXT, LABEL = Role.LIST, Role.LIST_ITEM, Role.TEXT, Role.LABEL
-RADIO, MENU_ITEM, FRAME = Role.RADIO_BUTTON, Role.MENU_ITEM, Role.FRAME
+RADIO, MENU_ITEM = Role.RADIO_BUTTON, Role.MENU_ITEM
 libc = ctypes.CDLL(None)
 
 
@@ -250,10 +250,10 @@ class Program(Process):
         self.wait(f"{entry!r} to be chosen", lambda: has(item, State.FOCUSED) or self.keys("Down"))
         self.keys("Return")
 
-    def message(self, title, text, button="OK", seconds=20):
+    def message(self, title, text, seconds=20):
         self.window(title, seconds)
         self.wait_for(text)
-        self.press(button)
+        self.press("OK")
 
 
 # The environment of all programs, with their accessibility bus: one for all screens, since the

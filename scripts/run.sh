@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Sets up, builds, and runs the program with the simulated programmer at port 5, in build/run; the
-# exit status is the program's. Without a display it plays the sample job on a virtual one instead,
-# see scripts/demo.py, with pictures in build/run/pictures.
+# exit status is the program's. Without a display it runs the demo of
+# scripts/demo.py on a virtual one instead, with pictures in build/run/pictures.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/build.sh
 [[ -d build/run ]] || cp -r data build/run # kept, with its user's settings
 if [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
-    rm -rf build/play build/run/pictures
-    exec scripts/demo.py play
+    rm -rf build/demo build/run/pictures
+    exec scripts/demo.py run
 fi
 
 cd build/run

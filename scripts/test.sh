@@ -72,7 +72,7 @@ check_package() {
 # Lines of the named files that are neither blank nor a comment alone, which begins with $1.
 count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
-# Everything that only tests is counted, but for images and corpora.
+# Everything that only tests is counted, except images and corpora.
 show_test_share() {
     local code tests
     code=$(sources "${code_folders[@]}" | count_lines //)
@@ -83,7 +83,7 @@ show_test_share() {
 }
 
 # A number from the head of the results, 0 where it is not given.
-counted() { sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1; }
+counted() { printf '%d\n' "$(sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1)"; }
 
 # A skipped or disabled test is news and no success.
 count() {

@@ -38,15 +38,14 @@ frmEditAuto::frmEditAuto(QWidget* owner)
     cmdMoveLeftAll->setAccessibleName(tr("Remove all"));
     followInTabOrder({lstIn, lstOut, cmdOk, cmdCancel, cmdMoveRight, cmdMoveLeft, cmdMoveLeftAll});
 
-    constexpr int functionCount = static_cast<int>(FunctionCode::Auto);
-    for (int code = 0; code < functionCount; ++code)
-        if (DeviceRun::functions.at(static_cast<std::size_t>(code)).inAutoEditor)
-            addFunction(lstIn, code);
+    for (std::size_t code = 0; code < DeviceRun::functions.size(); ++code)
+        if (DeviceRun::functions[code].inAutoEditor)
+            addFunction(lstIn, static_cast<int>(code));
     lstIn->setCurrentRow(0);
     const State& s = state();
     for (int entry = 1; entry <= s.AutoCount; ++entry) {
         const int code = s.AutoList.at(static_cast<std::size_t>(entry));
-        if (code >= 0 && code < functionCount)
+        if (code >= 0 && code < static_cast<int>(FunctionCode::Auto))
             addFunction(lstOut, code);
     }
     enableArrows();

@@ -26,8 +26,8 @@ frmSettings::frmSettings(QWidget* owner)
     cmbCOM->setFont(sansFont());
     cmbCOM->setAccessibleName(tr("Port"));
     cmbCOM->setEditable(true);
-    cmbCOM->setInsertPolicy(QComboBox::NoInsert); // a typed text becomes no entry
-    cmbCOM->setCompleter(nullptr);                // nor does a part of one
+    cmbCOM->setInsertPolicy(QComboBox::NoInsert); // typed text is not added to the list
+    cmbCOM->setCompleter(nullptr);                // and not completed
     cmbCOM->setMaxVisibleItems(portCount);
     for (int port = 1; port <= portCount; ++port)
         cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
@@ -45,7 +45,7 @@ void frmSettings::connectHandlers() {
 // The text decides: it may have been typed.
 void frmSettings::cmdOk_Click() {
     const QString text = cmbCOM->currentText();
-    const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // except for case
+    const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // ignores case
     if (entry < 0) {
         platform::machine().msgBox.Show("Settings",
                                         "\"" + text.toStdString() +

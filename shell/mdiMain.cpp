@@ -192,7 +192,7 @@ void mdiMain::connectHandlers() {
 void mdiMain::Load() {
     State& s = state();
     QString version = QString::fromStdString(s.ProgramVersion);
-    version.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's sign of a changed file
+    version.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's mark of a changed file
     setWindowTitle(QStringLiteral("QUORVEN ~ USB Programmer - Ver.") + version);
     s.TimedOut = false;
     {
@@ -221,26 +221,23 @@ void mdiMain::closeEvent(QCloseEvent* event) {
 
 // A failure ends the command without a message; what it leaves is documented at the loaders and
 // savers.
-void mdiMain::FileLoad_Click() {
+void mdiMain::transferFile(bool (platform::FileDialog::*ask)(), void (*hex)(), void (*binary)()) {
     try {
-        if (!machine_.cdia.ShowOpen())
+        if (!(machine_.cdia.*ask)())
             return;
         frmFileLoad(this).exec();
         if (!state().FileCancelled)
-            state().FileIsHex ? OpenHexFile() : OpenBinFile();
+            state().FileIsHex ? hex() : binary();
     } catch (const std::exception&) { // no message
     }
 }
 
+void mdiMain::FileLoad_Click() {
+    transferFile(&platform::FileDialog::ShowOpen, OpenHexFile, OpenBinFile);
+}
+
 void mdiMain::FileSave_Click() {
-    try {
-        if (!machine_.cdia.ShowSave())
-            return;
-        frmFileLoad(this).exec();
-        if (!state().FileCancelled)
-            state().FileIsHex ? SaveHexFile() : SaveBinFile();
-    } catch (const std::exception&) { // no message
-    }
+    transferFile(&platform::FileDialog::ShowSave, SaveHexFile, SaveBinFile);
 }
 
 void mdiMain::FileExit_Click() {

@@ -24,8 +24,8 @@ public:
     void Load();
 
 protected:
-    // Unloads the window: the settings are written and the program ends. While a run goes on the
-    // request is kept until its last frame, and while discovery waits.
+    // Writes the settings and ends the program. While a run or discovery uses the link, the request
+    // is kept and carried out afterwards.
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -36,6 +36,7 @@ private:
 
     void FileLoad_Click();
     void FileSave_Click();
+    void transferFile(bool (platform::FileDialog::*ask)(), void (*hex)(), void (*binary)());
     void FileExit_Click();
     void BufferEdit_Click();
     void BufferClear_Click();

@@ -1,5 +1,8 @@
 #include "simbox/chip_file.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -22,9 +25,10 @@ void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes) {
     std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(file));
     file.close();
     if (!file) {
+        const std::string cause = std::strerror(errno);
         std::error_code ignored;
         fs::remove(temporary, ignored);
-        throw std::runtime_error("cannot write " + temporary);
+        throw std::runtime_error("cannot write " + temporary + ": " + cause);
     }
     fs::rename(temporary, path);
 }
@@ -33,10 +37,12 @@ void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes) {
 
 ChipFile::ChipFile(std::string path, Chip& chip) : path_(std::move(path)), chip_(chip) {
     if (!path_.empty() && fs::exists(path_)) {
+        if (!fs::is_regular_file(path_))
+            throw std::runtime_error(path_ + " is not a regular file");
         std::ifstream file(path_, std::ios::binary);
         const std::vector<std::uint8_t> bytes(std::istreambuf_iterator<char>(file), {});
         if (!file)
-            throw std::runtime_error("cannot read " + path_);
+            throw std::runtime_error("cannot read " + path_ + ": " + std::strerror(errno));
         if (bytes.size() > Chip::sizeBytes)
             throw std::runtime_error(path_ + " is longer than a chip of 65536 bytes");
         chip_.Load(bytes);

@@ -24,8 +24,8 @@ enum class FaultKind {
     Status,       // `bytes` instead of the reply, whatever the frame did [bytes]
     Identify,     // the reply is `count` bytes: truncated, or padded with EE [count]
     ProgramError, // every write over `address` stops there and reports it [address, no frame]
-    Lie,          // every write over `address` skips that byte and reports success [as before]
-    Pull          // the cable is pulled when the frame is in; it is not carried out
+    Lie, // every write over `address` skips that byte and reports success [address, no frame]
+    Pull // the cable is pulled when the frame is in; it is not carried out
 };
 
 struct Fault {

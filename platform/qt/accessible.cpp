@@ -68,7 +68,7 @@ void useOwnAccessibles() {
 }
 
 void announce(QWidget* window, const QString& text) {
-    if (!QAccessible::isActive() || !window || text.isEmpty())
+    if (!QAccessible::isActive() || !window || !window->isVisible() || text.isEmpty())
         return;
     const QString name = QStringLiteral("notification");
     auto* notification = window->findChild<QWidget*>(name, Qt::FindDirectChildrenOnly);

@@ -1,4 +1,4 @@
-// What assistive programs are given where Qt's own interfaces do not do.
+// Accessible interfaces for widgets where Qt's own are missing or wrong.
 #pragma once
 
 #include <QTimer>
@@ -20,8 +20,8 @@ void useOwnAccessibles();
 // not shown.
 void announce(QWidget* window, const QString& text);
 
-// Tells assistive programs, at most four times a second, the value of a progress bar that is drawn
-// by `track`; the last value always.
+// Reports to assistive programs the value of a progress bar that is drawn by `track`: at most four
+// times a second, and always the last value.
 class ProgressValue : public QWidget, public OwnAccessible {
 public:
     ProgressValue(QWidget* track, const QString& name);

@@ -37,11 +37,11 @@ void showText(QLabel* label, const QString& text);
 void fitText(QAbstractButton* button, int extraPixels);
 
 void setTextColour(QWidget* widget, const QColor& colour);
-// The ground under the colours that are the program's own and made for a light desktop: none on
-// such a desktop, a light one on a dark desktop.
+// The ground for colours that are fixed for a light desktop: a light brush on a dark desktop, no
+// brush on a light one.
 QBrush lightGround();
-// The rectangle to draw along with a pen of one unit so that the line lies inside `edges`, at
-// every scale of the screen.
+// `edges` reduced by half a pen width on each side: a line drawn along it with a pen of one unit
+// lies inside `edges` at every screen scale.
 QRectF insidePen(const QRect& edges);
 
 // Makes the widgets follow each other in the tab order as listed.

@@ -2,11 +2,12 @@
 
 #include <QDialog>
 
-// Least width in pixels at which a title is readable in full in the title bar that Qt itself draws
-// on Wayland; 0 elsewhere.
+// Minimum width in pixels at which a title is readable in full in the title bar that Qt itself
+// draws on Wayland; 0 elsewhere.
 int minTitleBarWidth(const QString& title);
 
-// While another program is in front: has the desktop point to this one, as it does that.
+// Asks the desktop to draw attention to this program (a flashing taskbar entry, for instance)
+// unless it is the active one.
 void callUser();
 
 // A dialog of fixed size in the middle of the screen.

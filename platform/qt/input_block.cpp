@@ -37,7 +37,8 @@ InputBlock::InputBlock(QWidget* window, std::function<bool()> blocked)
     qApp->installEventFilter(this);
 }
 
-// An action or a widget inside the window, and not inside another window that it owns.
+// A widget inside the window, and not inside another window that it owns. Actions of a menu do not
+// count: mdiMain checks LinkInUse for them.
 bool InputBlock::isInside(const QObject* object) const {
     for (; object; object = object->parent()) {
         if (object == window_)

@@ -12,6 +12,6 @@ class QWidget;
 // double click with the left button is a double click.
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const TwipsRect& rect);
-// The highlighted row, from 0; -1 for none. A row that only has the keyboard's focus is not
-// highlighted.
+// The highlighted row, from 0; -1 if no row is highlighted. A row that only has the keyboard's
+// focus is not highlighted.
 int highlightedRow(const QListWidget* list);

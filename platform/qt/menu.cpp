@@ -17,7 +17,7 @@ protected:
         for (QAction* entry : actions()) {
             if (letter.isEmpty() || entry->text().contains(u'&' + letter, Qt::CaseInsensitive))
                 return QMenu::keyPressEvent(event);
-            if (entry->text().startsWith(letter, Qt::CaseInsensitive))
+            if (entry->text().remove(u'&').startsWith(letter, Qt::CaseInsensitive))
                 found << entry;
         }
         if (found.isEmpty())

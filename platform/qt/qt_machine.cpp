@@ -91,14 +91,14 @@ bool QtFileDialog::ShowSave() {
 
 // Qt's own dialog: the desktop's would test names and ask before overwriting.
 bool QtFileDialog::show(bool saving) {
-    constexpr int longestName = 260;
+    constexpr int maxNameCharacters = 260;
     QFileDialog dialog(owner);
     dialog.setObjectName(QStringLiteral("cdia"));
     dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
     dialog.setAcceptMode(saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::AnyFile);
     if (auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
-        name->setMaxLength(longestName);
+        name->setMaxLength(maxNameCharacters);
     if (FileName.empty())
         dialog.setDirectory(QDir::currentPath());
     else

@@ -94,7 +94,6 @@ void QtSerialPort::Open() {
     port.setPortName(QString::fromStdString(name));
     if (!port.open(QIODevice::ReadWrite)) {
         const std::string cause = port.errorString().toStdString();
-        line_->close();
         throw platform::PortError(name + ": " + whyNotOpened(name, cause));
     }
     GuardPort(port.handle(), lockFileOf(name));

@@ -6,10 +6,10 @@
 #include <memory>
 
 // The serial port on QSerialPort. A line that hangs up while open is closed by the next events; it
-// delivers no bytes and takes none until it is opened again.
+// takes and delivers no bytes until it is opened again.
 class QtSerialPort final : public platform::SerialPort {
 public:
-    // `portName` gives the system's name of a port number, empty for none.
+    // `portName` gives the system's name of a port number, empty if there is no such port.
     explicit QtSerialPort(std::function<std::string(int)> portName);
     ~QtSerialPort() override;
 

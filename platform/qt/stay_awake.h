@@ -2,9 +2,9 @@
 
 #include <QDBusPendingCall>
 
-// As long as it lives, the computer neither sleeps nor counts as idle: the session manager has been
-// asked for that, where there is one. Nothing waits for its reply; Application has made the
-// connection.
+// Asks the session manager (logind), for as long as it lives, not to suspend the computer or treat
+// it as idle. Does not wait for the reply; without a session manager it has no effect. Application
+// has opened the connection.
 class StayAwake {
 public:
     explicit StayAwake(const QString& why);

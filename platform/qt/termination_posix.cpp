@@ -39,7 +39,7 @@ void wakeEventQueue(int) {
     [[maybe_unused]] const ssize_t ignored = write(wakePipe[1], &any, 1);
 }
 
-// The signal's own effect follows: the handler was for one time only.
+// SA_RESETHAND has restored the default action, which raise() now takes.
 void crash(int signal) {
     cleanUp();
     raise(signal);
@@ -56,12 +56,12 @@ void installHandler(int signal, void (*handler)(int), int flags) {
 }
 
 // A chip must not stay powered while the process is stopped.
-void stopUnlessRunning(int signal) {
+void stopUnlessRunInProgress(int signal) {
     if (crashFrames.load())
         return;
     installHandler(signal, SIG_DFL, 0);
     raise(signal); // stops here
-    installHandler(signal, stopUnlessRunning, SA_RESTART | SA_NODEFER);
+    installHandler(signal, stopUnlessRunInProgress, SA_RESTART | SA_NODEFER);
 }
 
 // A crash may be the stack's own overflow.
@@ -119,7 +119,7 @@ void HandleSignals(std::function<void()> save) {
             installHandler(signal, SIG_IGN, 0);
             break;
         case SIGTSTP:
-            installHandler(signal, stopUnlessRunning, SA_RESTART | SA_NODEFER);
+            installHandler(signal, stopUnlessRunInProgress, SA_RESTART | SA_NODEFER);
             break;
         default: // SIGKILL and SIGSTOP reject any handler
             installHandler(signal, crash, SA_RESETHAND | SA_NODEFER | SA_ONSTACK);

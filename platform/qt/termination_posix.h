@@ -18,11 +18,11 @@ void OpenStandardDescriptors();
 // that was ignored at the start stays ignored.
 void HandleSignals(std::function<void()> save);
 
-// The open port and its lock file, empty where there is none; -1: the port has been closed.
+// The open port and its lock file, empty if there is no lock file; -1: the port has been closed.
 void GuardPort(int descriptor, const std::string& lockFile = {});
 // Power-down frames that are sent on a crash: to be set while a run is in progress. The bytes must
-// stay valid until others are set; null: none.
-void SetCrashFrames(const char* bytes, int count);
+// stay valid until others are set; null: no frames.
+void SetCrashFrames(const char* bytes, int byteCount);
 
 // Sends the crash frames, if any, to the guarded port: once, however often it is called.
 void SendCrashFrames();

@@ -12,8 +12,8 @@
 
 namespace {
 
-// What may be shown is measured in the time that a character takes, less than a microsecond.
-// Everything else counts as so many of them.
+// The page has a budget, counted in the layout time of one Latin character (less than a
+// microsecond). Everything else costs a multiple of it.
 constexpr qint64 room = 2'400'000;
 constexpr qint64 runCost = 20;
 constexpr qint64 tabCost = 40;
@@ -33,7 +33,7 @@ qint64 area(QSize size) {
     return qint64{size.width()} * size.height();
 }
 
-// The longest that a text can become: in a table each of its characters may have its own line.
+// Upper bound of the cost: in a table each character may get a line of its own.
 qint64 costOf(const QString& text, qint64 height, bool inTable) {
     const qint64 ownLine = height / 2;
     const qint64 sharedLine = height * height / 280;

@@ -28,7 +28,8 @@ public:
     // `document` is empty. `pixelRatio`: pixels of the screen to a device-independent one.
     HelpPage(QTextDocument& document, double pixelRatio);
 
-    // Both begin a paragraph where there is none, in a cell of a table or outside of tables.
+    // Both begin a paragraph if there is no paragraph yet, in a cell of a table or outside of
+    // tables.
     void AddText(const QString& text, const QTextCharFormat& format, bool inTable);
     // `bytes`: a PNG or JPEG file; left out if it is damaged or another kind of file. An empty
     // `size`: the picture's own.

@@ -39,8 +39,8 @@ char16_t symbol(int byte) {
     return found < bytes.size() ? symbols[found] : codePage1252(byte);
 }
 
-// No control characters, and none that a text document uses for itself. For some scripts Qt prints
-// a warning about each font that cannot shape them.
+// No control characters, and no characters that a text document uses for itself. For some scripts
+// Qt prints a warning about each font that cannot shape them.
 bool isShown(char32_t code) {
     const QChar::Script script = QChar::script(code);
     const bool needsShaping = (script >= QChar::Script_Syriac && script <= QChar::Script_Sinhala) ||

@@ -67,7 +67,7 @@ private:
         int value = 0;
         bool given = false;
         bool On() const { return !given || value != 0; } // for words that switch
-        // Of a length in units of so many twips, in bounds that no page reaches.
+        // The value as a length in pixels; one unit is `twips` twips. Limited to 32,000 twips.
         int Pixels(int twips = 1) const {
             constexpr int max = 32'000;
             return pixels(std::clamp(value, -max / twips, max / twips) * twips);

@@ -23,7 +23,7 @@ QUORVEN, SIMBOX, FAULTS, SCRATCH = (os.path.abspath(path) for path in sys.argv[1
 AT_ONCE = 6  # since most of a case is waiting
 
 # The library's folder by itself: a blank in LD_PRELOAD separates two. Leaks are not looked for:
-# Qt's connections leak at a sudden exit.
+# Qt's connections leak on abnormal termination.
 PRELOADED = {"LD_PRELOAD": os.path.basename(FAULTS), "LD_LIBRARY_PATH": os.path.dirname(FAULTS),
              "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0:"
                              "handle_segv=0:handle_sigbus=0:handle_sigfpe=0"}

@@ -46,7 +46,7 @@ const ProgramRun runs[] = {
     {"AddressOf3Digits", "--fault lie:123", 2, {R"(":" and a chip address of four hexadecimal)"}},
     {"TooMuch", "--fault pull@2:3", 2, {R"(--fault "pull@2:3": unexpected ":3" at the end)"}},
     {"TraceNotWritable", "--trace none/t", 1, {"simbox: cannot write none/t\n"}},
-    {"ChipNotWritable", "--chip none/c", 1, {"simbox: cannot write none/c.tmp\n"}},
+    {"ChipNotWritable", "--chip none/c", 1, {"simbox: cannot write none/c.tmp: No such file"}},
     {"ChipTooLong", "--chip long", 1, {"simbox: long is longer than a chip of 65536 bytes\n"}},
     {"LinkOverAFile", "--link long", 1, {"simbox: long exists and is not a symbolic link"}},
     {"ProtocolError",
