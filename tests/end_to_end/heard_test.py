@@ -110,8 +110,11 @@ with Screen() as screen:
     app.window("")
     app.press("OK")
     focused("Buffer", TEXT)
-    app.keys("Tab", "Tab")
+    app.keys("Tab", "Down")  # in the scroll bar
+    hears("0010 6D")
+    app.keys("Up", "Tab")
     focused("Buffer", TEXT)
+    said.clear()
     app.keys("Right", "Right")
     hears("0001 55")
     app.keys(*["Down"] * 16)

@@ -25,12 +25,16 @@ protected:
     // What the failure says after the name of the file; empty on success. Nothing is left beside
     // it.
     std::string attempt(const std::string& contents, const std::string& name = "file") {
+        const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
         const std::vector<std::string> before = folder.names();
+        const auto openBefore = open();
         try {
             platform::ReplaceFile(folder.file(name), contents);
+            EXPECT_EQ(open(), openBefore);
             return "";
         } catch (const platform::FileError& error) {
             EXPECT_EQ(folder.names(), before);
+            EXPECT_EQ(open(), openBefore);
             const std::string text = error.what();
             EXPECT_TRUE(text.starts_with(folder.file(name) + ": ")) << text;
             return text.substr(folder.file(name).size() + 2);

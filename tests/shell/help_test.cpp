@@ -130,7 +130,7 @@ const Row texts[] = {
      "¶<columns 20 40>[1¶2][]x¶"},
     {"MoreCells", R"(\trowd\cellx9\pard\intbl 1\cell 2\cell\row 3\cell\row\pard x)",
      "¶<columns 1>[1¶2][3]x¶"},
-    {"NoDescription", R"(\pard\intbl a\cell\row\pard after\par)", "¶[a]after¶"},
+    {"NoDescription", R"(\pard\intbl a\cell\row\pard after\par more)", "¶[a]after¶more¶"},
     {"NoRowEnd", R"(\trowd\cellx9\pard\intbl a\pard\par b\par)", "a¶b¶"},
     {"Borders",
      R"({\colortbl;\red1\green2\blue255;}\trowd\trleft15\clbrdrt\brdrs\clcbpat1\cellx600\pard\intbl x\cell\row)",
@@ -219,7 +219,7 @@ TEST(Help, SurvivesDamageAndNoLibraryPrintsAWord) {
 TEST(Help, OfTwoHundredPagesIsWholeAndAnEndlessOneSaysSo) {
     const std::string page =
         repeated("{\\b Some} words of a guide, in a paragraph. ", 280) + "\\par ";
-    const std::string guide = "\\fs20 " + repeated(page, 620'000) + "the end";
+    const std::string guide = "\\qc\\fs20 " + repeated(page, 620'000) + "the end";
     EXPECT_NE(shown(guide).find("the end¶"), std::string::npos);
     EXPECT_TRUE(shown(guide + repeated("word ", 4'000'000))
                     .ends_with("¶The rest of this file is not shown.¶"));

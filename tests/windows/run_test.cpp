@@ -11,7 +11,7 @@ namespace {
 
 class Runs : public Windows {
 protected:
-    // What the function window shows after a run: first line, percentage, width of the bar.
+    // The function window after a run: first line, percentage, width of the bar, whether closed.
     std::string run(FunctionCode code) {
         std::string line;
         trigger("DeviceFunction", {[&] {
@@ -21,7 +21,9 @@ protected:
                     for (const char* label : {"lblMsg(0)", "lblProgress"})
                         line += form->findChild<QLabel*>(label)->text().toStdString();
                     line += std::to_string(form->findChild<QWidget*>("shpProgress")->width());
-                    if (form->isVisible())
+                    if (!form->isVisible())
+                        line += " closed";
+                    else
                         click("cmdClose");
                 }});
         return line;
@@ -111,7 +113,7 @@ TEST_F(Runs, ARequestToCloseTheFunctionWindowWaitsForTheEnd) {
     start(found);
     trigger("BufferEdit");
     interfere();
-    EXPECT_EQ(run(FunctionCode::Blank), "Blank Checking ...   Device Fault!0%0");
+    EXPECT_EQ(run(FunctionCode::Blank), "Blank Checking ...   Device Fault!0%0 closed");
     EXPECT_EQ(said(), "! Device Error: Communication Error!");
     EXPECT_EQ(frames(), "IVSRRVS");
 }
