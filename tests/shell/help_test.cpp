@@ -36,11 +36,12 @@ QString unusual(const QTextFormat& format) {
                               F::BlockBottomMargin,
                               F::TabPositions,
                               F::TableCellTopBorder,
+                              F::TableCellTopBorderStyle,
                               F::FrameLeftMargin,
                               F::TableColumnWidthConstraints};
     static const QStringList names =
         QString("font,size,weight,italic,underline,strike,script,text,on,align,left,right,first,"
-                "above,below,tabs,border,from,columns")
+                "above,below,tabs,border,style,from,columns")
             .split(',');
     static const QString sans = sansFont(16).family(), fixed = fixedFont(16).family();
     QStringList words;
@@ -134,7 +135,7 @@ const Row texts[] = {
     {"NoRowEnd", R"(\trowd\cellx9\pard\intbl a\pard\par b\par)", "a¶b¶"},
     {"Borders",
      R"({\colortbl;\red1\green2\blue255;}\trowd\trleft15\clbrdrt\brdrs\clcbpat1\cellx600\pard\intbl x\cell\row)",
-     "¶<from1 columns 39>[<on#0102ff border1>x]¶"},
+     "¶<from1 columns 39>[<on#0102ff border1 style3>x]¶"},
     {"BorderOfAParagraph", R"(\trowd\cellx300\pard\intbl\brdrb\brdrs z\cell\row)",
      "¶<columns 20>[z]¶"},
     {"Characters",

@@ -41,6 +41,7 @@ TEST_F(Commands, TheSplashIsShownForASecond) {
     EXPECT_EQ(mdi->windowTitle().toStdString(), "QUORVEN ~ USB Programmer - Ver.1.0");
     EXPECT_EQ(mdi->size(), QSize(738, 460 + mdi->menuWidget()->height()));
     EXPECT_EQ(QApplication::windowIcon().availableSizes().size(), 4);
+    EXPECT_EQ(mdi->centralWidget()->width(), 738);
 }
 
 TEST_F(Commands, LoadFillsTheImageOrLeavesItAsItWas) {

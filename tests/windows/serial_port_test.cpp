@@ -113,7 +113,8 @@ TEST_F(Line, FailuresToOpenAreToldApart) {
     EXPECT_EQ(cause("/dev/none"), "there is no such device. Is the programmer plugged in?");
     EXPECT_EQ(cause("/dev/zero"), "it is not a serial port.");
     EXPECT_EQ(cause("/etc/passwd"), "it is not a serial port.");
-    const OrdinaryUser user; // to whom a terminal belongs that root has opened
+    chmod(name.c_str(), 0);
+    const OrdinaryUser user;
     EXPECT_EQ(cause(name).find("you may not use it. It belongs to the group \""), 0U);
     ASSERT_EQ(openpty(&master, &held, nullptr, nullptr, nullptr), 0);
     ioctl(held, TIOCEXCL);
