@@ -171,7 +171,7 @@ void measureStart(const TemporaryFolder& folder) {
         milliseconds.push_back(printed.value(0).toDouble() - splashMs - discoveryMs);
         mebibytes.push_back(printed.value(1).toDouble());
     }
-    row("Start to main window, fixed waits taken off", "%.0f ms", median(milliseconds));
+    row("Start to main window, less fixed waits", "%.0f ms", median(milliseconds));
     row("Resident memory, image loaded, hex view open", "%.1f MiB", median(mebibytes));
 }
 

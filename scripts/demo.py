@@ -18,7 +18,7 @@ import shutil
 import subprocess
 import sys
 
-from driver import RADIO, TEXT, Atspi, Failure, Screen, State, has
+from driver import BUTTON, RADIO, TEXT, Atspi, Failure, Screen, State, has
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DATA, BUILD = ROOT / "data", ROOT / "build"
@@ -66,6 +66,7 @@ class Job:
         self.app.select("Function", name)
         self.app.press("Run")
         self.app.wait(lines, lambda: set(lines) <= set(self.app.texts(title="Function")), 60)
+        self.app.wait("the end", lambda: has(self.app.find("Run", BUTTON), State.ENABLED))
 
     def auto(self, image):
         self.run("Auto", "Erasing ...OK", "Blank Checking ...   OK!", "Programming ...   OK!",
