@@ -23,9 +23,9 @@ public:
     bool atEnd() const { return position_ >= text_.size(); }
 
     // The next item. The view lives as long as the reader. Each of these throws
-    // platform::FileError, with the file, the item's number and line, what was expected (`meaning`,
-    // such as "device count") and what was found, when the file has ended, a quote is not closed on
-    // its line, or the item does not fit.
+    // platform::FileError if the file has ended, a quote is not closed on its line, or the item
+    // does not fit. The message contains the file, the item's number and line, what was expected
+    // (`meaning`, such as "device count") and what was found.
     std::string_view NextString(std::string_view meaning);
     // A decimal whole number from `min` to `max`, both included; a sign may come before it.
     std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);

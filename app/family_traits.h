@@ -36,7 +36,7 @@ struct FamilyTraits {
     WritePath write = WritePath::None;
     WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
     bool canLock = false;
-    int lockPasses = 2; // also counted where Lock is not supported
+    int lockPasses = 2; // made even if Lock is not supported: each pass then only reports that
     ChipOutline outline = ChipOutline::Short;
 };
 

@@ -10,8 +10,9 @@ class QLabel;
 class QScrollBar;
 
 // The page's text box: locked, without a scroll bar of its own. It reports what is pressed and
-// clicked and changes nothing by itself; the wheel turns the view's bar. A row is 0..15, or -1
-// for the heading, a column as in buffer/page_text.h; HexEditor::Click ignores any other.
+// clicked and changes nothing by itself; the mouse wheel moves the view's scroll bar. A row is
+// 0..15, or -1 for the heading, a column as in buffer/page_text.h; HexEditor::Click ignores any
+// other.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 
@@ -34,7 +35,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent*) override {}
     void mouseReleaseEvent(QMouseEvent*) override {}
-    void mouseDoubleClickEvent(QMouseEvent*) override {} // its second press is no click
+    void mouseDoubleClickEvent(QMouseEvent*) override {} // the second press is not a click
     void wheelEvent(QWheelEvent* event) override;
 
 private:

@@ -33,8 +33,9 @@ public:
     // if it is a digit of a byte, and stays otherwise.
     void Click(int row, int column);
     void Press(Key key);
-    // A typed character. A hexadecimal digit of either case goes into the image, and the caret
-    // one digit on; true then. Anything else does nothing, nor does a digit past the image's end.
+    // Stores a typed hexadecimal digit of either case in the image, moves the caret one digit on
+    // and returns true. Any other character, and a digit past the end of the image, changes nothing
+    // and returns false.
     bool Type(char character);
 
 private:

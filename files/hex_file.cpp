@@ -125,8 +125,7 @@ HexResult ReadHexText(const std::string& fileName, std::string text) {
                             " records.");
         HexRec& record = s.HexRecords[static_cast<std::size_t>(number)];
         const std::string_view line = reader.NextString("record");
-        record.Line =
-            line.substr(0, maxLineCharacters); // a damaged file may be one line as a whole
+        record.Line = line.substr(0, maxLineCharacters); // a damaged file may be a single long line
         readHeader(record, line, fileName, number);
         if (record.RecordType != 0) {
             s.HexRecordCount = static_cast<std::int16_t>(number - 1);

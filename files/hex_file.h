@@ -18,7 +18,7 @@ namespace modFunc {
 enum class HexResult { Complete, WrongCheckSum, NoEndRecord };
 
 // Reads the text of a file into State::HexRecords and HexRecordCount. Throws platform::FileError,
-// beginning with `fileName`, for a malformed record and for a file with more than 10000.
+// beginning with `fileName`, for a malformed record and for a file with more than 10000 records.
 HexResult ReadHexText(const std::string& fileName, std::string text);
 
 // Loads cdia.FileName into BufferData. The whole file is read and checked first; only then are its

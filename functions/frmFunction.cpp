@@ -59,7 +59,7 @@ frmFunction::frmFunction(QWidget* owner)
     connectHandlers();
 }
 
-// The four text boxes are only shown: every function works on the whole device.
+// The four text boxes are for display only: every function works on the whole device.
 void frmFunction::addChipRange() {
     const QString start = QString::fromStdString(HexWord(0));
     const QString end = QString::fromStdString(HexWord(selectedDevice().Size));

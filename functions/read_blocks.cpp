@@ -21,7 +21,8 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     WaitTimer(settleMs);
     SetLine(openingText);
 
-    // A last partial block is left out; the percentage counts the nearest whole number of blocks.
+    // A last partial block is not read. The percentage is relative to the size in blocks, rounded
+    // to the nearest whole number.
     const std::int32_t size = selectedDevice().Size;
     const std::int32_t blocks = size / blockBytes;
     const auto divisor =

@@ -13,7 +13,8 @@ inline constexpr int portCount = 16;
 //      or its own path where it leads nowhere;
 //   2. the fixed table: 1-4 /dev/ttyS0-3, 5-12 /dev/ttyUSB0-7, 13-16 /dev/ttyACM0-3;
 //      on Windows COM<number>.
-// Nothing depends on what else is plugged in.
+// The name does not depend on which devices are connected, except where the link com<number> does;
+// which device the system gives a ttyUSB or ttyACM name does depend on it.
 std::string PortName(int number, const std::string& directory);
 
 } // namespace platform

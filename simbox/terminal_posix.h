@@ -13,8 +13,8 @@ namespace simbox {
 class Terminal {
 public:
     // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, which replaces an
-    // existing link. Throws std::runtime_error with the cause; anything else at `linkPath` is such
-    // a cause. One at a time in a process: it handles SIGTERM, SIGINT and SIGHUP.
+    // existing link. Throws std::runtime_error with the cause, also if `linkPath` exists and is not
+    // a symbolic link. One at a time in a process: it handles SIGTERM, SIGINT and SIGHUP.
     explicit Terminal(std::string linkPath);
     // Removes the link, if it still leads here, then hangs up.
     ~Terminal();

@@ -24,7 +24,7 @@ constexpr std::size_t lengthFieldBytes = 4;
 // No frame of any kind is longer; after a greater length the line is out of step.
 constexpr std::uint32_t maxLength = 65536;
 
-// The length field of a frame of which at least four bytes are there.
+// The length field of a frame. `frameBytes` contains at least the first four bytes.
 std::uint32_t LengthOf(std::span<const std::uint8_t> frameBytes);
 
 bool KnownCommand(char commandCode);

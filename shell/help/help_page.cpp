@@ -147,7 +147,8 @@ void HelpPage::End(Part part, const QTextBlockFormat& format, const QTextCharFor
         rowOpen_ = cellOpen_ = false;
 }
 
-// A table has one number of columns: a row with another one begins a new table.
+// All rows of a table have the same number of columns: a row with a different number begins a new
+// table.
 void HelpPage::openRow() {
     const int columns = std::max(int(row.cells.size()), 1);
     const bool newTable =

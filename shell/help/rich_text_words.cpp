@@ -73,7 +73,7 @@ void RichTextReader::word(std::string_view name, Number number) {
         --fallbackLeft_;
         return;
     }
-    // Of what may be skipped only the newer form of a picture is wanted.
+    // Groups marked \* may be skipped. Only \shppict, the newer form of a picture, is read.
     const bool starred = std::exchange(starred_, name == "*");
     if ((starred && name != "shppict") || unseenGroups().contains(name))
         enter(Destination::Nowhere);
