@@ -1,7 +1,7 @@
-// Measures the program and prints one table (scripts/bench.sh). It is the program itself, with all
-// its windows, operated from inside; the programmer is simbox in a process of its own. A figure is
-// only printed if what it measures has happened: every function must end with "OK!", and the image
-// read must be the one programmed.
+// Measures the program and prints one table (scripts/bench.sh). The real program runs in this
+// process with all its windows; the programmer is simbox in a separate process. A figure is printed
+// only if the measured operation succeeded: every function must end with "OK!", and the image read
+// must be the one programmed.
 #include "app/startup.h"
 #include "app/state.h"
 #include "buffer/image.h"
@@ -79,7 +79,7 @@ TraceLine parseTraceLine(const std::string& line) {
     return parsed;
 }
 
-// simbox with a fresh chip, plugged in as com5 of a folder.
+// simbox with an erased chip, connected as com5 in a folder.
 class Simbox {
 public:
     Simbox(const TemporaryFolder& folder, const QStringList& options)
@@ -96,7 +96,7 @@ public:
         process_.terminate();
         process_.waitForFinished();
     }
-    // What has been added to the trace since the last call.
+    // The lines added to the trace since the last call.
     std::vector<TraceLine> newLines() {
         std::vector<TraceLine> lines;
         std::ifstream trace(trace_);
@@ -123,7 +123,7 @@ class OkPresser : public QObject {
     }
 };
 
-// The program in the current directory, as app/main.cpp composes it.
+// The program with its data in the current directory, composed as in app/main.cpp.
 struct Program {
     Program() {
         window.Load();
@@ -141,8 +141,8 @@ struct Program {
     mdiMain window{machine};
 };
 
-// Child process: prints milliseconds since `epochMs`, when it was started, and its resident memory
-// in MiB with an image loaded and the hex view open.
+// In the child process: prints the milliseconds since it was started, at `epochMs`, and its
+// resident memory in MiB with an image loaded and the hex view open.
 void startAndPrint(double epochMs) {
     Program program;
     const duration<double, std::milli> now = system_clock::now().time_since_epoch();
@@ -180,7 +180,7 @@ struct RunTimes {
     double cpuMs = 0;
 };
 
-// One run from the function window, from the press of Run until its last pause is over.
+// Times one run in the function window, from pressing Run to the end of its last pause.
 RunTimes runFunction(Program& program, const char* function) {
     frmFunction window(&program.window);
     window.show();
@@ -197,7 +197,7 @@ RunTimes runFunction(Program& program, const char* function) {
     return {passed.count(), double(cpu) * 1000 / CLOCKS_PER_SEC};
 }
 
-// The minimum is the time of all bytes on the wire, 10 bits each, and of the pauses.
+// The minimum is the transmission time of all bytes, 10 bits each, plus the pauses.
 void measureRun(Program& program, Simbox& simbox, const char* function, double pausesMs) {
     constexpr double byteMs = 10'000.0 / 57600;
     simbox.newLines();
@@ -225,8 +225,8 @@ void measureRunsAt57600Baud(const TemporaryFolder& folder) {
     check(state().BufferData == image, "the chip does not hold the image");
 }
 
-// From simbox's trace, so its own work on a reply is in the gap. A Read would open the hex view
-// after its last block.
+// The gaps are taken from simbox's trace, so they include simbox's own work on a reply. Blank is
+// used because Read would open the hex view after its last block.
 void measureGaps(const TemporaryFolder& folder) {
     Simbox simbox(folder, {QStringLiteral("--no-pace")});
     Program program;

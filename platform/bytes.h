@@ -3,5 +3,5 @@
 #include <cstdint>
 #include <vector>
 
-// Bytes on the wire or in a file: no text, no terminator, 00 and FF like any other.
+// Raw bytes, on the wire or in a file. There is no terminator, and no value is special.
 using Bytes = std::vector<std::uint8_t>;

@@ -1,8 +1,8 @@
-// What the program asks of the machine it runs on. Each struct has one real implementation
-// (platform/qt/) and one that turns a virtual clock (tests/support/), so that a time-out of a
-// second costs a test nothing and every order of events can be played.
+// The interfaces through which the program uses the machine it runs on. Each has a real
+// implementation (platform/qt/) and a fake with a virtual clock (tests/support/), so that tests
+// need not wait for time-outs and can produce any order of events.
 //
-// All of it belongs to the one thread that runs everything. Texts are UTF-8.
+// The program has one thread; nothing here is thread-safe. Texts are UTF-8.
 #pragma once
 
 #include "platform/bytes.h"
@@ -14,47 +14,47 @@
 
 namespace platform {
 
-// An opening of the port that failed. what() names the port's path, if it has one, and the cause,
-// in words for the user.
+// The port could not be opened. what() is a message for the user: the port's path, if it has one,
+// and the cause.
 struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the programmer: 57600 baud, byte transparent, no flow control, polled. A line
-// that is lost while open raises no error: it takes and delivers no more bytes.
+// The serial line to the programmer: 57600 baud, byte transparent, no flow control, polled. If the
+// line is lost while open, no error is raised; it then neither accepts nor delivers bytes.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
-    // 1..16; holds from the next opening on.
+    // Selects the port, 1..16. Takes effect at the next Open().
     virtual void setCommPort(int number) = 0;
 
     virtual bool PortOpen() const = 0;
-    // Opens port `CommPort` with DTR asserted and RTS not. Throws PortError; the port is closed
-    // then.
+    // Opens the port selected by setCommPort(), with DTR asserted and RTS deasserted. On failure
+    // throws PortError and leaves the port closed.
     virtual void Open() = 0;
-    // Closes the port and drops what was queued. No effect on a closed port.
+    // Closes the port and discards queued bytes. No effect on a closed port.
     virtual void Close() = 0;
 
-    // Hands all bytes to the system at once and returns without waiting for them to leave.
+    // Passes all bytes to the system at once and returns without waiting for their transmission.
     virtual void Output(const Bytes& frame) = 0;
-    // Number of bytes that have arrived and wait, the system's own queue included; at most 32767.
-    virtual std::int16_t InBufferCount() = 0;
-    // Takes all waiting bytes; empty when none wait. On a line that delivers without end, about
+    // Number of received bytes that have not been read, including the system's own queue; at most
     // 32767.
+    virtual std::int16_t InBufferCount() = 0;
+    // Removes and returns all received bytes; empty if there are no bytes. Stops at about 32767
+    // bytes if they keep arriving.
     virtual Bytes Input() = 0;
 
-    // Power-down frames that are sent on a crash, when no code of ours runs any more. Empty: no
-    // frames.
+    // Sets the power-down frames to send if the process crashes. Empty: no frames.
     virtual void setCrashFrames(const Bytes& frames) = 0;
 };
 
-// A repeating timer. Its ticks are events: they come out of EventQueue::Yield and of the loops of
+// A repeating timer. Ticks are delivered as events, by EventQueue::Yield and by the event loops of
 // message boxes and dialogs.
 struct Timer {
     virtual ~Timer() = default;
-    // Milliseconds, at least 1. A running timer starts counting again.
+    // `milliseconds` is at least 1. A running timer starts counting again.
     virtual void setInterval(int milliseconds) = 0;
-    // Starts counting from now, or stops. Enabling a running timer changes nothing.
+    // Starts or stops the timer. Enabling a running timer has no effect.
     virtual void setEnabled(bool enabled) = 0;
 
     std::function<void()> Tick; // called at each tick
@@ -62,8 +62,8 @@ struct Timer {
 
 struct EventQueue {
     virtual ~EventQueue() = default;
-    // Handles the events that wait. When none does, sleeps until an event, a byte from the port
-    // or a timer tick comes and handles that. Callers loop over a condition of their own.
+    // Handles all pending events. If no event is pending, sleeps until an event, a byte from the
+    // port or a timer tick arrives, and handles it. Callers loop until their own condition is met.
     virtual void Yield() = 0;
 };
 
@@ -71,7 +71,7 @@ struct MessageBox {
     enum class Icon { Critical, Information };
 
     virtual ~MessageBox() = default;
-    // Returns when the user has pressed its one button, OK.
+    // Returns after the user has pressed OK, the only button.
     virtual void Show(const std::string& title, const std::string& text, Icon icon) = 0;
 };
 
@@ -81,23 +81,23 @@ struct StatusBar {
     virtual void setPanel(int panel, const std::string& text) = 0;
 };
 
-// The one file dialog `cdia`. It lists all files, accepts names that do not exist, never asks
-// before overwriting and adds nothing to a name.
+// The only file dialog, `cdia`. It lists all files, accepts names that do not exist, never asks
+// before overwriting and appends nothing to a name.
 struct FileDialog {
     virtual ~FileDialog() = default;
-    // Let the user choose a name, beginning with the present FileName. False on Cancel, which
-    // keeps FileName.
+    // Lets the user choose a name; FileName is the initial one. Returns false on Cancel, which
+    // leaves FileName unchanged.
     virtual bool ShowOpen() = 0;
     virtual bool ShowSave() = 0;
 
-    std::string FileName; // as the dialog gave it; stays between uses
+    std::string FileName; // the last name chosen; kept between calls
 };
 
-// The machine as the core sees it: the invisible controls of the main window and of the function
+// The machine as the core uses it: the non-visual controls of the main window and the function
 // window. main() creates it before the main window.
 struct Machine {
     SerialPort& cm;
-    Timer& totmr;   // reply time-out, and the splash
+    Timer& totmr;   // reply time-out; also the splash's duration
     Timer& tmrWait; // settling pauses between frames
     EventQueue& events;
     MessageBox& msgBox;
@@ -105,7 +105,7 @@ struct Machine {
     FileDialog& cdia;
 };
 
-// The machine in use. Calling machine() before useMachine() is a fault of the program.
+// The machine in use. machine() may only be called after useMachine().
 Machine& machine();
 void useMachine(Machine* inUse);
 

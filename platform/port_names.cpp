@@ -30,8 +30,7 @@ std::string systemPort(int number) {
 }
 #endif
 
-// A link that leads nowhere is still the user's choice: the port in the table may be another
-// device.
+// A dangling link is still the user's choice: falling back to the table could open another device.
 std::string linkedPort(const std::filesystem::path& link) {
     std::error_code failed;
     if (!std::filesystem::exists(std::filesystem::symlink_status(link, failed)))

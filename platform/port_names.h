@@ -9,12 +9,12 @@ inline constexpr int portCount = 16;
 
 // The system's name of serial port `number`, looked up at every call; empty for a number outside
 // 1..portCount:
-//   1. com<number>, in lower case, in `directory`, usually a symbolic link: the path it leads to,
-//      or its own path where it leads nowhere;
-//   2. the fixed table: 1-4 /dev/ttyS0-3, 5-12 /dev/ttyUSB0-7, 13-16 /dev/ttyACM0-3;
+//   1. if `directory` contains com<number> (lower case, usually a symbolic link): its target,
+//      or its own path if the link is dangling;
+//   2. otherwise from a fixed table: 1-4 /dev/ttyS0-3, 5-12 /dev/ttyUSB0-7, 13-16 /dev/ttyACM0-3;
 //      on Windows COM<number>.
-// The name does not depend on which devices are connected, except where the link com<number> does;
-// which device the system gives a ttyUSB or ttyACM name does depend on it.
+// The connected devices affect the name only through the link com<number>. They do affect which
+// device the system assigns to a ttyUSB or ttyACM name.
 std::string PortName(int number, const std::string& directory);
 
 } // namespace platform

@@ -24,16 +24,17 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
     return file.has_parent_path() ? file.parent_path() : ".";
 }
 
-// The name in use of a temporary file, for RemoveTemporaryFile; empty or null: no temporary file.
+// The name of the current temporary file, for RemoveTemporaryFile; empty or null: no temporary
+// file.
 std::atomic<const char*> temporaryName = nullptr;
 
-// What takes the new contents: a temporary file beside the target, removed unless it was renamed
-// over it, or the target itself where no file can be created beside it.
+// The file that receives the new contents: a temporary file in the target's folder, removed unless
+// it was renamed over the target; or the target itself if no file can be created there.
 class Replacement {
 public:
     explicit Replacement(const std::filesystem::path& target)
         : target_(target.string()), name_((target.parent_path() / shortName).string()) {
-        temporaryName = name_.c_str(); // first: a signal may come before mkstemp() has returned
+        temporaryName = name_.c_str(); // set first: a signal may arrive before mkstemp() returns
         descriptor_ = mkstemp(name_.data());
         if (descriptor_ >= 0)
             return;
@@ -55,7 +56,8 @@ public:
         temporaryName = nullptr;
     }
 
-    // Not every file system has owners and permissions, and the contents count for more.
+    // Failures are ignored: not every file system has owners and permissions, and the contents
+    // matter more.
     void takeOver(const FileRights& rights) {
         if (inPlace())
             return;
@@ -90,19 +92,20 @@ public:
     }
 
 private:
-    static constexpr char shortName[] = ".quorven.XXXXXX"; // the target's may be as long as any can
+    static constexpr char shortName[] = ".quorven.XXXXXX"; // appending could exceed the name limit
     static constexpr char cannotBeWritten[] = "the file cannot be written";
 
     bool inPlace() const { return name_.empty(); }
 
-    // Before the first byte is overwritten: a full disk then leaves the old contents whole.
+    // Reserves the space before the first byte is overwritten, so that a full disk leaves the old
+    // contents intact.
     void takeRoom(off_t length) {
         struct stat old{};
         if (fstat(descriptor_, &old) != 0)
             fail(cannotBeWritten);
         errno = posix_fallocate(descriptor_, 0, length);
         if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG)
-            return; // there is room, or the file system cannot say
+            return; // there is space, or the file system cannot reserve it
         const int cause = errno;
         [[maybe_unused]] const int ignored = ftruncate(descriptor_, old.st_size);
         errno = cause;
@@ -114,7 +117,7 @@ private:
     }
 
     std::string target_;
-    std::string name_; // empty: no temporary file, or no longer one
+    std::string name_; // of the temporary file; empty: not created, or renamed
     int descriptor_ = -1;
 };
 
@@ -136,7 +139,7 @@ FileRights rightsFor(const std::string& target) {
     constexpr mode_t permissionBits = 07777;
     struct stat old{};
     if (stat(target.c_str(), &old) != 0) {
-        const mode_t mask = umask(0); // the only way to ask for it
+        const mode_t mask = umask(0); // the mask can only be read by setting it
         umask(mask);
         return {0666 & ~mask, geteuid(), getegid()};
     }
@@ -145,8 +148,8 @@ FileRights rightsFor(const std::string& target) {
     return {old.st_mode & permissionBits, old.st_uid, old.st_gid};
 }
 
-// The rename itself lasts only when the directory has reached the disk. Not every file system can
-// do that, and the file is whole either way, so a failure is no failure of the replacement.
+// Makes the rename durable. Failures are ignored: not every file system supports this, and the file
+// is complete either way.
 void syncDirectory(const std::filesystem::path& directory) {
     const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY);
     if (descriptor < 0)

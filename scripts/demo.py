@@ -1,13 +1,13 @@
 #!/usr/bin/python3
-# The sample job with the real program and the simulated programmer: an Auto sequence built and run,
-# the chip read back, the image edited, filled, saved and loaded, the chip locked, another port and
-# device selected; every menu command. Each step is checked by what the windows show and by another
-# reader of the files.
+# Demo: one job with the real program and the simulated programmer, using every menu command. An
+# Auto sequence is built and run, the chip is read back, the image is edited, filled, saved and
+# loaded, the chip is locked, and another port and device are selected. Each step is checked against
+# what the windows show and against the files as other tools read them.
 #
 #   demo.py run        in build/demo, pictures of the windows in build/run/pictures
 #   demo.py pictures   takes docs/pictures, at 100 % and at 200 %
 #   demo.py test QUORVEN SIMBOX FOLDER
-#                      the end-to-end test, in Latin-1 and with a decimal comma
+#                      the end-to-end test, in a Latin-1 locale with a decimal comma
 #
 # The first two use the release build.
 
@@ -26,8 +26,8 @@ SETTINGS = (DATA / "quorven.cfg").read_text().split()
 MAIN = "QUORVEN ~ USB Programmer - Ver." + SETTINGS[3].strip('"')
 CHIP_BYTES = 4096
 POWER_DOWN = ["set supplies 0 0 0", "release socket"]
-# The window manager draws one title bar for all windows, whatever they ask for: icon N, title L,
-# minimise I, maximise M, close C. Pictures set it window by window.
+# The window manager draws the same title bar for all windows, whatever their flags, so it is
+# configured before each picture: icon N, title L, minimise I, maximise M, close C.
 TITLE_BARS = {"main": "NLIMC", "function": "NL"}
 
 
@@ -36,14 +36,14 @@ def same(what, found, expected):
         raise Failure(f"{what}: {found!r}, not {expected!r}")
 
 
-# The 64 KiB that an Intel HEX file from address 0 on describes, FF where it has no data.
+# The contents of an Intel HEX file as 64 KiB from address 0, FF where the file has no data.
 def read_hex(path):
     subprocess.run(["objcopy", "-I", "ihex", "-O", "binary", "--gap-fill", "0xFF", "--pad-to",
                     "0x10000", path, f"{path}.bin"], check=True)
     return bytearray(pathlib.Path(f"{path}.bin").read_bytes())
 
 
-# Steps of a job. "take" is called with each window's name, once.
+# Steps of a job. "take" is called once with the name of each window.
 class Job:
     def __init__(self, folder, box, app, take=lambda name: None):
         self.folder, self.box, self.app, self.take = folder, box, app, functools.cache(take)
@@ -84,7 +84,7 @@ class Job:
         same(f"{kind} chosen", has(self.app.item(kind, RADIO), State.CHECKED), True)
         self.app.press("OK")
 
-    # On the first page, and with the checksum of the chip's range.
+    # Waits until the hex view shows the image's first page and the checksum of the chip's range.
     def shows(self, image):
         def shown():
             rows = re.findall("^00[0-9A-F]0=(.{48})", "\n".join(self.app.texts(TEXT)), re.M)
@@ -103,7 +103,8 @@ class Job:
         self.app.wait_for(f"File: {self.folder}/{name}")
         self.shows(image)
 
-    # Over what is there, without a question. Bytes after the device's size stay in a binary file.
+    # Saves over an existing file, without a confirmation. A binary file keeps its bytes past the
+    # device's size.
     def save_and_load(self, path, kind, old, image):
         path.write_bytes(old)
         self.file("Save", "Save As", path.name, kind)
@@ -129,7 +130,7 @@ def run_job(screen, quorven, simbox, folder, env=None, take=lambda name: None,
     shutil.copytree(DATA, folder)
     (folder / "sample.hex").rename(folder / sample)
     (folder / "com6").symlink_to("com5")
-    # Not blank, so that only an erase makes room.
+    # Not blank, so that programming succeeds only after an erase.
     box = screen.simbox(folder, "--fill", "A5", "--chip", "chip.bin", path=simbox)
     app = screen.program(quorven, folder, env)
     job = Job(folder, box, app, take)
@@ -215,7 +216,7 @@ def with_pictures(folder=BUILD / "demo", pictures=BUILD / "run/pictures", suffix
         rc.write_text("<openbox_config xmlns='http://openbox.org/3.4/rc'><theme><titleLayout>"
                       f"{TITLE_BARS.get(name, 'NLC')}</titleLayout></theme></openbox_config>")
         screen.ask("--reconfigure", tool="openbox")
-        # The first is there for a second.
+        # The splash is shown for only a second.
         screen.picture(pictures / f"{name}{suffix}.png", still=name != "splash")
     with Screen("2048x1536") as screen:
         rc = pathlib.Path(screen.env["HOME"], ".config/openbox/rc.xml")
@@ -226,7 +227,7 @@ def with_pictures(folder=BUILD / "demo", pictures=BUILD / "run/pictures", suffix
 
 
 def for_docs():
-    folder = pathlib.Path("/tmp/quorven")  # in the main window's status bar: the same everywhere
+    folder = pathlib.Path("/tmp/quorven")  # fixed, because the status bar shows it
     for suffix, scale in (("", "1"), ("-2x", "2")):
         with_pictures(folder, ROOT / "docs/pictures", suffix, scale)
         shutil.rmtree(folder)

@@ -1,18 +1,18 @@
-# Uses the program as a person does, on a screen without a monitor, and reads what it shows.
+# Operates the program as a user does, on a virtual screen, and reads what it shows.
 #
 #   with Screen() as screen:
 #       box = screen.simbox(folder, "--fill", "FF")       # connected at port 5 of the folder
-#       app = screen.program("build/quorven", folder)     # with the folder as its current one
+#       app = screen.program("build/quorven", folder)     # with the folder as current directory
 #       app.message("Device Found!", "Firmware: SimBox v1.00")
 #       app.menu("File", "Exit")
 #       assert app.status() == 0 and app.output() == "" and box.stop() == 0
 #
-# A Screen is an X server with a window manager. The accessibility bus is private as well, one for
-# all screens of a driver. What was started on a screen is stopped with it, last first; "with" on
-# one of these stops it earlier. A driver that is killed takes all of them with it.
+# A Screen is an X server with a window manager. What was started on a screen is stopped with it, in
+# reverse order; "with" on a process stops it earlier. The accessibility bus is private as well,
+# shared by all screens of a driver. If the driver is killed, all these processes end.
 #
-# Each verb acts on the windows of its own program, found by process group, so a wrapper may fork.
-# Every verb waits until it can act and raises Failure at its limit (seconds), or as soon as the
+# Each method acts on the windows of its own program, found by process group, so a wrapper may fork.
+# It waits until it can act and raises Failure after its time limit (seconds) or as soon as the
 # program has ended. Controls are found by their accessible name, as a screen reader says it, and
 # their role: BUTTON, LIST, ROW, TEXT, LABEL, RADIO, MENU_ITEM or any other Atspi.Role.
 #
@@ -21,19 +21,19 @@
 #   screen.simbox(folder, *options, path="build/simbox", wrapper=[])
 #   screen.start(command, folder, log, env={})    any other process, its output in log
 #   screen.server                    the X server's process
-#   screen.picture(path)             of the window in front with its frame
+#   screen.picture(path)             of the active window with its frame
 #   process.pid, .running(), .output(), .stop(signal=SIGTERM) -> status, .status(seconds=20) waits
 #   box.trace()                      the text of the trace file so far
-#   box.frames()                     of it, what each frame received so far means
-#   app.window(title)                waits until that window is in front; app.front() is it now
-#   app.find(name, *roles, title=None)   what is shown, in that window or any, or None; .item waits
+#   box.frames()                     the meaning of each frame in the trace so far
+#   app.window(title)                waits until that window is active; app.front(): the active one
+#   app.find(name, *roles, title=None)   a visible item of that or any window, or None; .item waits
 #   app.rows(list)                   the texts of all its rows
 #   app.press(name), .select(list, row), .fill(text box, text), .menu(menu, entry)
 #   app.keys("ctrl+a", "Down"), .type(text)
 #   app.message(title, text)         waits for this message box, then presses OK
-#   app.texts(*roles, title=None)    the texts of what is shown with these roles; without: of labels
+#   app.texts(*roles, title=None)    texts of the visible items with these roles (default: labels)
 #   app.wait_for(text, seconds=20)   waits for a label with exactly this text
-#   app.wait(what, condition, seconds=20), wait(...)    polls; the condition's first true value
+#   app.wait(what, condition, seconds=20), wait(...)    polls; returns the first true value
 
 import atexit
 import contextlib
@@ -91,11 +91,11 @@ def children(item):
     return [item for item in items if item]
 
 
-# The item and everything below it that is shown, in the order of the tree.
+# The item and its visible descendants, in tree order.
 def shown(item):
     if has(item, State.SHOWING):
         yield item
-        if item.get_role() not in (Role.TABLE, Role.TREE):  # the file dialog's files: many, no use
+        if item.get_role() not in (Role.TABLE, Role.TREE):  # many files in the file dialog
             for child in children(item):
                 yield from shown(child)
 
@@ -146,8 +146,8 @@ class Simbox(Process):
 
 
 class Program(Process):
-    ask = None  # of its screen
-    active = 0  # when one of its windows was last in front, seconds
+    ask = None  # its screen's
+    active = 0  # when one of its windows was last active, seconds
 
     def wait(self, what, condition, seconds=20):
         try:
@@ -177,7 +177,7 @@ class Program(Process):
     def wait_for(self, text, seconds=20):
         self.item(text, LABEL, seconds=seconds)
 
-    # On a busy machine the window manager may leave the focus nowhere between two windows.
+    # On a busy machine the window manager may leave no window active for a while.
     def front(self):
         window = next((window for window in self.windows() if has(window, State.ACTIVE)), None)
         if window:
@@ -198,7 +198,8 @@ class Program(Process):
     def type(self, text):
         self.keys(text, verb="type")
 
-    # Acts until it has an effect: a window that takes no input for the moment loses a key.
+    # Repeats an action until it has an effect: a window that accepts no input at the moment loses
+    # keys.
     def insist(self, what, act, condition):
         def acted():
             act()
@@ -206,7 +207,7 @@ class Program(Process):
                 return wait(what, condition, 1)
         return self.wait(what, acted)
 
-    # A button of the window in front: never one that is grey or blocked by a dialog.
+    # Presses an enabled button of the active window, so never one that is blocked by a dialog.
     def press(self, name):
         def enabled():
             window = self.front()
@@ -231,19 +232,19 @@ class Program(Process):
     def rows(self, name):
         return [row.get_name() for row in children(self.item(name, LIST))]
 
-    # A row of a list by its text, with the arrow keys.
+    # Selects a row of a list by its text, with the arrow keys.
     def select(self, name, row):
         self.focus(name, LIST)
         self.keys("Home", *["Down"] * self.rows(name).index(row))
         self.wait(f"the row {row!r}", lambda: has(self.find(row, ROW), State.SELECTED))
 
-    # A text box, by the keyboard.
+    # Fills a text box by the keyboard.
     def fill(self, name, text):
         item = self.focus(name, TEXT)
         self.insist(f"{text!r} in {name!r}", lambda: self.keys("ctrl+a") or self.type(text),
                     lambda: text_of(item) == text)
 
-    # Opens it by its access key and goes down to the entry.
+    # Opens the menu by its access key, moves down to the entry and presses Return.
     def menu(self, name, entry):
         item = self.insist(f"the menu {name!r}", lambda: self.keys("alt+" + name[0].lower()),
                            lambda: self.find(entry, MENU_ITEM))
@@ -256,14 +257,14 @@ class Program(Process):
         self.press("OK")
 
 
-# The environment of all programs, with their accessibility bus: one for all screens, since the
-# client library keeps to the first that it meets.
+# The environment of all programs, with their accessibility bus. All screens share one bus, since
+# the client library keeps using the first one it connects to.
 @functools.cache
 def bus():
     stack = contextlib.ExitStack()
     atexit.register(stack.close)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # by way of everybody's __exit__
-    # Sockets are in it: its name has to be short.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # runs every __exit__
+    # A short name, because the paths of the sockets in it are limited in length.
     folder = stack.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
     address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={folder}/bus"
     env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
@@ -272,7 +273,7 @@ def bus():
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb",
             # Qt 6.8 prints a line when asked for a control that has just gone.
             "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
-    # Left to start its services by itself, the bus may be too late for the client library.
+    # If the bus started its services on demand, they might be too late for the client library.
     for command, sign in (
             (["dbus-daemon", "--session", "--print-address", "--address=" + address], address),
             (["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], ""),
@@ -314,12 +315,12 @@ class Screen(contextlib.ExitStack):
         app.ask = self.ask
         return app
 
-    # What the tool printed; it fails where there is no window in front.
+    # The tool's output. Failure is ignored: the tool fails if no window is active.
     def ask(self, *words, tool="xdotool"):
         return subprocess.run([tool, *words], env=self.env, check=False, capture_output=True,
                               timeout=20).stdout
 
-    # Waits, where still is set, until two shots are equal.
+    # With "still", waits until two successive screenshots are equal.
     def picture(self, path, still=True):
         shots = [b""]
 

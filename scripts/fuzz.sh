@@ -1,24 +1,24 @@
 #!/usr/bin/env bash
-# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzzers with Clang and runs each target (all of
-# fuzz/ where none is named) for so many seconds, or for so many executions: "fuzz.sh 60",
-# "fuzz.sh 1000000x intel_hex". Prints a line for each target; the status is 0 only if nothing was
-# found. A target is a source in fuzz/, an entry in its CMakeLists.txt and below, and a folder in
+# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzzers with Clang and runs each target (by default
+# all in fuzz/) for that many seconds or executions: "fuzz.sh 60", "fuzz.sh 1000000x intel_hex".
+# Prints a line for each target; the status is 0 only if nothing was found. A target consists of a
+# source in fuzz/, an entry in fuzz/CMakeLists.txt and in max_bytes below, and a folder in
 # fuzz/corpus/, which every test run replays: ctest --preset dev -R replay.
 #
-# What is learned stays in build/fuzz/corpus/. A finding's input is kept, its path printed.
-# Reproduce it, minimise it, fix the cause, and copy it to fuzz/corpus/TARGET:
+# New inputs are kept in build/fuzz/corpus/. The input of a finding is kept and its path printed.
+# Reproduce the finding, minimise it, fix the cause, and copy the input to fuzz/corpus/TARGET:
 #
 #   build/fuzz/fuzz-build/fuzz_TARGET INPUT
 #   build/fuzz/fuzz-build/fuzz_TARGET -minimize_crash=1 -runs=100000 INPUT
 #
-# To choose the files of a corpus again, the fewest that reach all code known to be reached:
+# To reduce a corpus to the minimum of files that reach all known code:
 #
 #   build/fuzz/fuzz-build/fuzz_TARGET -merge=1 -use_counters=0 fuzz/corpus/TARGET build/fuzz/corpus/TARGET
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Bytes of the longest input: enough for every rule there is, and few enough to be fast.
+# Maximum input size in bytes: enough for every rule of the format, small enough to be fast.
 declare -A max_bytes=([delimited_text]=256 [intel_hex]=1024 [replies]=64 [rich_text]=512)
 
 if [[ ! ${1:-} =~ ^[1-9][0-9]*x?$ ]]; then
@@ -30,7 +30,7 @@ limit=-max_total_time=$1
 shift
 found=0
 
-# statistic LOG NAME: what libFuzzer reports of itself at its end.
+# statistic LOG NAME: one of the final statistics in libFuzzer's log.
 statistic() { sed -n "s/^stat::$2: *//p" "$1"; }
 
 scripts/setup.sh clang libclang-rt-dev

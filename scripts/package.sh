@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The Debian package, from the release build: build/package/quorven_VERSION_ARCHITECTURE.deb. The same
-# source gives the same bytes on one release of Debian; all times in it are the changelog's.
+# Builds the Debian package from the release build: build/package/quorven_VERSION_ARCHITECTURE.deb.
+# The same source gives the same bytes on the same Debian release; all timestamps in it are the
+# changelog's.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Sets up, builds, and runs the program with the simulated programmer at port 5, in build/run; the
-# exit status is the program's. Without a display it runs the demo of
-# scripts/demo.py on a virtual one instead, with pictures in build/run/pictures.
+# exit status is the program's. Without a display it runs the demo of scripts/demo.py on a virtual
+# one instead, with pictures in build/run/pictures.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/build.sh
-[[ -d build/run ]] || cp -r data build/run # kept, with its user's settings
+[[ -d build/run ]] || cp -r data build/run # kept between runs, with the user's settings
 if [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
     rm -rf build/demo build/run/pictures
     exec scripts/demo.py run
@@ -17,7 +17,7 @@ exec {ready}< <(exec ../simbox --link com5 --trace trace.txt --chip chip.bin --f
 started=$!
 trap 'kill $started 2>/dev/null || true; wait' EXIT
 read -ru "$ready"
-# Not in the foreground: a signal to this script is then acted upon at once.
+# In the background, so that a signal to this script is handled at once.
 ../quorven &
 started="$! $started"
 wait "$!"

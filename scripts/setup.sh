@@ -6,15 +6,15 @@ set -euo pipefail
 packages=(
     # building
     cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev qt6-wayland
-    # tests; formatting and checks in one version, since others disagree
+    # tests; one fixed version of the formatter and the linter, since versions disagree
     libgtest-dev clang-format-19 clang-tidy-19
-    # a virtual screen with a window manager, keys, pictures, fonts with the metrics of those named
+    # a virtual screen with a window manager, key input, screenshots, metric-compatible fonts
     xvfb xauth openbox xdotool imagemagick fonts-liberation
     # reading the windows: the accessibility bus and a client
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
     # locales with a decimal comma
     locales
-    # the package, and checks of it and its files
+    # building and checking the package and its files
     dpkg-dev file lintian desktop-file-utils appstream mandoc bsdextrautils shellcheck
     # minimal Debian roots
     debootstrap
@@ -24,7 +24,7 @@ packages=(
 missing() {
     local package
     for package in "${packages[@]}"; do
-        # dpkg also lists packages that were removed but not purged: the state decides.
+        # dpkg also lists packages that were removed but not purged, so check the state.
         grep -qx "$package installed" <<<"$installed" || echo "$package"
     done
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting
-# and the sources by clang-tidy, builds the release and its package and checks that.
-# The last line counts the tests; the status is 0 only if nothing failed.
+# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting,
+# runs clang-tidy on the sources, builds the release and its package, and checks the package. The
+# last line counts the tests; the status is 0 only if nothing failed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -26,7 +26,7 @@ run_tests() {
         --output-junit "$results" </dev/null || test_status=$?
 }
 
-# Sources under the given folders, those that there are.
+# C++ sources and headers in the given folders; missing folders are skipped.
 sources() {
     local folder
     for folder in "$@"; do
@@ -69,10 +69,11 @@ check_package() {
     fi
 }
 
-# Lines of the named files that are neither blank nor a comment alone, which begins with $1.
+# Counts the lines, in the files listed on standard input, that are neither blank nor only a
+# comment; $1 is what begins a comment.
 count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
-# Everything that only tests is counted, except images and corpora.
+# Test lines include everything used only for testing, except images and corpora.
 show_test_share() {
     local code tests
     code=$(sources "${code_folders[@]}" | count_lines //)
@@ -82,10 +83,10 @@ show_test_share() {
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 
-# A number from the head of the results, 0 where it is not given.
+# A number from the root element of the results, 0 if it is missing.
 counted() { printf '%d\n' "$(sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1)"; }
 
-# A skipped or disabled test is news and no success.
+# A skipped or disabled test counts as a failed run.
 count() {
     local all failed skipped
     all=$(counted tests)

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# try-on.sh RELEASE [PACKAGE]: QUORVEN on a Debian release (bookworm or trixie), in minimal roots.
-# Builds it and runs scripts/test.sh; builds the package again in another folder, as another user, and
-# compares the bytes; installs it where nothing else is, uses the program, removes the package and
-# looks for files left. With PACKAGE, a file built elsewhere, only the last three.
+# try-on.sh RELEASE [PACKAGE]: tests QUORVEN on a Debian release (bookworm or trixie).
+# In minimal roots, builds it and runs scripts/test.sh; builds the package again in another folder, as
+# another user, and compares the bytes; installs it in a clean root, uses the program, removes the
+# package and looks for files left. With PACKAGE, begins with installing that file.
 #
-# Needs root and the network; what is tested has no network. build/try-on/RELEASE keeps the roots, the
-# builds, the package and the pictures. Mounts and processes end with the script, however it ends.
+# Needs root and the network; the tested programs have no network. build/try-on/RELEASE keeps the
+# roots, builds, package and pictures. Mounts and processes end with the script, however it ends.
 set -euo pipefail
 
 if [[ $(id -u) != 0 || $# == 0 ]]; then
@@ -20,8 +20,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cache=$PWD/build/try-on/$release
 work=$cache/work
 tools=$work/tools      # a root with everything that setup.sh installs
-clean=$tools/clean     # a root with nothing but the package, inside, so that programs there can enter it
-user_home="/home/Zoë Müller" # a blank and letters beyond ASCII, as people's names have them
+clean=$tools/clean     # a root with only the package; inside $tools, whose programs can enter it
+user_home="/home/Zoë Müller" # a space and a non-ASCII letter, as in real names
 folder=$user_home/.local/share/quorven
 user=59871
 
@@ -36,21 +36,21 @@ in_root() {
         DEBIAN_FRONTEND=noninteractive "$@"
 }
 
-# as_user COMMAND...: without the network and any power of root's but to enter $clean.
+# as_user COMMAND...: without the network and without root's capabilities, except to enter $clean.
 as_user() {
     unshare --net chroot "$tools" setpriv --reuid="$user" --regid="$user" --clear-groups \
         --bounding-set=-all,+sys_chroot --inh-caps=-all,+sys_chroot --ambient-caps=+sys_chroot \
         env -i PATH=/usr/bin:/bin HOME="$user_home" LC_ALL=C.UTF-8 "$@"
 }
 
-# logged NAME COMMAND...: its output in NAME.log, shown only on failure.
+# logged NAME COMMAND...: writes the output to NAME.log; shows its end only on failure.
 logged() {
     local log=$cache/$1.log
     shift
     "$@" >"$log" 2>&1 </dev/null || { tail -n 30 "$log" >&2 && fail "$*"; }
 }
 
-# mount_root ROOT LOWER UPPER: LOWER with the changes kept in UPPER.
+# mount_root ROOT LOWER UPPER: mounts LOWER at ROOT, with changes kept in UPPER.
 mount_root() {
     mkdir -p "$1" "$3" "$3.work"
     mount -t overlay overlay -o "lowerdir=$2,upperdir=$3,workdir=$3.work" "$1"
@@ -78,7 +78,7 @@ make_cached_roots() {
     umount --recursive "$work"
 }
 
-# The clean root, a folder for temporary files and the user's home are the same in both roots.
+# Both roots share the folder for temporary files and the user's home; $clean is inside $tools.
 mount_roots() {
     local root
     mount -t tmpfs tmpfs "$work"
@@ -94,7 +94,8 @@ mount_roots() {
     done
 }
 
-# copy_sources FOLDER BUILD: into a folder of $tools, with its build folder kept in the cache.
+# copy_sources FOLDER BUILD: copies them to FOLDER in $tools; its build folder is BUILD in the
+# cache.
 copy_sources() {
     mkdir -p "$tools$1/build" "$cache/$2"
     mount --bind "$cache/$2" "$tools$1/build"
@@ -104,7 +105,7 @@ copy_sources() {
 test_and_build() {
     step "scripts/test.sh on $release"
     copy_sources "$user_home/quorven" build
-    copy_sources /srv/again again # now: the tests take long enough for a change of the sources
+    copy_sources /srv/again again # now, as the sources might change during the tests
     chown -R "$user:$user" "$tools$user_home/quorven"
     as_user sh -c 'cd ~/quorven && scripts/test.sh'
 
@@ -122,7 +123,7 @@ files_in_clean() {
     find "$clean" -xdev -path "$clean/var/cache/apt/archives" -prune -o -printf '/%P\n' | sort
 }
 
-# Without what is only recommended: the dependencies have to do.
+# Without recommended packages: the dependencies alone must suffice.
 install_package() {
     step "apt install ./$(basename "$package") on $release"
     logged update in_root "$clean" apt-get update
@@ -144,7 +145,8 @@ use_program() {
     rm -r "$tools$user_home/pictures"
 }
 
-# Only records of apt and debconf and the user's folder may be new, and nothing may be missing.
+# The only new files may be records of apt and debconf and the user's folder; no file may be
+# missing.
 remove_package() {
     step "apt purge quorven, and what came with it"
     logged purge in_root "$clean" apt-get purge --autoremove -y quorven

@@ -4,7 +4,7 @@
 
 class QPushButton;
 
-// The splash of the start, without a button, and the About window, with one.
+// The splash window at the start, without a button, and the About window, with an OK button.
 class frmAbout : public Form {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ public:
     enum class Purpose { Splash, About };
     frmAbout(QWidget* owner, Purpose purpose);
 
-    void reject() override; // Escape is OK; the splash has none
+    void reject() override; // Escape acts as OK; the splash ignores it
 
 private:
     void cmdOk_Click();

@@ -5,7 +5,7 @@
 class QListWidget;
 class QPushButton;
 
-// Edits the Auto sequence. OK stores it in AutoCount and AutoList and at once in auto.cfg.
+// Edits the Auto sequence. OK stores it in AutoCount and AutoList and writes auto.cfg at once.
 class frmEditAuto : public Form {
     Q_OBJECT
 
@@ -20,8 +20,8 @@ private:
     void cmdMoveLeftAll_Click();
     void cmdOk_Click();
 
-    QListWidget* lstIn;  // the functions on offer
-    QListWidget* lstOut; // the sequence, in running order
+    QListWidget* lstIn;  // the available functions
+    QListWidget* lstOut; // the sequence, in execution order
     QPushButton* cmdMoveRight;
     QPushButton* cmdMoveLeft;
     QPushButton* cmdMoveLeftAll;

@@ -7,8 +7,8 @@
 class QListWidget;
 class QPushButton;
 
-// The device catalogue, with a drawing of where the chip goes in the socket. OK or a double click
-// makes the highlighted device the selected one; the caller closes the buffer view then.
+// The device catalogue, with a drawing of the chip's position in the socket. OK or a double click
+// selects the highlighted device; the caller then closes the buffer view.
 class frmSelectDevice : public Form {
     Q_OBJECT
 
@@ -26,5 +26,5 @@ private:
     QListWidget* listDevice;
     QPushButton* cmdOk;
     QPushButton* cmdCancel;
-    std::array<QWidget*, 4> shp1{}; // 0 the mark, then long, middle and short outline
+    std::array<QWidget*, 4> shp1{}; // 0: the mark; 1..3: long, middle, short outline
 };

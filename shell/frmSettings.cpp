@@ -15,7 +15,7 @@ using platform::portCount;
 
 frmSettings::frmSettings(QWidget* owner)
     : Form(owner, "frmSettings", tr("Settings"), 2535, 1605, Frame::TitleAndCloseBox) {
-    // The buttons come first in the tab order, so they are made first.
+    // The buttons are created first so that they come first in the tab order.
     cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {120, 1080, 975, 375});
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1200, 1080, 975, 375});
     cmdOk->setDefault(true);
@@ -31,7 +31,7 @@ frmSettings::frmSettings(QWidget* owner)
     cmbCOM->setMaxVisibleItems(portCount);
     for (int port = 1; port <= portCount; ++port)
         cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
-    const int entry = state().ComPort - 1; // of the settings file, which may have any number
+    const int entry = state().ComPort - 1; // from the settings file: may be any number
     cmbCOM->setCurrentIndex(entry >= 0 && entry < portCount ? entry : 0);
     cmbCOM->setFocus();
     connectHandlers();
@@ -42,7 +42,7 @@ void frmSettings::connectHandlers() {
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
-// The text decides: it may have been typed.
+// Uses the text, not the list's current entry: the text may have been typed.
 void frmSettings::cmdOk_Click() {
     const QString text = cmbCOM->currentText();
     const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // ignores case

@@ -5,7 +5,8 @@
 class QComboBox;
 class QPushButton;
 
-// The serial port. OK sets ComPort, 1..16. Discovery follows, however the window was left.
+// Selects the serial port. OK sets ComPort, 1..16. The caller runs discovery afterwards, even after
+// Cancel.
 class frmSettings : public Form {
     Q_OBJECT
 

@@ -41,8 +41,8 @@ namespace {
 
 constexpr int splashMs = 1000;
 
-// A status bar panel. A text too long for it, a file's full name above all, loses its middle on
-// the screen and nowhere else.
+// A status bar panel. A text that is too long, usually a full file name, is elided in the middle
+// when it is painted; text() stays complete.
 class Panel : public QLabel {
 public:
     using QLabel::QLabel;
@@ -58,13 +58,13 @@ protected:
     }
 };
 
-// The system menu of a window that can be closed and nothing else; Qt's own would offer to size it.
+// The system menu of a window that can only be closed; Qt's own would also offer resizing.
 QMenu* closeMenu(QMdiSubWindow* window) {
     auto* menu = new QMenu(window);
     QAction* close = menu->addAction(QObject::tr("&Close"), window, &QWidget::close);
     close->setShortcuts(QKeySequence::Close);
     close->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    window->addAction(close); // a menu outside the menu bar has no shortcuts of its own
+    window->addAction(close); // otherwise the shortcut would not work outside the menu bar
     return menu;
 }
 
@@ -75,7 +75,7 @@ mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(thi
     setCentralWidget(area_);
     addMenus();
     addStatusBar();
-    // The stored size is that of the client area, below the menu bar.
+    // The given size is that of the client area, below the menu bar.
     resize(pixels(11070), pixels(6900) + menuBar()->sizeHint().height());
     new InputBlock(this, LinkInUse);
     connectHandlers();
@@ -94,7 +94,7 @@ mdiMain::~mdiMain() {
 }
 
 void mdiMain::addMenus() {
-    menuBar()->setNativeMenuBar(false); // a desktop's own bar would go round what blocks input
+    menuBar()->setNativeMenuBar(false); // the desktop's menu bar would bypass InputBlock
     struct Entry {
         const char* name;
         QString caption; // empty: a separator
@@ -166,7 +166,7 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
-    // Assistive programs trigger an entry without any input that could be kept from it.
+    // Assistive programs trigger an action without input events, so InputBlock cannot stop them.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
                 [this, handler] {
@@ -186,13 +186,13 @@ void mdiMain::connectHandlers() {
     on("HelpContents", &mdiMain::HelpContents_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
     connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
-            &mdiMain::FileExit_Click); // a request to close is kept
+            &mdiMain::FileExit_Click); // closeEvent() defers it while the link is in use
 }
 
 void mdiMain::Load() {
     State& s = state();
     QString version = QString::fromStdString(s.ProgramVersion);
-    version.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's mark of a changed file
+    version.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // [*] is a placeholder in Qt
     setWindowTitle(QStringLiteral("QUORVEN ~ USB Programmer - Ver.") + version);
     s.TimedOut = false;
     {
@@ -219,8 +219,7 @@ void mdiMain::closeEvent(QCloseEvent* event) {
     QCoreApplication::exit(0);
 }
 
-// A failure ends the command without a message; what it leaves is documented at the loaders and
-// savers.
+// A failure ends the command without a message; the loaders and savers document the state after it.
 void mdiMain::transferFile(bool (platform::FileDialog::*ask)(), void (*hex)(), void (*binary)()) {
     try {
         if (!(machine_.cdia.*ask)())
@@ -264,14 +263,14 @@ void mdiMain::BufferFill_Click() {
         Reopen();
 }
 
-// The view's range and checksum belong to the device that was selected before.
+// Closes the view, because its range and checksum are those of the previous device.
 void mdiMain::DeviceSelect_Click() {
     if (frmSelectDevice(this).exec() == QDialog::Accepted)
         delete bufferWindow_;
 }
 
-// A run started here has ended when the dialog's event loop returns, even if its window went
-// before.
+// When exec() returns, a run started in the dialog has ended, even if its window was closed
+// earlier.
 void mdiMain::DeviceFunction_Click() {
     frmFunction(this).exec();
     closeIfRequested();
@@ -287,8 +286,8 @@ void mdiMain::OptionsEditAuto_Click() {
     frmEditAuto(this).exec();
 }
 
-// However the window was left: this is the only way to find a programmer plugged in later.
-// Discovery begins before exec() returns, so that no request to close comes in between.
+// Discovery follows even after Cancel: this is the only way to find a programmer plugged in later.
+// It begins before exec() returns, so that no request to close is handled in between.
 void mdiMain::OptionsSettings_Click() {
     frmSettings settings(this);
     connect(&settings, &QDialog::finished, FindProgrammer);
@@ -317,8 +316,8 @@ void mdiMain::Reopen() {
     bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));
     bufferWindow_->move(0, 0);
     bufferWindow_->show();
-    // Not the frame, nor by Tab: assistive programs would stay there. They learn of the focus
-    // first, or they would not say what is in it.
+    // The frame must not take the focus, not even by Tab: assistive programs would stay on it. The
+    // view gets the focus before it is filled, or they would not read out its contents.
     bufferWindow_->setFocusPolicy(Qt::NoFocus);
     view->setFocus();
     view->UpdateBuffer();

@@ -20,7 +20,8 @@ public:
     explicit mdiMain(QtMachine& machine);
     ~mdiMain() override;
 
-    // What happens before the window is visible: splash, erased image, port, discovery.
+    // To be called before the window is shown: shows the splash, erases the image, sets up the port
+    // and runs discovery.
     void Load();
 
 protected:
@@ -52,7 +53,7 @@ private:
 
     QtMachine& machine_;
     QMdiArea* area_;
-    QPointer<QMdiSubWindow> bufferWindow_; // frmBuffer in its frame; null when unloaded
+    QPointer<QMdiSubWindow> bufferWindow_; // contains frmBuffer; null when closed
     std::array<QLabel*, 4> panels_{};
     bool closeRequested_ = false;
 };

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int reportIntervalMs = 250;
 
-// Shows nothing. Each time it appears, a screen reader says its name.
+// Draws nothing. Each time it is shown, a screen reader says its name.
 class Notification : public QWidget, public OwnAccessible {
 public:
     explicit Notification(QWidget* window) : QWidget(window) {

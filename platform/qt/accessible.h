@@ -12,15 +12,15 @@ struct OwnAccessible {
     virtual QAccessibleInterface* makeAccessible() = 0; // Qt deletes it
 };
 
-// Puts OwnAccessible into effect, and gives a label in a frame the name that it shows: Qt's own has
-// the frame's title where it shows nothing. To be called once, before the first window.
+// Makes Qt use OwnAccessible, and makes a label's text its accessible name if the label is in a
+// frame: Qt would use the frame's title for an empty label. Call once, before the first window.
 void useOwnAccessibles();
 
-// Has a screen reader say `text`, whichever window has the focus; nothing where `window` is null or
-// not shown.
+// Makes a screen reader say `text`, whichever window has the focus. No effect if `window` is null
+// or not visible, or `text` is empty.
 void announce(QWidget* window, const QString& text);
 
-// Reports to assistive programs the value of a progress bar that is drawn by `track`: at most four
+// Reports the value of the progress bar that `track` draws to assistive programs: at most four
 // times a second, and always the last value.
 class ProgressValue : public QWidget, public OwnAccessible {
 public:

@@ -14,16 +14,16 @@
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
-    setApplicationDisplayName(QString()); // titles stay as they are given
-    setQuitOnLastWindowClosed(false);     // message boxes come before the main window; it ends us
+    setApplicationDisplayName(QString()); // or Qt would append it to window titles
+    setQuitOnLastWindowClosed(false);     // closing a start-up message box must not quit
     QIcon icon;
     for (const int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
     setWindowIcon(icon);
     useOwnAccessibles();
-    QDBusConnection::systemBus(); // connecting waits for a reply, which no run shall
-    // Qt's file dialog stores its last folder in a file; this program keeps no state but its own
-    // files. No file can be created in this path, and QSettings ignores that.
+    QDBusConnection::systemBus(); // connecting blocks, so not during a run
+    // Qt's file dialog would store its last folder, but this program keeps state only in its own
+    // files. No file can be created below this path, and QSettings ignores the failure.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
 
@@ -31,7 +31,7 @@ bool Application::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
-        // Nothing below can be trusted to unwind through the event loops that are running.
+        // The running event loops cannot be unwound safely.
         SendCrashFrames();
         EndProcess(reportError());
     }
@@ -46,7 +46,7 @@ int Application::reportError() {
         cause = "There is not enough memory.";
     } catch (const std::exception& error) {
         cause = error.what();
-    } catch (...) { // the text above
+    } catch (...) { // keep the default text
     }
     QtMessageBox().Show("QUORVEN", cause, platform::MessageBox::Icon::Critical);
     return failureStatus;

@@ -22,27 +22,26 @@ QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text,
                       const TwipsRect& rect);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text,
                        const TwipsRect& rect);
-// A frame with its caption on the upper line, so that the geometry of its contents is kept;
-// `ground` fills it up to its lines.
+// A frame with its caption on the top line, so that its contents keep their geometry; `ground`
+// fills the area inside the lines.
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
                     const QBrush& ground = {});
-// A filled rectangle.
 QWidget* addRectangle(QWidget* parent, const char* name, const QColor& colour,
                       const TwipsRect& rect);
 
-// Shows `text` in full, in the label's own font or what fittedFont() makes of it.
+// Shows `text` in the label's own font, adapted by fittedFont() where it does not fit.
 void showText(QLabel* label, const QString& text);
-// Fits the font of a button or option button to its text; `extraPixels` is the width of what else
-// it shows.
+// Adapts the font of a button or option button so that its text fits; `extraPixels` is the width of
+// everything else that it shows.
 void fitText(QAbstractButton* button, int extraPixels);
 
 void setTextColour(QWidget* widget, const QColor& colour);
-// The ground for colours that are fixed for a light desktop: a light brush on a dark desktop, no
+// Background for colours that are chosen for a light desktop: a light brush on a dark desktop, no
 // brush on a light one.
 QBrush lightGround();
 // `edges` reduced by half a pen width on each side: a line drawn along it with a pen of one unit
 // lies inside `edges` at every screen scale.
 QRectF insidePen(const QRect& edges);
 
-// Makes the widgets follow each other in the tab order as listed.
+// Sets the tab order of the widgets to the order of the list.
 void followInTabOrder(std::initializer_list<QWidget*> widgets);

@@ -23,7 +23,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // The tightest caption, and the width of its label less a gap at the smallest type size.
+    // The caption with the tightest fit, and its label's width minus a gap, at the smallest type
+    // size.
     constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;

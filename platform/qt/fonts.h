@@ -6,20 +6,20 @@
 #include <QString>
 #include <QStringList>
 
-// Heights of the type sizes used, in device-independent pixels at 96 to the inch. Pixels, since a
-// window's geometry does not follow the desktop's type size either.
+// Type sizes in device-independent pixels, 96 to the inch. Not in points: window geometry does not
+// follow the desktop's type size, so fonts must not either.
 inline constexpr int points8_25 = 11;
 inline constexpr int points9_75 = 13;
 inline constexpr int points12 = 16;
 inline constexpr int points24 = 32;
 
-// The first family of the list that is installed, or else the desktop's own.
+// A font of the first installed family in the list, or else of the desktop's default family.
 QFont firstInstalled(const QStringList& families, int pixelSize);
-// The font of captions, lists and text boxes, condensed where the installed one is wider than the
-// windows were laid out for.
+// The font for captions, lists and text boxes, condensed if the installed font is wider than the
+// window layout allows for.
 QFont sansFont(int pixelSize = points8_25);
 QFont fixedFont(int pixelSize, QFont::Weight weight = QFont::Normal);
 
-// `font`, condensed and then made smaller until every line of `text` fits into `space`, down to
-// what can just be read.
+// `font`, condensed and then made smaller until every line of `text` fits into `space`, but not
+// below a readable size.
 QFont fittedFont(QFont font, const QString& text, QSize space);

@@ -18,8 +18,8 @@ public:
     // A window without a frame ignores requests to close; Escape calls reject() in all windows.
     enum class Frame { TitleAndCloseBox, Title, None };
 
-    // `width` and `height` of the client area in twips; on Wayland it is as wide as its title
-    // needs.
+    // `width` and `height` are those of the client area in twips; on Wayland the window is widened
+    // if its title needs it.
     Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
          Frame frame);
 

@@ -37,8 +37,8 @@ InputBlock::InputBlock(QWidget* window, std::function<bool()> blocked)
     qApp->installEventFilter(this);
 }
 
-// A widget inside the window, and not inside another window that it owns. Actions of a menu do not
-// count: mdiMain checks LinkInUse for them.
+// True for the window and the widgets in it, but not for those in other windows that it owns. False
+// for menu actions: mdiMain checks LinkInUse for them.
 bool InputBlock::isInside(const QObject* object) const {
     for (; object; object = object->parent()) {
         if (object == window_)
@@ -53,6 +53,6 @@ bool InputBlock::eventFilter(QObject* watched, QEvent* event) {
     if (!isInput(event->type()) || !blocked_() || !isInside(watched))
         return false;
     if (event->type() == QEvent::ShortcutOverride)
-        event->accept(); // or the key would go on to find a menu entry
+        event->accept(); // otherwise the key could trigger a menu shortcut
     return true;
 }

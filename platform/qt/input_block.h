@@ -5,8 +5,8 @@
 
 #include <functional>
 
-// Keeps the user's input from a window and everything inside it while `blocked` returns true,
-// without greying anything. Other windows, above all message boxes, stay usable.
+// Discards user input to a window and everything inside it while `blocked` returns true, without
+// greying anything. Other windows, message boxes in particular, stay usable.
 class InputBlock : public QObject {
     Q_OBJECT
 

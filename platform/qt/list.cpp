@@ -13,7 +13,7 @@ public:
     using QListWidget::QListWidget;
 
 protected:
-    // Whatever the input and its modifiers: the row that it reaches, or no change.
+    // Modifiers are ignored: any input selects the row it reaches; elsewhere it changes nothing.
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent*) const override {
         return index.isValid() ? QItemSelectionModel::ClearAndSelect
@@ -36,7 +36,7 @@ protected:
             QListWidget::keyPressEvent(event);
     }
 
-    // No row is shown in part.
+    // Leaves a strip empty below the last row, so that no row is partly visible.
     void showEvent(QShowEvent* event) override {
         QPalette colours = palette();
         colours.setBrush(QPalette::Window, colours.base()); // of the strip left below the last row

@@ -40,8 +40,8 @@ void QtEventQueue::Yield() {
 
 namespace {
 
-// The window that a message box belongs to, even when another program is the active one: a message
-// box hidden by its window would keep the socket powered.
+// The owner of a message box, also while another program is active: a message box hidden by the
+// window would go unnoticed and keep the socket powered.
 QWidget* messageOwner() {
     if (QWidget* active = QApplication::activeWindow(); active && active->isVisible())
         return active;
@@ -65,11 +65,11 @@ void QtMessageBox::Show(const std::string& title, const std::string& text, Icon 
                       grid->columnCount());
     message.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     if (auto* label = message.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-        label->setFocusPolicy(Qt::StrongFocus); // or no key would reach it
+        label->setFocusPolicy(Qt::StrongFocus); // or the keyboard could not reach it
         message.button(QMessageBox::Ok)->setFocus();
     }
     QTimer::singleShot(0, &message, callUser);
-    const bool busy = QApplication::overrideCursor(); // not over a button to be pressed
+    const bool busy = QApplication::overrideCursor(); // no busy cursor over a message box
     if (busy)
         QApplication::setOverrideCursor(Qt::ArrowCursor);
     message.exec();
@@ -89,7 +89,7 @@ bool QtFileDialog::ShowSave() {
     return show(true);
 }
 
-// Qt's own dialog: the desktop's would test names and ask before overwriting.
+// Uses Qt's own dialog, because the desktop's would check names and ask before overwriting.
 bool QtFileDialog::show(bool saving) {
     constexpr int maxNameCharacters = 260;
     QFileDialog dialog(owner);

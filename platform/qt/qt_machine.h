@@ -28,7 +28,7 @@ struct QtMessageBox final : platform::MessageBox {
     void Show(const std::string& title, const std::string& text, Icon icon) override;
 };
 
-// Texts go to the main window once there is one.
+// Passes texts to the main window once it exists.
 struct QtStatusBar final : platform::StatusBar {
     void setPanel(int panel, const std::string& text) override;
     std::function<void(int panel, const QString& text)> Show;
@@ -43,10 +43,10 @@ private:
     bool show(bool saving);
 };
 
-// All of it together, and the machine in use for as long as it lives.
+// All of the above in one object, which is the machine in use during its lifetime.
 class QtMachine {
 public:
-    // `dataFolder` is where com<n> links to ports are looked up.
+    // `dataFolder` is the folder that is searched for com<n> links to ports.
     explicit QtMachine(std::string dataFolder);
     QtMachine(const QtMachine&) = delete;
     QtMachine& operator=(const QtMachine&) = delete;

@@ -27,9 +27,9 @@ struct QtSerialPort::Line {
     void close();
 };
 
-// QSerialPort keeps a line open that has hung up, and its read notifier fires without end: with a
-// read error each time in Qt 6.4, without any signal in Qt 6.8. A notifier of our own sees the
-// error condition in both. The port is closed by a queued call, outside every notifier's handler.
+// After a hang-up, QSerialPort keeps the port open and its read notifier fires endlessly: with a
+// read error each time in Qt 6.4, without any signal in Qt 6.8. Our own notifier detects the error
+// condition in both. A queued call closes the port outside every notifier's handler.
 void QtSerialPort::Line::watchForHangUp() {
     hangUp = std::make_unique<QSocketNotifier>(port.handle(), QSocketNotifier::Exception);
     QObject::connect(
@@ -46,15 +46,15 @@ void QtSerialPort::Line::close() {
         return;
     GuardPort(-1);
     hangUp.reset();
-    port.clear(QSerialPort::Input); // a terminal keeps unread bytes for whoever opens it next
+    port.clear(QSerialPort::Input); // otherwise the next opener would receive the unread bytes
     port.close();
 }
 
 QtSerialPort::QtSerialPort(std::function<std::string(int)> portName)
     : line_(std::make_unique<Line>()) {
     line_->portName = std::move(portName);
-    // What is beyond this stays in the system's queue, and no CPU time goes into bytes that are
-    // never read.
+    // Bytes beyond this limit stay in the system's queue, so bytes that are never read cost no CPU
+    // time.
     line_->port.setReadBufferSize(inBufferSize);
 }
 
@@ -98,7 +98,7 @@ void QtSerialPort::Open() {
     }
     GuardPort(port.handle(), lockFileOf(name));
     line_->watchForHangUp();
-    // A pseudo-terminal has neither line; that is no error.
+    // A pseudo-terminal has neither line, so a failure here is not an error.
     port.setDataTerminalReady(true);
     port.setRequestToSend(false);
 }
@@ -112,7 +112,7 @@ void QtSerialPort::Output(const Bytes& frame) {
         return;
     line_->port.write(reinterpret_cast<const char*>(frame.data()),
                       static_cast<qint64>(frame.size()));
-    line_->port.flush(); // write() alone fills Qt's buffer
+    line_->port.flush(); // write() only fills Qt's buffer
 }
 
 std::int16_t QtSerialPort::InBufferCount() {

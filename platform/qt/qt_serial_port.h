@@ -5,16 +5,16 @@
 #include <functional>
 #include <memory>
 
-// The serial port on QSerialPort. A line that hangs up while open is closed by the next events; it
-// takes and delivers no bytes until it is opened again.
+// The serial port on QSerialPort. A port whose line hangs up is closed when the next events are
+// handled; it then neither accepts nor delivers bytes until it is opened again.
 class QtSerialPort final : public platform::SerialPort {
 public:
-    // `portName` gives the system's name of a port number, empty if there is no such port.
+    // `portName` returns the system's name of a port number, empty if there is no such port.
     explicit QtSerialPort(std::function<std::string(int)> portName);
     ~QtSerialPort() override;
 
-    // Set once, before the first opening. Each has one value: "57600,N,8,1", 0 (the port is polled,
-    // there are no receive events) and binary, which is all that QSerialPort knows.
+    // Call each once, before the first Open(). Each has only one valid value: "57600,N,8,1", 0 (the
+    // port is polled, there are no receive events) and binary, the only mode of QSerialPort.
     void setSettings(const std::string& settings);
     void setRThreshold(int bytes);
     void setInputModeBinary() {}

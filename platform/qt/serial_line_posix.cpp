@@ -21,8 +21,8 @@ bool isRunning(pid_t process) {
     return kill(process, 0) == 0 || errno == EPERM;
 }
 
-// What a process may have called itself in a lock file: its command, the name of its file or of its
-// script. Empty where the system keeps that secret.
+// The names that a process may have written to a lock file: its command, its executable file or its
+// script. Empty if the system does not disclose them.
 std::vector<std::string> namesOf(pid_t process) {
     const std::filesystem::path folder = "/proc/" + std::to_string(process);
     std::vector<std::string> names;
@@ -50,7 +50,7 @@ std::string groupName(gid_t group) {
 } // namespace
 
 std::string lockFileOf(const std::string& path) {
-    // In the order in which QSerialPort looks.
+    // In QSerialPort's search order.
     constexpr const char* folders[] = {"/var/lock",         "/etc/locks", "/var/spool/locks",
                                        "/var/spool/uucp",   "/tmp",       "/var/tmp",
                                        "/var/lock/lockdev", "/run/lock"};
@@ -68,9 +68,9 @@ std::string lockFileOf(const std::string& path) {
     return {};
 }
 
-// A lock file begins with a process number. Most programs write nothing else, some append their
-// name and their user, and QSerialPort puts its program's name on the next line. A number without a
-// name may be that of any program, so it counts as long as a process has it.
+// A lock file begins with a process ID. Most programs write nothing else, some append their name
+// and their user, and QSerialPort writes its program's name on the next line. An ID without a name
+// may be that of any program, so the lock counts as long as a process has that ID.
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
     constexpr off_t maxBytes = 1024;
@@ -85,7 +85,7 @@ std::string lockedByAnother(const std::string& path) {
     pid_t holder = 0;
     std::string writer;
     if (!(text >> holder) || holder <= 0)
-        return {}; // perhaps not complete yet: QSerialPort waits until it is old
+        return {}; // perhaps still incomplete: QSerialPort waits until it is old
     std::getline(text >> std::ws, writer);
     const std::vector<std::string> names = namesOf(holder);
     const bool sameProgram = writer.empty() || names.empty() ||
@@ -95,7 +95,7 @@ std::string lockedByAnother(const std::string& path) {
     if (holder != getpid() && isRunning(holder) && sameProgram)
         return "process " + std::to_string(holder) + (names.empty() ? "" : " (" + names[0] + ")") +
                " has locked it with the lock file " + file + ".";
-    unlink(file.c_str()); // QSerialPort would keep to some forms of it for half a minute
+    unlink(file.c_str()); // QSerialPort would respect some forms of it for half a minute
     return {};
 }
 
@@ -117,7 +117,7 @@ std::string whyNotOpened(const std::string& path, const std::string& otherwise) 
     close(descriptor);
     if (!terminal)
         return "it is not a serial port.";
-    // It can be opened after all, so a lock file is in the way that could not be removed.
+    // The device itself can be opened, so the cause is a lock file that could not be removed.
     const std::string lockFile = lockFileOf(path);
     if (lockFile.empty())
         return otherwise;

@@ -1,26 +1,27 @@
-// What QSerialPort does not report of its line.
+// What QSerialPort does not report about its line.
 #pragma once
 
 #include <string>
 
-// The file by which programs that agree on it keep each other from the port `path`, whatever kind
-// of file it is; empty if there is no such file.
+// The path of the lock file by which programs reserve the port `path`, whatever kind of file it is;
+// empty if there is no lock file.
 std::string lockFileOf(const std::string& path);
 
-// In words, that a lock file bars the port `path`; empty if no lock file does. A lock file bars the
-// port while a process other than this one has its number and, where the file names a program, that
-// name; so does a file that is not a small regular one. A lock file whose process has ended is
-// removed. To be asked before the opening: QSerialPort waits for ever for a pipe, and takes away a
-// lock file that is older than half a minute, whoever holds it.
+// Describes, for the user, the lock file that bars the port `path`; empty if no lock file does. A
+// lock file bars the port while a process other than this one has the ID in the file and, if the
+// file names a program, that name. A file that cannot be read or is not a small regular file also
+// bars it. A lock file whose process has ended is removed. Call before opening the port:
+// QSerialPort waits forever for a pipe, and removes a lock file older than half a minute even if
+// its owner is running.
 std::string lockedByAnother(const std::string& path);
 
-// Why the port `path` could not be opened, as sentences that say what to do: there is no device, it
-// is not a serial port, its group has to be joined, another program holds it, a lock file is in the
-// way. `otherwise` for any other cause.
+// Why the port `path` could not be opened, in sentences for the user: there is no device, it is not
+// a serial port, the user is not in its group, another program uses it, or a lock file bars it.
+// Returns `otherwise` for any other cause.
 std::string whyNotOpened(const std::string& path, const std::string& otherwise);
 
-// Bytes that have arrived and wait in the system's queue, at least 0.
+// Number of bytes in the system's receive queue; 0 on error.
 int waitingBytes(int descriptor);
 
-// The other side has gone for good: the device was unplugged or the terminal hung up.
+// True if the other side is permanently gone: the device was unplugged or the terminal hung up.
 bool lineIsDead(int descriptor);

@@ -21,10 +21,10 @@ namespace {
 std::array<int, 2> wakePipe = {-1, -1};
 
 std::atomic<int> guardedDescriptor = -1;
-std::string guardedLockFile; // changes while no descriptor is guarded
+std::string guardedLockFile; // changed only while no descriptor is guarded
 std::atomic<const char*> crashFrames = nullptr;
 std::atomic<int> crashFrameBytes = 0;
-std::atomic<pid_t> handledProcess = 0; // since HandleSignals()
+std::atomic<pid_t> handledProcess = 0; // the process that called HandleSignals()
 
 // Called by signal handlers too.
 void cleanUp() {
@@ -39,7 +39,7 @@ void wakeEventQueue(int) {
     [[maybe_unused]] const ssize_t ignored = write(wakePipe[1], &any, 1);
 }
 
-// SA_RESETHAND has restored the default action, which raise() now takes.
+// SA_RESETHAND has restored the default action, which raise() triggers.
 void crash(int signal) {
     cleanUp();
     raise(signal);
@@ -48,7 +48,7 @@ void crash(int signal) {
 void installHandler(int signal, void (*handler)(int), int flags) {
     struct sigaction action{};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
-        return; // the C library's own, or the parent process wants it ignored
+        return; // reserved by the C library, or the parent process wants it ignored
     action = {};
     action.sa_handler = handler;
     action.sa_flags = flags;
@@ -64,7 +64,7 @@ void stopUnlessRunInProgress(int signal) {
     installHandler(signal, stopUnlessRunInProgress, SA_RESTART | SA_NODEFER);
 }
 
-// A crash may be the stack's own overflow.
+// A stack overflow leaves the handler no room on the normal stack.
 void giveCrashesAStack() {
     static std::array<char, 16384> bytes;
     stack_t stack{};
@@ -86,8 +86,8 @@ void giveCrashesAStack() {
 
 } // namespace
 
-// In place of the C library's, for the libraries as well: when the compositor is gone, Qt's Wayland
-// plugin ends the process by this, and no exit handler is called. Child processes clean up nothing.
+// Replaces the C library's _exit(), for libraries too: when the compositor is lost, Qt's Wayland
+// plugin calls it, and exit handlers do not run. Child processes do not clean up.
 extern "C" void _exit(int status) { // NOLINT(bugprone-reserved-identifier)
     if (getpid() == handledProcess)
         cleanUp();
@@ -104,7 +104,7 @@ void OpenStandardDescriptors() {
 void HandleSignals(std::function<void()> save) {
     giveCrashesAStack();
     handledProcess = getpid();
-    std::atexit(cleanUp); // a lost X server ends the process by exit()
+    std::atexit(cleanUp); // losing the X server ends the process through exit()
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         switch (signal) {
         case SIGCHLD: // ignored or without effect by default
@@ -112,7 +112,7 @@ void HandleSignals(std::function<void()> save) {
         case SIGURG:
         case SIGWINCH:
             break;
-        case SIGPIPE: // a write that fails returns an error
+        case SIGPIPE: // the failed write returns an error instead
         case SIGXFSZ:
         case SIGTTIN: // a stopped window looks hung
         case SIGTTOU:

@@ -1,31 +1,32 @@
-// Ends of the program that the user did not choose: signals, abnormal termination, a lost display.
-// No chip may stay powered after one, except where the process cannot act any more (SIGKILL).
+// Terminations that the user did not choose: signals, crashes, a lost display. They must not leave
+// a chip powered; only SIGKILL, which cannot be handled, may.
 #pragma once
 
 #include <functional>
 #include <string>
 
-// To be called before anything opens a file. Opens /dev/null on those of the descriptors 0 to 2
-// that are closed: otherwise the port or the X connection gets the number, and with it the warnings
-// that libraries print.
+// Opens /dev/null on each of the descriptors 0 to 2 that is closed: otherwise the port or the X
+// connection could get that number and receive the warnings that libraries print. Call before any
+// file is opened.
 void OpenStandardDescriptors();
 
-// Installs the handlers of all signals for the rest of the process. Requires the application.
-// SIGTERM, SIGINT and SIGHUP end it from the event queue, in whatever loop that is: crash frames,
-// `save`, status 0; where `save` throws, the cause on the console and status 1. Every other signal
-// that ends a process sends the crash frames first. Failed writes (SIGPIPE, SIGXFSZ) and the
-// terminal (SIGTTIN, SIGTTOU) raise no signal any more, and SIGTSTP does not stop a run. A signal
-// that was ignored at the start stays ignored.
+// Installs the signal handlers for the rest of the process. Requires the application object.
+// SIGTERM, SIGINT and SIGHUP are handled in the running event loop: the crash frames are sent,
+// `save` is called, and the process ends with status 0. If `save` throws, the cause is printed to
+// stderr and the status is 1. Every other signal that ends a process sends the crash frames first.
+// SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the process during a
+// run. A signal that was ignored at the start stays ignored.
 void HandleSignals(std::function<void()> save);
 
-// The open port and its lock file, empty if there is no lock file; -1: the port has been closed.
+// Registers the open port and its lock file (empty: no lock file) for clean-up at termination.
+// Descriptor -1: the port has been closed.
 void GuardPort(int descriptor, const std::string& lockFile = {});
-// Power-down frames that are sent on a crash: to be set while a run is in progress. The bytes must
-// stay valid until others are set; null: no frames.
+// Sets the power-down frames to send on a crash; used while a run is in progress. The bytes must
+// stay valid until the next call; null: no frames.
 void SetCrashFrames(const char* bytes, int byteCount);
 
-// Sends the crash frames, if any, to the guarded port: once, however often it is called.
+// Sends the crash frames, if any, to the guarded port. Further calls send nothing.
 void SendCrashFrames();
-// Ends the process at once, from within whatever event loops are running: sends the crash frames,
-// removes the lock file and a temporary file.
+// Ends the process at once, without unwinding the running event loops. First sends the crash frames
+// and removes the lock file and any temporary file.
 [[noreturn]] void EndProcess(int status);

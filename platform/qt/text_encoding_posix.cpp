@@ -8,5 +8,5 @@
 void useUtf8() {
     std::setlocale(LC_CTYPE, "");
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
-        setenv("LC_ALL", "C.UTF-8", 1); // over whatever else names a locale
+        setenv("LC_ALL", "C.UTF-8", 1); // overrides all other locale variables
 }

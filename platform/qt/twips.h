@@ -1,4 +1,4 @@
-// Positions and sizes of the windows, as data: twips, 1440 to the inch.
+// Window geometry in twips, 1440 to the inch.
 #pragma once
 
 #include <QRect>
@@ -9,7 +9,7 @@ constexpr int pixels(int twips) {
     return qRound(static_cast<double>(twips) / twipsPerPixel);
 }
 
-// A rectangle inside a window or frame.
+// A rectangle in twips, relative to its window or frame.
 struct TwipsRect {
     int left;
     int top;

@@ -15,10 +15,10 @@ frmHelp::frmHelp(QWidget* owner)
     rtb->setObjectName(QStringLiteral("rtb"));
     rtb->setAccessibleName(tr("Help"));
     rtb->setGeometry(TwipsRect{120, 120, 10095, 5295}.inPixels());
-    rtb->setFont(sansFont(points12)); // of the window's own messages
+    rtb->setFont(sansFont(points12)); // for the window's own messages
     rtb->setReadOnly(true);
     rtb->setUndoRedoEnabled(false);
-    // White with black text on any desktop: a file's own colours are chosen for paper.
+    // Black on white on any desktop: the colours in a file are chosen for paper.
     QPalette colours = rtb->palette();
     colours.setColor(QPalette::Base, Qt::white);
     colours.setColor(QPalette::Text, Qt::black);
@@ -35,5 +35,5 @@ void frmHelp::Form_Load() {
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }
-    rtb->moveCursor(QTextCursor::Start); // what was inserted took it to the end
+    rtb->moveCursor(QTextCursor::Start); // inserting text moved it to the end
 }

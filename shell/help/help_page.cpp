@@ -19,10 +19,11 @@ constexpr qint64 runCost = 20;
 constexpr qint64 tabCost = 40;
 constexpr qint64 paragraphCost = 30;
 constexpr qint64 cellCost = 100;
-constexpr qint64 objectCost = 150; // of a table or picture, besides what is in it
+constexpr qint64 objectCost = 150; // of a table or picture, without its contents
 constexpr qint64 decodedPixelsPerUnit = 64;
-constexpr qint64 shownPixelsPerUnit = 8; // which take memory, too
-// From 8,388,607 pixels on Qt searches for a line's position for ever.
+constexpr qint64 shownPixelsPerUnit = 8; // these take memory, too
+// Limits the height of the page: from 8,388,607 pixels on, Qt searches endlessly for the position
+// of a line.
 constexpr qint64 heightPerUnit = 3;
 
 constexpr qint64 maxPicturePixels = 4'000'000;
@@ -39,8 +40,8 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     const qint64 sharedLine = height * height / 280;
     qint64 cost = 0;
     for (const QChar c : text) {
-        // Greek and Cyrillic letters take longer than Latin ones, and combining and mixed ones
-        // most.
+        // Greek and Cyrillic letters take longer than Latin ones; combining and mixed characters
+        // take the most time.
         const bool simple = c >= u'\u0370' && c < u'\u0590';
         cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : simple ? 2 : 10;
         cost += inTable || c == u'\t' || c == QChar::LineSeparator ? ownLine : sharedLine;
@@ -48,8 +49,8 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     return cost;
 }
 
-// Qt lets the PNG library print every damage to the error output. The library's own interface for
-// files in memory reports it as a value.
+// With Qt's decoder, the PNG library prints every error in a file to stderr. The library's own
+// interface for files in memory returns the error instead.
 QImage decodePng(const QByteArray& bytes) {
     png_image file{};
     file.version = PNG_IMAGE_VERSION;
@@ -87,12 +88,13 @@ void HelpPage::AddText(const QString& text, const QTextCharFormat& format, bool 
         cursor_.insertText(text, format);
 }
 
-// A few bytes of a file can be a picture of any size: only what is shown is kept.
+// A few bytes of a file can decode to a picture of any size, so only the scaled picture is kept.
 void HelpPage::AddPicture(const QByteArray& bytes, QSize size, bool inTable) {
     const bool png = bytes.startsWith("\x89PNG");
     if (!png && !bytes.startsWith("\xFF\xD8"))
         return;
-    // What cannot be decoded may take as long as the largest one.
+    // Charge the maximum now and refund the difference after decoding: a picture that cannot be
+    // decoded may take as long as the largest one.
     room_ -= objectCost + maxPicturePixels / decodedPixelsPerUnit;
     if (Full())
         return;
@@ -188,7 +190,8 @@ void HelpPage::openTable(int columns) {
     table_ = cursor_.insertTable(1, columns, format);
 }
 
-// After its paragraphs, since the format of a cell is that of its first paragraph's end.
+// Called after the cell's paragraphs: Qt takes the format of a cell from the end of its first
+// paragraph.
 void HelpPage::endCell() {
     QTextTableCell cell = table_->cellAt(table_->rows() - 1, column_);
     QTextTableCellFormat format = cell.format().toTableCellFormat();
@@ -202,7 +205,7 @@ void HelpPage::endCell() {
     if (column < row.cells.size() && row.cells[column].background.isValid())
         format.setBackground(row.cells[column].background);
     cell.setFormat(format);
-    // What is too much for the row is added to its last cell.
+    // Surplus cells of a row are appended to its last cell.
     cellOpen_ = column_ + 1 == table_->columns();
     column_ += cellOpen_ ? 0 : 1;
 }

@@ -9,8 +9,8 @@
 
 #include <vector>
 
-// Takes what a window can lay out in about a second. What is added after that is left out, and
-// Finish adds a line that says so.
+// Accepts as much as a window can lay out in about a second. Anything added after that is left out,
+// and Finish() adds a line that says so.
 class HelpPage {
 public:
     // Lengths in pixels from the left edge of the page.
@@ -25,17 +25,18 @@ public:
     };
     enum class Part { Paragraph, Cell, Row };
 
-    // `document` is empty. `pixelRatio`: pixels of the screen to a device-independent one.
+    // `document` must be empty. `pixelRatio`: screen pixels per device-independent pixel.
     HelpPage(QTextDocument& document, double pixelRatio);
 
-    // Both begin a paragraph if there is no paragraph yet, in a cell of a table or outside of
-    // tables.
+    // AddText and AddPicture begin a paragraph if no paragraph is open: in a table cell if
+    // `inTable`, otherwise outside tables.
     void AddText(const QString& text, const QTextCharFormat& format, bool inTable);
-    // `bytes`: a PNG or JPEG file; left out if it is damaged or another kind of file. An empty
-    // `size`: the picture's own.
+    // `bytes`: a PNG or JPEG file; left out if it is damaged or of another kind. `size` in
+    // device-independent pixels; empty: the picture's own size.
     void AddPicture(const QByteArray& bytes, QSize size, bool inTable);
-    // Ends a paragraph, also an empty one, which has the height of `end`; or also the cell that it
-    // is in; or what has begun of a row.
+    // Ends the paragraph. An empty paragraph is kept and has the height of `end`. Part::Cell also
+    // ends the cell. Part::Row ends the row and whatever is open in it, and adds no empty
+    // paragraph.
     void End(Part part, const QTextBlockFormat& format, const QTextCharFormat& end, bool inTable);
     void Finish();
     bool Full() const { return room_ < 0; }

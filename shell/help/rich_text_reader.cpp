@@ -9,14 +9,14 @@
 
 namespace {
 
-// Every group costs a copy of its state, and some files open thousands without closing any: the
-// groups below this one share its state.
+// Each group needs a copy of the state, and some files open thousands of groups without closing
+// any. Groups nested beyond this limit share the state of the last one within it.
 constexpr std::size_t maxGroups = 250;
 constexpr qsizetype maxColours = 1000;
 constexpr qsizetype maxFontName = 100;
 constexpr qsizetype maxRun = 4096;
-constexpr int maxRuns = 500;     // Qt looks through the rest of the paragraph for each of its tabs
-constexpr int maxUnbroken = 128; // Qt looks through the whole word for each of its lines
+constexpr int maxRuns = 500;     // for each tab, Qt scans the rest of the paragraph
+constexpr int maxUnbroken = 128; // for each line, Qt scans the whole word
 
 bool isLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -30,8 +30,7 @@ char16_t codePage1252(int byte) {
     return byte >= 0x80 && byte < 0xA0 ? from80[byte - 0x80] : static_cast<char16_t>(byte);
 }
 
-// The symbols that lists are made with, in the two common symbol fonts: bullet, square, arrowhead,
-// check mark.
+// List symbols in the two common symbol fonts: bullet, square, arrowhead, check mark.
 char16_t symbol(int byte) {
     constexpr std::string_view bytes = "\x6C\xB7\x6E\xA7\xD8\xFC";
     constexpr char16_t symbols[] = u"\u2022\u2022\u25AA\u25AA\u27A2\u2713";
@@ -39,8 +38,8 @@ char16_t symbol(int byte) {
     return found < bytes.size() ? symbols[found] : codePage1252(byte);
 }
 
-// No control characters, and no characters that a text document uses for itself. For some scripts
-// Qt prints a warning about each font that cannot shape them.
+// False for control characters and characters that QTextDocument reserves. Also false for scripts
+// for which Qt prints a warning about each font that cannot shape them.
 bool isShown(char32_t code) {
     const QChar::Script script = QChar::script(code);
     const bool needsShaping = (script >= QChar::Script_Syriac && script <= QChar::Script_Sinhala) ||
@@ -107,7 +106,7 @@ void RichTextReader::controlWord() {
     const char* const end = std::from_chars(begin, begin + rest_.size(), number.value).ptr;
     number.given = end != begin;
     rest_.remove_prefix(static_cast<std::size_t>(end - begin));
-    if (rest_.starts_with(' ')) // it belongs to the word
+    if (rest_.starts_with(' ')) // the delimiter is part of the word
         rest_.remove_prefix(1);
     word(name, number);
 }
@@ -120,7 +119,7 @@ void RichTextReader::openGroup() {
 }
 
 void RichTextReader::closeGroup() {
-    if (groupsTooDeep_ > 0 || groups_.size() == 1) { // a brace too many changes nothing
+    if (groupsTooDeep_ > 0 || groups_.size() == 1) { // a surplus brace has no effect
         groupsTooDeep_ -= groupsTooDeep_ > 0 ? 1 : 0;
         return;
     }
@@ -130,7 +129,7 @@ void RichTextReader::closeGroup() {
         addPicture();
 }
 
-// Nothing leads out of what is not shown except the end of its group.
+// Once in Destination::Nowhere, a group stays there until its end.
 void RichTextReader::enter(Destination destination) {
     if (group().destination != Destination::Nowhere)
         group().destination = destination;
@@ -150,7 +149,7 @@ void RichTextReader::byte(int value) {
         if (QString& name = fontEntry().name; value != ';' && name.size() < maxFontName)
             name += QChar(codePage1252(value));
         break;
-    case Destination::Colours: // an entry without parts is the page's own colour
+    case Destination::Colours: // an empty entry is the page's own colour
         if (value == ';' && colours_.size() < maxColours)
             colours_.push_back(std::exchange(mixedColour_, {}));
         break;
@@ -164,8 +163,8 @@ void RichTextReader::byte(int value) {
 
 void RichTextReader::addUnicode(int number) {
     fallbackLeft_ = group().fallbackLength;
-    const auto unit = static_cast<char16_t>(number);        // it may be negative
-    const bool isSymbol = unit >= 0xF020 && unit <= 0xF0FF; // the range of symbol fonts
+    const auto unit = static_cast<char16_t>(number);        // may be negative in a file
+    const bool isSymbol = unit >= 0xF020 && unit <= 0xF0FF; // the range that symbol fonts use
     addUtf16(isSymbol ? symbol(unit - 0xF000) : unit);
 }
 
@@ -182,7 +181,7 @@ void RichTextReader::addUtf16(char16_t unit) {
     if (separator || unit == u' ') {
         unbroken_ = 0;
     } else if (++unbroken_ > maxUnbroken && whole) {
-        run_ += u'\u200B'; // a line may end here
+        run_ += u'\u200B'; // allows a line break here
         unbroken_ = 1;
     }
     run_ += QChar(unit);
@@ -232,8 +231,8 @@ QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     return format;
 }
 
-// Tab stops are counted from the page's edge in the file and from the line's beginning in Qt. A
-// hanging first line has a stop where the other lines begin: lists rely on it.
+// Tab stops are measured from the page's edge in the file but from the beginning of the line in Qt.
+// A hanging indent implies a tab stop at the left margin: lists rely on it.
 QTextBlockFormat RichTextReader::blockFormat() const {
     const Paragraph& paragraph = groups_.back().paragraph;
     QTextBlockFormat shown = paragraph.shown;

@@ -1,9 +1,9 @@
 // Rich text (RTF), read for display.
 //
-// Understood is what word processors write for a guide: fonts, sizes, colours, bold, italic,
-// underline; paragraphs with alignment, indents, spacing and tab stops; lists, whose numbers and
-// bullets are text in the file; simple tables; PNG and JPEG pictures; the visible text of links.
-// Everything else is skipped, and a damaged file is shown as far as it can be understood.
+// Supports what word processors write for a guide: fonts, sizes, colours, bold, italic, underline;
+// paragraphs with alignment, indents, spacing and tab stops; lists, whose numbers and bullets are
+// text in the file; simple tables; PNG and JPEG pictures; the visible text of links. Everything
+// else is skipped, and a damaged file is shown as far as it can be understood.
 #pragma once
 
 #include "platform/qt/twips.h"
@@ -19,10 +19,10 @@
 
 class RichTextReader {
 public:
-    // False if `rtf` does not begin as rich text does: then `document`, which is empty, stays so.
-    // No file takes more than about a second to read, lay out and destroy: what is beyond that is
-    // left out, and the last line says so. `pixelRatio`: pixels of the screen to a
-    // device-independent one.
+    // Returns false if `rtf` does not begin like rich text; `document`, which must be empty, then
+    // stays empty. Reading, layout and destruction take about a second at most: the rest of a
+    // larger file is left out, and the last line says so. `pixelRatio`: screen pixels per
+    // device-independent pixel.
     static bool Read(std::string_view rtf, QTextDocument& document, double pixelRatio);
 
 private:
@@ -37,19 +37,19 @@ private:
         QTextBlockFormat shown = {};
         QList<int> tabStops = {}; // pixels from the page's left edge
         bool inTable = false;
-        bool describesRow = false; // a row of a table has been described since the last \pard
+        bool describesRow = false; // \trowd has been read since the last \pard
     };
 
     // Where the text of a group goes.
     enum class Destination { Page, Fonts, Colours, Picture, Nowhere };
 
-    // What a group inherits, and gives back at its end.
+    // The state that a group inherits; at its end, the outer group's state is in effect again.
     struct Group {
         Destination destination = Destination::Page;
         QTextCharFormat text = {};
         Paragraph paragraph = {};
         bool hidden = false;
-        int fallbackLength = 1; // characters after a \u, for readers that do not know it
+        int fallbackLength = 1; // characters after a \u that replace it in old readers
     };
 
     struct Picture {
@@ -58,16 +58,16 @@ private:
         QSize scale = {100, 100}; // percent
     };
 
-    // Of a text format: the key in the font table, which need not contain it.
+    // Property of a text format: its key in the font table, which may not contain that key.
     static constexpr int fontProperty = QTextFormat::UserProperty;
     static constexpr qsizetype maxFonts = 1000;
 
-    // The number of a control word.
+    // The numeric parameter of a control word.
     struct Number {
         int value = 0;
         bool given = false;
-        bool On() const { return !given || value != 0; } // for words that switch
-        // The value as a length in pixels; one unit is `twips` twips. Limited to 32,000 twips.
+        bool On() const { return !given || value != 0; } // for on/off words
+        // The value as a length in pixels; one unit is `twips` twips. Clamped to +-32,000 twips.
         int Pixels(int twips = 1) const {
             constexpr int max = 32'000;
             return pixels(std::clamp(value, -max / twips, max / twips) * twips);
@@ -112,19 +112,19 @@ private:
     HelpPage page_;
     std::vector<Group> groups_{1};
     std::size_t groupsTooDeep_ = 0;
-    bool starred_ = false; // the next word opens a group that may be skipped
+    bool starred_ = false; // after \*: the next word names an optional group
     int fallbackLeft_ = 0;
 
     QString run_; // text of one format that is not on the page yet
     QTextCharFormat runFormat_;
-    int runs_ = 0;     // of the paragraph; a tab begins another one
-    int unbroken_ = 0; // characters since the last blank
+    int runs_ = 0;     // in the paragraph; a tab begins a new run
+    int unbroken_ = 0; // characters since the last space or separator
 
     int defaultFont_ = 0;
-    int fontKey_ = 0; // of the entry of the font table that is being read
+    int fontKey_ = 0; // of the font or font table entry selected last
     QHash<int, Font> fonts_;
     QList<QColor> colours_;
     QColor mixedColour_;
-    HelpPage::Cell cell_; // the next one of the row that is described
+    HelpPage::Cell cell_; // the next cell of the row being described
     Picture picture_;
 };

@@ -11,13 +11,13 @@ using R = RichTextReader;
 
 constexpr qsizetype maxTabStops = 32;
 constexpr std::size_t maxCells = 64; // of a row
-// A larger number would only serve to hide the rest of a damaged file.
+// Limits the text that a damaged file can hide with a large number.
 constexpr int maxFallback = 16;
-// Qt prints a warning for a font without a size, and a subscript has two thirds of the text's.
+// Qt prints a warning for a font without a size, and a subscript has two thirds of the text's size.
 constexpr int minPixelSize = 2;
 constexpr int maxPixelSize = 96;
 constexpr int twipsPerHalfPoint = 10;
-// They leave 250 to the text.
+// Margins in pixels; they leave 250 pixels for the text.
 constexpr int maxLeft = 300;
 constexpr int maxRight = 100;
 
@@ -25,9 +25,9 @@ constexpr auto normal = QTextCharFormat::AlignNormal;
 constexpr auto raised = QTextCharFormat::AlignSuperScript;
 constexpr auto lowered = QTextCharFormat::AlignSubScript;
 
-// The tables are made at their first use, where a lack of memory can be reported.
+// The tables are built at first use, when running out of memory can be reported.
 
-// Groups that are not part of the page, besides those that the file itself marks as such.
+// Groups that are not shown, besides those that the file itself marks as optional.
 const std::unordered_set<std::string_view>& unseenGroups() {
     static const std::unordered_set<std::string_view> table = {
         "annotation", "atnauthor", "atnid",      "comment",      "filetbl",  "fldinst",
@@ -38,7 +38,7 @@ const std::unordered_set<std::string_view>& unseenGroups() {
     return table;
 }
 
-// A table in a table is shown as lines of text.
+// Control words for single characters. A table inside a table is shown as lines of text.
 const std::unordered_map<std::string_view, char16_t>& characters() {
     static const std::unordered_map<std::string_view, char16_t> table = {
         {"tab", u'\t'},         {"line", u'\u2028'},      {"~", u'\u00A0'},
@@ -49,7 +49,7 @@ const std::unordered_map<std::string_view, char16_t>& characters() {
     return table;
 }
 
-// Words that do here what another one does.
+// Control words that are treated like another one.
 const std::unordered_map<std::string_view, std::string_view>& synonyms() {
     static const std::unordered_map<std::string_view, std::string_view> table = {
         {"sect", "par"},       {"deleted", "v"},      {"cb", "highlight"},     {"uld", "ul"},
@@ -149,7 +149,7 @@ const RichTextReader::Handlers& RichTextReader::handlers() {
                  stops.append(n.Pixels());
          }},
 
-        // Tables. The borders that are described between \\trowd and \\pard are a row's.
+        // Tables. Borders described between \\trowd and \\pard belong to the row.
         {"trowd",
          [](R& r, Number) {
              r.page_.row = {};
