@@ -159,6 +159,7 @@ private:
             return message->button(QMessageBox::Ok)->click();
         }
         served = window;
+        EXPECT_TRUE(window->parentWidget());
         ASSERT_FALSE(actions.empty()) << "unexpected: " << window->objectName().toStdString();
         // From a timer of its own: this one has to go on while the action runs.
         QTimer::singleShot(0, window, [action = actions.front()] { action(); });
