@@ -16,10 +16,10 @@ bool isLineEnd(char character) {
     return character == '\r' || character == '\n';
 }
 
-// An item, short enough for a message.
+// The item in quotes, truncated to fit a message.
 std::string shown(std::string_view item) {
     std::size_t maxBytes = 40;
-    if (item.find('\0') != std::string_view::npos) // which would end the message
+    if (item.find('\0') != std::string_view::npos) // would truncate the message
         return "a zero byte, so the file is not plain text";
     if (item.size() <= maxBytes)
         return "\"" + std::string(item) + "\"";
@@ -32,7 +32,7 @@ std::string shown(std::string_view item) {
 
 DelimitedReader::DelimitedReader(std::string fileName, std::string text)
     : fileName_(std::move(fileName)), text_(std::move(text)) {
-    // Some editors put this mark in front of a text; it is not part of the first item.
+    // Some editors write a byte order mark; it is not part of the first item.
     constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
     if (text_.starts_with(utf8Mark))
         position_ = utf8Mark.size();

@@ -1,9 +1,9 @@
-// Delimited text: the form of the settings file, the device list, the Auto sequence and of the
+// Delimited text: the format of the settings file, the device list, the Auto sequence and the
 // records of an Intel HEX file.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
-// Blanks before an item are skipped. An item that opens with a double quote is read without its
-// quotes, commas inside belonging to it; any other is read up to the comma or line end.
+// Blanks before an item are skipped. An item that starts with a double quote is returned without
+// its quotes and may contain commas; any other item ends at the next comma or line end.
 #pragma once
 
 #include <cstdint>
@@ -14,26 +14,26 @@ namespace modFunc {
 
 class DelimitedReader {
 public:
-    // `fileName` is for the errors. The reader keeps the text.
+    // `fileName` is used in error messages. The reader keeps the text.
     DelimitedReader(std::string fileName, std::string text);
     DelimitedReader(const DelimitedReader&) = delete;
     DelimitedReader& operator=(const DelimitedReader&) = delete;
 
-    // No item is left.
+    // True if no item is left.
     bool atEnd() const { return position_ >= text_.size(); }
 
-    // The next item. The view lives as long as the reader. Each of these throws
-    // platform::FileError if the file has ended, a quote is not closed on its line, or the item
-    // does not fit. The message contains the file, the item's number and line, what was expected
-    // (`meaning`, such as "device count") and what was found.
+    // The next item. The view is valid as long as the reader exists. Each of these throws
+    // platform::FileError if the file has ended, a quote is not closed on its line, or the item is
+    // not valid. The message contains the file, the item's line, number and `meaning` (such as
+    // "device count"), what was expected and what was found.
     std::string_view NextString(std::string_view meaning);
-    // A decimal whole number from `min` to `max`, both included; a sign may come before it.
+    // A decimal integer from `min` to `max`, inclusive, with an optional sign.
     std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);
     std::int16_t NextInt16(std::string_view meaning, std::int16_t min = INT16_MIN,
                            std::int16_t max = INT16_MAX);
 
-    // Throws platform::FileError for the item read last, which it shows as far as a message has
-    // room for it.
+    // Throws platform::FileError for the item read last. The message shows the item, truncated if
+    // it is long.
     [[noreturn]] void Reject(std::string_view meaning, const std::string& expected,
                              std::string_view item) const;
 

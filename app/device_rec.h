@@ -6,15 +6,15 @@
 namespace modFunc {
 
 // One row of the device catalogue, in the order of the file. An empty row has empty strings and
-// zeros. The file may hold numbers outside the ranges given here: a device function rejects such a
-// device.
+// zeros. The file may contain numbers outside the ranges given here; the device functions reject
+// such a device.
 struct DeviceRec {
     std::string Name;        // shown to the user
     std::string Text2;       // not used
     std::string Text3;       // not used
     std::int16_t Family = 0; // row of FamilyTable, 0..50
     std::int32_t Size = 0;   // bytes of chip memory, 0..65536
-    // Bytes of a page where the family writes pages, 1..128, dividing 256.
+    // Page size in bytes if the family writes pages: 1..128, a divisor of 256.
     std::int16_t PageSize = 0;
     std::int16_t Value7 = 0; // not used
     std::int16_t Value8 = 0; // not used

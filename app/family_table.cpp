@@ -6,7 +6,7 @@ namespace modFunc {
 
 namespace {
 
-// A field that is not named is 0.
+// Fields that are not listed are 0.
 constexpr FamilyRec family1{
     .Program = {.PinP = 250, .PinQ = 192, .WriteOption = 4, .SupplyV1 = 12, .SupplyV3 = 50},
     .Read = {.PinP = 248, .PinQ = 192, .SupplyV1 = 5, .SupplyV3 = 50},
@@ -54,7 +54,7 @@ constexpr FamilyRec family4 = [] {
     return family;
 }();
 
-// Its three lock steps use one pin pattern.
+// All three lock steps use the same pin pattern.
 constexpr FamilyRec family5 = [] {
     FamilyRec family = family1;
     family.Read.SupplyV1 = 12;

@@ -1,4 +1,4 @@
-// All that sets one chip family apart electrically. The programmer knows nothing of chips: it gets
+// The electrical parameters of each chip family. The programmer knows nothing about chips: it gets
 // these bytes unchanged, inside the frames of link/frames.h.
 #pragma once
 
@@ -42,7 +42,7 @@ struct FamilyRec {
 };
 static_assert(sizeof(FamilyRec) == 95);
 
-// Fills State::FamilyTable; rows of numbers that are no family hold zeros.
+// Fills State::FamilyTable. Rows whose number is not a family contain zeros.
 void InitFamilyTable();
 
 } // namespace modFunc

@@ -1,5 +1,5 @@
-// What a chip family's number decides, besides the bytes of its row in FamilyTable: the one place
-// where a family number is compared.
+// Everything that depends on a chip family's number, except the bytes of its row in FamilyTable.
+// This is the only place where family numbers are compared.
 #pragma once
 
 #include "app/family_table.h"
@@ -9,13 +9,13 @@ namespace modFunc {
 // How Erase works.
 enum class ErasePath {
     None,    // not supported
-    Pulses,  // supplies and socket set up, then two erase frames of parameter 00
+    Pulses,  // supplies and socket set up, then two erase frames with parameter 00
     ChipCode // socket set up, then one erase frame with the chip code and two replies
 };
 
 // How Program works after the supplies are set.
 enum class WritePath {
-    None,   // it ends there
+    None,   // nothing is written: Program ends there
     Blocks, // 256 bytes at a time
     Pages   // the device's PageSize at a time
 };
@@ -26,13 +26,13 @@ enum class WriteSetUp {
     ReadSocket   // "S", with the pin pattern of Read
 };
 
-// The chip in the drawing of the socket.
+// The chip shown in the socket drawing.
 enum class ChipOutline { Long, Middle, Short };
 
 struct FamilyTraits {
-    bool inTable = false; // FamilyTable has a row of this number, filled or not
+    bool inTable = false; // FamilyTable has a row with this number, even an empty one
     ErasePath erase = ErasePath::None;
-    int erasePasses = 1; // when Erase is run by itself; an Auto entry always makes one
+    int erasePasses = 1; // when Erase runs on its own; as an Auto entry it makes one
     WritePath write = WritePath::None;
     WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
     bool canLock = false;
@@ -40,7 +40,7 @@ struct FamilyTraits {
     ChipOutline outline = ChipOutline::Short;
 };
 
-// Any number has traits; a device function rejects one that is not in the table.
+// Accepts any number; the device functions reject one that is not in the table.
 constexpr FamilyTraits TraitsOf(int family) {
     FamilyTraits traits;
     traits.inTable = family >= 0 && family <= lastFamily;

@@ -1,4 +1,4 @@
-// Hexadecimal text, in and out.
+// Formats and parses hexadecimal text.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@ namespace modFunc {
 
 inline constexpr char hexDigits[] = "0123456789ABCDEF";
 
-// The value of each character as a digit; -1 for a character that is no digit.
+// The value of each character as a digit; -1 if it is not a digit.
 inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
@@ -24,8 +24,8 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     return values;
 }();
 
-// The value of one digit, 0..15, or -1. Inline, as is the next function: a call for each digit
-// would double the time that files and pages take.
+// The value of one digit, 0..15, or -1. This and the next function are inline because a call per
+// digit would double the time for files and pages.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }
@@ -46,11 +46,11 @@ std::string HexWord(std::int32_t value);
 // The value in upper-case digits without leading zeros; 0 for 0.
 std::string HexDigits(std::int32_t value);
 
-// Tolerant reading: the digits from the left, either case, up to the first character that is no
-// digit; without any digit 0. A value that does not fit 31 bits is taken as 2147483647.
+// Tolerant parsing: reads digits of either case from the left up to the first other character; no
+// digits give 0. A value above 2147483647 becomes 2147483647.
 std::int32_t TolerantHex(std::string_view text);
 
-// Strict reading: the whole text is one to four digits, either case; nothing otherwise.
+// Strict parsing: the whole text must be one to four digits of either case; otherwise nullopt.
 std::optional<std::int32_t> StrictHex(std::string_view text);
 
 } // namespace modFunc

@@ -12,7 +12,7 @@
 int main(int argc, char** argv) {
     OpenStandardDescriptors();
     useUtf8();
-    argc = std::min(argc, 1); // there are no options, Qt's own included
+    argc = std::min(argc, 1); // no options are accepted, not even Qt's own
     Application application(argc, argv);
     try {
         modFunc::Main();

@@ -21,8 +21,8 @@ DelimitedReader openDataFile(const char* name) {
     return {path, platform::ReadWholeFile(path)};
 }
 
-// Titles, panels and lists show such texts: one of millions of characters would hold up the window
-// for minutes, and a zero byte would end it.
+// Titles, panels and lists show these texts: millions of characters would block the window for
+// minutes, and a zero byte would truncate the text.
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)
@@ -31,7 +31,7 @@ std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     return std::string(text);
 }
 
-// Settings texts are written back in double quotes at exit, which a quote inside would break.
+// Settings texts are written back in double quotes at exit, so they must not contain one.
 std::string settingsText(DelimitedReader& reader, const char* meaning) {
     std::string text = boundedText(reader, meaning);
     if (text.find('"') != std::string::npos)

@@ -25,7 +25,8 @@ struct State {
 
     // Folder of all data files: the current directory at start.
     std::string AppPath;
-    // Serial port number, 1..16. The settings file may hold another one, which leads to no port.
+    // Serial port number, 1..16. The settings file may contain any other number; no port opens
+    // then.
     std::int16_t ComPort = 0;
     // Rows of DeviceList in use, 0..50.
     std::int16_t DeviceCount = 0;
@@ -54,7 +55,7 @@ struct State {
 
     // Result of frmBufferFill.
 
-    // It was closed by OK.
+    // True if OK closed it.
     bool FillConfirmed = false;
     std::uint8_t FillByte = 0;
     // First index to fill, 0..65535.
@@ -64,8 +65,8 @@ struct State {
 
     // File exchange.
 
-    // The Intel HEX file being read, records from element 1 on. Element 0 is where a line is built
-    // when one is written.
+    // The records of the Intel HEX file being read, from element 1 on. Saving builds each line in
+    // element 0.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
     // Data records in HexRecords, 0..9999.
     std::int16_t HexRecordCount = 0;
@@ -82,9 +83,9 @@ struct State {
 
     // The frame last sent.
     Bytes TxFrame;
-    // The bytes last taken from the port.
+    // The bytes last read from the port.
     Bytes RxText;
-    // A copy of these where a procedure examines a reply, index 0 first.
+    // A copy of RxText, first byte at index 0, for procedures that examine a reply.
     Bytes RxBytes;
     // Length of the reply to wait for, in bytes.
     std::int16_t RxExpected = 0;
@@ -96,7 +97,7 @@ struct State {
 
 // The one instance.
 State& state();
-// Every field back to zero, false or empty.
+// Sets every field to zero, false or empty.
 void ResetState();
 
 // The catalogue row in use and its row of family parameters. selectedFamily() throws

@@ -5,7 +5,7 @@
 
 namespace modFunc {
 
-// Before anything is known, panel 1 first.
+// The initial texts, panel 1 first.
 inline constexpr std::array initialPanelTexts = {"COM", "Device:", "Size:", "File:"};
 
 void ShowPort();        // panel 1: the port number

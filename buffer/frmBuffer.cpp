@@ -21,10 +21,10 @@ using namespace modFunc;
 
 namespace {
 
-constexpr int shownLines = pageLines + 1; // with the heading
+constexpr int shownLines = pageLines + 1; // including the heading
 
-// The page's text as the text box takes it. Character 127 has no glyph in today's fonts and would
-// upset the columns: it is drawn as the house that old screens had for it.
+// The page's text as the text box shows it. Character 127 has no glyph in current fonts and would
+// shift the columns, so it is shown as a house (U+2302), as on old screens.
 QString shown(const std::string& text) {
     QString page = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
     page.remove(u'\r');
@@ -76,7 +76,7 @@ PageBox::PageBox(QWidget* parent) : QTextEdit(parent) {
     constexpr int textGap = 3;
     document()->setDocumentMargin(0);
     setViewportMargins(textGap, 0, 0, 0);
-    // The caret is seen whether or not the text box has the focus.
+    // Keep the caret visible when the text box does not have the focus.
     QPalette colours = palette();
     for (const auto group : {QPalette::Inactive, QPalette::Disabled}) {
         colours.setColor(group, QPalette::Highlight,
@@ -101,7 +101,7 @@ void PageBox::showPage(const std::string& text) {
         cursor.setBlockFormat(line);
         cursor.insertText(lines.join(u'\n'));
     }
-    // Assistive programs are sent what has been replaced.
+    // Only changed lines are replaced: each replacement is reported to assistive programs.
     for (int i = 0; i < lines.size(); ++i)
         if (const QTextBlock old = document()->findBlockByNumber(i); old.text() != lines[i]) {
             cursor.setPosition(old.position());
@@ -114,7 +114,7 @@ void PageBox::showPage(const std::string& text) {
 void PageBox::selectCharacter(int row, int column) {
     QTextCursor caret(document()->findBlockByNumber(row + 1));
     caret.setPosition(caret.position() + column + 1);
-    // The position that assistive programs are sent is the digit's.
+    // Selected backwards, so that assistive programs get the position of the digit.
     caret.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
     setTextCursor(caret);
 }
@@ -130,8 +130,8 @@ void PageBox::keyPressEvent(QKeyEvent* event) {
     event->setAccepted(key != HexEditor::Key::Other);
 }
 
-// The lines are less high than the font, so they overlap and Qt's own hit test misses some pixel
-// rows. The line follows from its height alone.
+// The lines are lower than the font and overlap, so Qt's own hit test misses some pixel rows. The
+// line is computed from the y coordinate alone.
 void PageBox::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
@@ -205,8 +205,8 @@ void frmBuffer::txtBuffer_KeyDown(HexEditor::Key key) {
         showPage();
     else
         showCaret();
-    // A screen reader by itself says the line that Up and Down lead to, unless the caret keeps its
-    // place in the text.
+    // After Up and Down a screen reader reads the new line by itself, unless the caret's position
+    // in the text is unchanged.
     const bool line = key == HexEditor::Key::Up || key == HexEditor::Key::Down;
     if (!line || scrolled)
         announceMove(address, line);
@@ -227,7 +227,7 @@ void frmBuffer::vsc_Change(int value) {
 }
 
 void frmBuffer::showPage() {
-    const QSignalBlocker quiet(vsc); // its handler would take the caret back to the page's start
+    const QSignalBlocker quiet(vsc); // its handler would move the caret to the page's start
     vsc->setValue(editor_.TopLine());
     txtBuffer->showPage(PageText(editor_.TopLine(), state().BufferData));
     showCaret();

@@ -9,10 +9,9 @@
 class QLabel;
 class QScrollBar;
 
-// The page's text box: locked, without a scroll bar of its own. It reports what is pressed and
-// clicked and changes nothing by itself; the mouse wheel moves the view's scroll bar. A row is
-// 0..15, or -1 for the heading, a column as in buffer/page_text.h; HexEditor::Click ignores any
-// other.
+// The page's text box: read-only, without its own scroll bar. It reports keys and clicks and
+// changes nothing itself; the mouse wheel moves the view's scroll bar. A row is 0..15, or -1 for
+// the heading; columns are those of buffer/page_text.h. HexEditor::Click ignores all others.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 
@@ -28,7 +27,7 @@ public:
 Q_SIGNALS:
     void clicked(int row, int column);
     void keyDown(modFunc::HexEditor::Key key);
-    void keyPress(char character); // after keyDown, for a key that gives one character
+    void keyPress(char character); // after keyDown, for a key that produces one character
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -61,8 +60,8 @@ private:
 
     void showPage();
     void showCaret();
-    // Has a screen reader say the caret's line, or else its address and byte, if the address is not
-    // `from` any more.
+    // If the caret's address is no longer `from`, makes a screen reader say the caret's line
+    // (`line` true) or its address and byte.
     void announceMove(std::int32_t from, bool line = false);
 
     modFunc::HexEditor editor_;

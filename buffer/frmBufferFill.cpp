@@ -43,7 +43,7 @@ frmBufferFill::frmBufferFill(QWidget* owner)
         addLabel(this, row.unit, QStringLiteral("H"), {2040, top, 255, 255});
         top += 360;
     }
-    txtFillWith->setFocus(); // to be typed into at once
+    txtFillWith->setFocus(); // ready for typing
     txtFillWith->selectAll();
 
     state().FillConfirmed = false;

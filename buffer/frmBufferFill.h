@@ -5,8 +5,8 @@
 class QLineEdit;
 class QPushButton;
 
-// What Buffer Fill writes and where. Leaves FillConfirmed, and on OK FillByte, FillStart and
-// FillLength, within the image.
+// Asks what Buffer Fill writes and where. Sets FillConfirmed and, on OK, FillByte, FillStart and
+// FillLength; the range is within the image.
 class frmBufferFill : public Form {
     Q_OBJECT
 

@@ -1,5 +1,5 @@
-// The page of the hex view to assistive programs: text that can be edited, a digit at a time, with
-// its caret on the selected digit.
+// The hex view's page for assistive programs: text that is edited digit by digit, with the caret on
+// the selected digit.
 #include "buffer/frmBuffer.h"
 
 #include <QAccessibleWidget>
@@ -30,7 +30,7 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
 
-    // The selected digit is the caret: a selection would be announced besides it.
+    // The selected digit is the caret; a selection would be announced in addition.
     int selectionCount() const override { return 0; }
     void selection(int, int* start, int* end) const override { *start = *end = 0; }
     void addSelection(int, int) override {}
@@ -59,17 +59,17 @@ public:
     int offsetAtPoint(const QPoint& point) const override {
         return page_->cursorForPosition(page_->viewport()->mapFromGlobal(point)).position();
     }
-    void scrollToSubstring(int, int) override {} // all of it is shown
+    void scrollToSubstring(int, int) override {} // all text is visible
     QString attributes(int, int* start, int* end) const override {
         *start = 0;
         *end = characterCount();
         return {};
     }
 
-    // As typed, so that what keeps keys from the page keeps this from it too.
+    // Sent as key presses, so that whatever blocks keys blocks this too.
     void insertText(int offset, const QString& text) override {
         setCursorPosition(offset);
-        if (cursorPosition() != offset) // no digit
+        if (cursorPosition() != offset) // not a digit
             return;
         for (const QChar character : text) {
             QKeyEvent key(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, character);

@@ -62,7 +62,7 @@ bool HexEditor::Type(char character) {
     return true;
 }
 
-// Off the top of the page it goes to the first digit of the line above, not to its last.
+// At the top of the page the caret moves to the first digit of the line above, not the last.
 void HexEditor::left() {
     if (digit_ > 0) {
         --digit_;

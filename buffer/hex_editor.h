@@ -1,5 +1,5 @@
-// The rules of the hex view: where the caret can be, what the keys, clicks and digits do. No pixels
-// and no text positions (those are in buffer/page_text.h); the window maps and draws.
+// The rules of the hex view: where the caret can be and what keys, clicks and digits do. No pixels
+// and no text positions (those are in buffer/page_text.h): the window converts and draws.
 #pragma once
 
 #include <cstdint>
@@ -9,10 +9,11 @@ namespace modFunc {
 
 class HexEditor {
 public:
-    // What a key does, whatever its modifiers. Other shows the caret again and nothing else.
+    // What a key does, whatever its modifiers. Other only shows the caret again.
     enum class Key { Other, Left, Up, Right, Down };
 
-    // At the top of `image`, for a device of `size` bytes. The image outlives the editor.
+    // Starts at the top of `image`, for a device of `size` bytes. The image must outlive the
+    // editor.
     HexEditor(std::int32_t size, std::span<std::uint8_t> image);
 
     // The 16-byte line at the top of the page, 0..LastLine().
@@ -43,8 +44,8 @@ private:
     void up();
     void right();
     void down();
-    // Scrolls down by one line if the device has a byte `byte` bytes into the line below the page
-    // and the scroll bar reaches that far.
+    // Scrolls down by one line if the device has the byte at offset `byte` of the line below the
+    // page and the scroll bar's range allows it.
     bool scrollDown(int byte);
 
     std::int32_t size_;

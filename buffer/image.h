@@ -7,15 +7,15 @@ namespace modFunc {
 
 inline constexpr std::uint8_t erasedByte = 0xFF;
 
-// Every byte of BufferData, 0..70000, becomes FF.
+// Sets every byte of BufferData, 0..70000, to FF.
 void ClearImage();
 
-// FillLength bytes of BufferData from FillStart on become FillByte. The range is within
-// the image: frmBufferFill accepts no other.
+// Sets FillLength bytes of BufferData from FillStart on to FillByte. The range must be within the
+// image, as frmBufferFill ensures.
 void FillImage();
 
-// BufferCheckSum := the sum of the selected device's bytes modulo 65536, each byte 0..255. A Size
-// beyond the image sums the image; a Size of 0 or below gives 0.
+// Sets BufferCheckSum to the sum of the selected device's unsigned bytes modulo 65536. A Size
+// beyond the image sums the whole image; a Size of 0 or below gives 0.
 void ComputeCheckSum();
 
 } // namespace modFunc

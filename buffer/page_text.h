@@ -30,9 +30,9 @@ int DigitColumn(int digit);
 // The digit at a column; nothing where the column has no digit of a byte.
 std::optional<int> DigitAtColumn(int column);
 
-// Highest line that may be at the top of the page for a device of `size` bytes:
-// size / 16 - 16 to the nearest whole number, ties to even, at least 0, and at most 4080: the
-// address column has four digits.
+// Highest line that may be at the top of the page for a device of `size` bytes: size / 16 - 16,
+// rounded to the nearest integer (ties to even), at least 0 and, since the address column has four
+// digits, at most 4080.
 std::int32_t LastTopLine(std::int32_t size);
 
 } // namespace modFunc

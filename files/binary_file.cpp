@@ -27,7 +27,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
     throw FileError(machine().cdia.FileName + ": " + what + ": " + std::strerror(errno) + ".");
 }
 
-// For reading and writing, not truncated; created when it does not exist.
+// Opens for reading and writing without truncation; creates a missing file.
 File openForBoth() {
     platform::RejectSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();
@@ -42,7 +42,7 @@ File openForBoth() {
 void OpenBinFile() {
     State& s = state();
     File file = openForBoth();
-    if (!file) // one that may only be read can be loaded all the same
+    if (!file) // a read-only file can still be loaded
         file.reset(std::fopen(machine().cdia.FileName.c_str(), "rb"));
     if (!file)
         fail("the file cannot be opened");
@@ -74,7 +74,7 @@ void SaveBinFile() {
     const auto bytes = static_cast<std::size_t>(size);
     if (std::fwrite(s.BufferData.data(), 1, bytes, file.get()) != bytes)
         fail("the file cannot be written");
-    if (std::fclose(file.release()) != 0) // what was still buffered may fail only here
+    if (std::fclose(file.release()) != 0) // a write of buffered bytes may fail only here
         fail("the file cannot be written");
     ShowFileName();
 }

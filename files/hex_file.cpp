@@ -25,12 +25,12 @@ constexpr std::size_t checkCharacters = 2;
 constexpr std::size_t maxLineCharacters =
     headerCharacters + std::size_t{2} * hexRecordDataBytes + checkCharacters;
 
-// `count` characters from `position`, counted from 1, as far as the line has them.
+// Up to `count` characters of the line from `position`, counted from 1.
 std::string_view field(std::string_view line, std::size_t position, std::size_t count) {
     return line.substr(std::min(position - 1, line.size()), count);
 }
 
-// The two characters from `position` on, tolerantly.
+// The byte of the two characters at `position`, parsed tolerantly.
 std::uint8_t byteAt(std::string_view line, std::size_t position) {
     const auto digitAt = [line](std::size_t index) {
         return index < line.size() ? HexDigitValue(line[index]) : -1;
@@ -46,7 +46,7 @@ std::string atRecord(const std::string& fileName, int record) {
     return fileName + ", record " + std::to_string(record) + ": ";
 }
 
-// Everything but the data.
+// Reads every field except the data.
 void readHeader(HexRec& record, std::string_view line, const std::string& fileName, int number) {
     record.Length = byteAt(line, 2);
     const auto address = StrictHex(field(line, 4, 4));
@@ -67,7 +67,7 @@ void readData(HexRec& record, const std::string& fileName, int number) {
         record.Data[i] = byteAt(line, 10 + 2 * i);
 }
 
-// The sum is taken over the line, whatever its byte count says.
+// The sum covers the whole line, whatever its byte count.
 bool checkSumIsRight(const HexRec& record, std::string_view line) {
     int sum = record.CheckSum;
     for (std::size_t position = 2; position + 2 <= line.size(); position += 2)

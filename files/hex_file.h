@@ -17,8 +17,8 @@ namespace modFunc {
 
 enum class HexResult { Complete, WrongCheckSum, NoEndRecord };
 
-// Reads the text of a file into State::HexRecords and HexRecordCount. Throws platform::FileError,
-// beginning with `fileName`, for a malformed record and for a file with more than 10000 records.
+// Parses the text of a file into State::HexRecords and HexRecordCount. Throws platform::FileError,
+// whose message begins with `fileName`, for a malformed record or more than 10000 records.
 HexResult ReadHexText(const std::string& fileName, std::string text);
 
 // Loads cdia.FileName into BufferData. The whole file is read and checked first; only then are its
@@ -30,16 +30,16 @@ HexResult ReadHexText(const std::string& fileName, std::string text);
 // image: the bytes before it stay stored.
 void OpenHexFile();
 
-// The selected device's bytes in records of 16, erased or not, and an end record, each line ended
-// by CR LF. If the Size does not fill the last record, the record takes its rest from the image.
-// Throws platform::FileError for a device larger than the image.
+// The selected device's bytes in records of 16, erased bytes included, and an end record, each line
+// ended by CR LF. A partial last record is filled up from the image. Throws platform::FileError for
+// a device larger than the image.
 std::string HexFileText();
 
-// Replaces cdia.FileName by that text, whole or not at all. Then status bar panel 4 names the file.
-// Every failure throws platform::FileError.
+// Replaces cdia.FileName with that text, completely or not at all. Then status bar panel 4 names
+// the file. Every failure throws platform::FileError.
 void SaveHexFile();
 
-// What frmFileLoad proposes as the type: the name ends in "HEX" or "hex".
+// The type that frmFileLoad proposes: true (Intel HEX) if the name ends in "HEX" or "hex".
 bool LooksLikeHexFile(const std::string& fileName);
 
 } // namespace modFunc

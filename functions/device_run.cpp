@@ -72,9 +72,9 @@ void DeviceRun::RunFunction(int code) {
     EndFunction();
 }
 
-// A reply that arrived too late for an earlier function would count as the reply to this function's
-// first frame, the reply to that as one to the second, and so on: a Read would store the chip's
-// bytes shifted and say "OK!".
+// A late reply to an earlier function would be taken as the reply to this function's first frame,
+// and every later reply would be off by one: a Read would store the chip's bytes shifted and say
+// "OK!".
 void DeviceRun::DropStaleBytes() {
     ReadReply();
 }
@@ -111,7 +111,7 @@ void DeviceRun::NotSupported() {
     SetLine("Function not supported!");
 }
 
-// The chip stays powered while the message box waits: the power-down follows the procedure.
+// The chip stays powered while the message box is open; the power-down follows the procedure.
 void DeviceRun::CommunicationFailure() {
     machine().msgBox.Show("Device Error", "Communication Error!",
                           platform::MessageBox::Icon::Critical);

@@ -1,9 +1,8 @@
 // One run of a device function, from the press of Run to the last frame.
 //
-// What a function procedure reads and writes belongs to the run, not to the window: a successful
+// The data of the function procedures belongs to the run, not to the window, because a successful
 // Read closes the window while the run continues. Each procedure returns normally on every outcome,
-// writes to the line `MsgLine` and to no other, and leaves the power-down to EndFunction, which
-// always follows.
+// writes only to the line `MsgLine` and leaves the power-down to EndFunction, which always follows.
 #pragma once
 
 #include <array>
@@ -18,7 +17,7 @@ enum class FunctionCode { Read, Erase, Blank, Program, Verify, Lock, Auto };
 
 inline constexpr int messageLines = 6;
 
-// The function window, as a run draws on it.
+// The parts of the function window that a run updates.
 struct RunWindow {
     virtual ~RunWindow() = default;
     virtual void ShowLine(int line, const std::string& text) = 0; // line 0..5
@@ -44,10 +43,9 @@ public:
     DeviceRun(const DeviceRun&) = delete;
     DeviceRun& operator=(const DeviceRun&) = delete;
 
-    // Runs row `index` of listFunction on the selected device and returns when its last frame and
-    // pause are over; once for each object. Any other index runs nothing. Nothing happens
-    // while the link is in use. If an exception escapes, the power-down frames are sent before it
-    // is passed on.
+    // Runs row `index` of listFunction on the selected device and returns after its last frame and
+    // pause. Call it once per object. Does nothing for any other index and while the link is in
+    // use. If an exception escapes, the power-down frames are sent before it is passed on.
     void Run(int index);
 
 private:
@@ -74,7 +72,8 @@ private:
     void EndFunction();
 
     void RunChosen(int index);
-    // The procedure of a function code and EndFunction; nothing for Auto and for other numbers.
+    // Runs the procedure of a function code, then EndFunction. Does nothing for Auto and other
+    // numbers.
     void RunFunction(int code);
     void DropStaleBytes(); // before the chosen function and before each entry of Auto
     void LockPasses();
@@ -84,7 +83,7 @@ private:
     void SetLine(const std::string& text);
     void AppendToLine(const std::string& text);
     void SetPercent(std::int32_t percent);
-    // The device is within the limits of the catalogue; if not, the line says so.
+    // True if the device is within the limits of the catalogue; if not, the line says so.
     bool DeviceFits();
     void NotSupported();
     void CommunicationFailure();
@@ -102,8 +101,8 @@ private:
     // the result is false.
     bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
-    // Writes the device in blocks or pages of `bytes`. The first that fails ends it: the line says
-    // how, and the result is false.
+    // Writes the device in blocks or pages of `bytes` bytes. Stops at the first failure: the line
+    // shows it, and the result is false.
     bool WriteBlocks(std::int32_t bytes);
     bool WriteBlock(std::int32_t bytes);
     bool WriteSucceeded();

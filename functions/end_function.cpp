@@ -5,8 +5,8 @@
 
 namespace modFunc {
 
-// Powers the socket down, whatever came before. The reads here also take away late replies of an
-// earlier failure.
+// Powers the socket down after every outcome. Its reads also remove late replies of an earlier
+// failure.
 void DeviceRun::EndFunction() {
     constexpr int restMs = 500;
     Exchange(SuppliesOffFrame(), 1);

@@ -7,8 +7,8 @@
 
 namespace modFunc {
 
-// Erases the chip. The replies only time the frames: whether the chip is erased is not known here,
-// Blank check finds out.
+// Erases the chip. The replies are used only for timing: they do not show whether the chip is
+// erased. Blank check does.
 void DeviceRun::EraseDevice() {
     constexpr int settleMs = 200;
     if (!DeviceFits())
@@ -38,7 +38,7 @@ void DeviceRun::EraseDevice() {
         state().RxExpected = 1;
         WaitReply();
         ReadReply();
-        // A third byte, should one come, stays on the port for the next exchange.
+        // A third byte, if any, stays on the port for the next exchange.
         WaitReply();
         break;
     }

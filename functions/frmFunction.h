@@ -19,7 +19,7 @@ class frmFunction : public Form, private modFunc::RunWindow {
 public:
     explicit frmFunction(QWidget* owner);
 
-    void reject() override; // Escape and a request to close press Close, if it can be pressed
+    void reject() override; // Escape and close requests press Close if it is enabled
 
 protected:
     // A request during a run is carried out after its last frame.

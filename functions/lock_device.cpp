@@ -7,7 +7,7 @@
 
 namespace modFunc {
 
-// The socket stays powered from pass to pass.
+// The socket stays powered between passes.
 void DeviceRun::LockPasses() {
     for (int pass = 0; pass < TraitsOf(selectedDevice().Family).lockPasses; ++pass)
         LockDevice();

@@ -13,8 +13,7 @@ namespace modFunc {
 namespace {
 
 // A block that crosses a 256-byte boundary cannot be addressed, a page above 128 bytes does not fit
-// the one byte of its length, and the rest of a device that is no whole number of blocks would not
-// be written.
+// its one-byte length field, and a last partial block would not be written.
 bool canBeWritten(const DeviceRec& device, WritePath path) {
     if (path == WritePath::Blocks)
         return device.Size % blockBytes == 0;
@@ -24,8 +23,8 @@ bool canBeWritten(const DeviceRec& device, WritePath path) {
 
 } // namespace
 
-// Writes the image's bytes, as many as the device has, into the chip. No byte is skipped and
-// nothing is tried twice: the first failed block ends the function.
+// Writes the device's bytes from the image to the chip. No byte is skipped and nothing is retried:
+// the first failed block ends the function.
 void DeviceRun::ProgramDevice() {
     constexpr int supplyMs = 500;
     constexpr int settleMs = 200;
@@ -100,8 +99,8 @@ bool DeviceRun::WriteSucceeded() {
         StopAuto = true;
         return false;
     }
-    // The failing address may have arrived with the status. Then this wait ends by time-out though
-    // the reply is complete, so the bytes are counted and TimedOut is not checked.
+    // The failing address may have arrived with the status. This wait then times out although the
+    // reply is complete, so the bytes are counted and TimedOut is not checked.
     s.RxExpected = 2;
     WaitReply();
     ReadReplyTail();

@@ -4,8 +4,8 @@
 
 namespace modFunc {
 
-// Runs the entries of AutoList one after the other, each on the next message line; the sixth and
-// all later ones share the last line. A chip failure ends the sequence; a lost reply does not.
+// Runs the entries of AutoList in order, each on its own message line; the sixth and all later ones
+// share the last line. A chip failure ends the sequence; a lost reply does not.
 void DeviceRun::RunAuto() {
     const State& s = state();
     for (AutoIndex = 1; AutoIndex <= s.AutoCount; ++AutoIndex) {

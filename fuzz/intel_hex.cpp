@@ -1,4 +1,4 @@
-// A file, and the same bytes as an image that is written to a file.
+// Reads the input as a file, then writes it as an image and reads that file.
 #include "files/hex_file.h"
 
 #include "app/state.h"

@@ -1,5 +1,4 @@
-// Gives a target each file of a folder, without a fuzzer: every input that was ever of interest
-// stays a test.
+// Runs a target on each file of a folder, without a fuzzer: every interesting input stays a test.
 #include "fuzz/fuzz.h"
 
 #include "tests/support/temporary_folder.h"
@@ -7,7 +6,7 @@
 int main(int, char** argv) {
     int inputs = 0;
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-        std::fprintf(stderr, "%s\n", entry.path().c_str()); // first: a crash is known by it
+        std::fprintf(stderr, "%s\n", entry.path().c_str()); // identifies a crashing input
         const std::string input = TemporaryFolder::readFile(entry.path());
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
         ++inputs;

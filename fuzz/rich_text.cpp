@@ -24,7 +24,7 @@ const QGuiApplication& application() {
 
 } // namespace
 
-// Its patterns point to each other by offsets, which the leak checker does not follow.
+// Fontconfig's patterns point to each other by offsets, which the leak checker does not follow.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }

@@ -15,7 +15,7 @@ namespace {
 using platform::machine;
 using Icon = platform::MessageBox::Icon;
 
-// Each byte as one character of UTF-8, where those from 80 up take two bytes.
+// Each byte as one character in UTF-8; bytes from 80 (hexadecimal) up become two bytes.
 std::string characters(const Bytes& bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
@@ -29,7 +29,7 @@ std::string characters(const Bytes& bytes) {
     return text;
 }
 
-// Opens the port, asks, and waits the fixed time. Throws platform::PortError.
+// Opens the port, sends the identify frame and waits identifyWaitMs. Throws platform::PortError.
 void askForFirmware() {
     State& s = state();
     auto& m = machine();
@@ -53,7 +53,7 @@ void FindProgrammer() {
     auto& m = machine();
     const std::string port = std::to_string(s.ComPort);
 
-    m.cm.Close(); // an open port takes no other number and cannot be opened again
+    m.cm.Close(); // an open port cannot change its number or be opened again
     m.cm.setCommPort(s.ComPort);
     try {
         askForFirmware();
@@ -67,7 +67,7 @@ void FindProgrammer() {
 
     const bool complete = m.cm.InBufferCount() == identifyReplyBytes;
     if (complete)
-        s.RxText = m.cm.Input(); // since the count the line may be lost or another byte arrive
+        s.RxText = m.cm.Input(); // after the count the line may fail or another byte arrive
     if (complete && s.RxText.size() >= identifyReplyBytes) {
         s.RxBytes.assign(s.RxText.begin(), s.RxText.begin() + identifyReplyBytes);
         m.msgBox.Show("Device Found!", "Firmware: " + characters(s.RxBytes), Icon::Information);

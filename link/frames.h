@@ -8,7 +8,7 @@
 //   5       Length - 1  Parameters  listed at each function, from offset 5 on
 //
 // The parameters come byte for byte from the device's family row (app/family_table.h). Nothing is
-// escaped, and no frame carries a check of its own.
+// escaped, and frames have no checksum.
 //
 // A reply is a fixed number of bytes without framing, given at each function. Order, time-outs and
 // examples: docs/protocol.md.
@@ -49,7 +49,7 @@ Bytes SocketFrame(const FamilyRec& family, const FamilyGroup& step);
 // "S" 00: release the socket; Length 2, the class byte is 00 and nothing follows it.
 Bytes ReleaseFrame();
 
-// SuppliesOffFrame, then ReleaseFrame: what powers the socket down, whatever came before.
+// SuppliesOffFrame, then ReleaseFrame: powers the socket down from any state.
 Bytes PowerDownFrames();
 
 // "T": set up socket for writing. Reply: 1 byte.
@@ -81,7 +81,7 @@ Bytes WriteBlockFrame(const FamilyRec& family, std::int32_t address);
 // "W": write a page; as the block form, except
 //   6   first address, low byte
 //   8   last address, low byte
-//   11  bytes a page
+//   11  bytes per page
 // `address` is the first address, 0..65535; `pageBytes` is 1..128, and the page does not cross a
 // 256-byte boundary.
 Bytes WritePageFrame(const FamilyRec& family, std::int32_t address, int pageBytes);

@@ -28,7 +28,7 @@ public:
     // Increases whenever memory or lock is written.
     std::uint64_t revision() const { return revision_; }
 
-    // Changes from outside the socket: no physics, no lock.
+    // Changes from outside the socket, whatever the cell kind and the lock.
     void Set(std::uint16_t address, std::uint8_t value);
     void Fill(std::uint8_t value);
     // Puts `bytes` at address 0 upward; the rest is unchanged. Only the first sizeBytes bytes

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t firmwareLength = 12;
 
-// Takes an option's value; returns what is wrong with it, or nothing.
+// Stores an option's value; returns what is wrong with it, or an empty string.
 using Taker = std::function<std::string(std::string_view)>;
 
 struct Option {

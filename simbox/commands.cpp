@@ -56,7 +56,7 @@ Reply Commands::Run(const Frame& frame) {
     return {{acknowledge}, "acknowledge"};
 }
 
-// Parameters that a frame does not have count as 0 here.
+// Missing parameters count as 0 here.
 //
 //   index  0 1            2 3           4          5             6
 //   "W"    first address  last address  chip code  write option  write mode or page size
@@ -96,7 +96,7 @@ void Commands::check(char commandCode, Parameters parameters) const {
 
 void Commands::setSupplies(Parameters p) {
     powered_ = std::any_of(p.begin(), p.end(), [](std::uint8_t value) { return value != 0; });
-    held_.clear(); // a failed function ends with the supplies off, its data is void
+    held_.clear(); // a failed function turns the supplies off; its data is void
     lockSteps_ = 0;
 }
 
@@ -118,7 +118,8 @@ Reply Commands::writeBlock(std::uint16_t first) {
             .delayUs = options_.writeTimeUs};
 }
 
-// Writes the held data and returns the address of the first byte that fails, where it stops.
+// Writes the held data up to the first byte that fails and returns its address; nullopt: none
+// failed.
 std::optional<std::uint16_t> Commands::program(std::uint16_t first) {
     std::uint16_t address = first;
     for (const std::uint8_t data : held_) {

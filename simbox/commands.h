@@ -26,7 +26,7 @@ struct Reply {
     std::vector<std::uint8_t> bytes; // at least one, faults aside
     std::string meaning;             // for the trace
     std::int64_t delayUs = 0;        // from the frame's arrival to the reply's start
-    // From this index on the bytes come `gapUs` after those before; past the end: no gap.
+    // Bytes from this index on come `gapUs` after the earlier ones; past the end: no gap.
     std::size_t gapIndex = SIZE_MAX;
     std::int64_t gapUs = 0;
 };
@@ -36,20 +36,20 @@ struct ProtocolError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// What the programmer does on a frame, without line and time: the supplies, the socket, the data
-// held for the next write, and the chip.
+// Executes frames, without line and time: the supplies, the socket, the data held for the next
+// write, and the chip.
 //
-// Classes, from the class byte of the last set-up: 1, 2 and 4 are flash, 3 are page devices.
+// The class byte of the last set-up selects the class: 1, 2 and 4 are flash, 3 is a page device.
 class Commands {
 public:
     explicit Commands(const Options& options);
 
-    // Throws ProtocolError for a malformed frame and for one that the protocol does not allow at
-    // that moment. Nothing has changed then.
+    // Throws ProtocolError, with nothing changed, for a malformed frame and for one that the
+    // protocol does not allow at that moment.
     Reply Run(const Frame& frame);
 
     Chip& chip() { return chip_; }
-    // The last "V" was not all zero.
+    // True if the last "V" had a byte other than zero.
     bool powered() const { return powered_; }
     bool socketReleased() const { return setUp_ == SetUp::None; }
 
@@ -70,13 +70,13 @@ private:
     std::optional<std::uint16_t> program(std::uint16_t first);
     bool faultAt(FaultKind kind, std::uint16_t address) const;
 
-    Options options_; // of its faults those that name an address
+    Options options_; // only faults that name an address are used here
     Chip chip_;
     bool powered_ = false;
     SetUp setUp_ = SetUp::None;
     std::uint8_t class_ = 0;         // 1..4 while the socket is set up
     std::vector<std::uint8_t> held_; // data of a "D" that waits for its "W"
-    int lockSteps_ = 0;              // of a pass of three; "V" and erase start it again
+    int lockSteps_ = 0;              // steps done of a pass of three; "V" and erase reset it
     bool freshSetUp_ = false;        // no lock step since the last "S"
 };
 

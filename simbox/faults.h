@@ -9,9 +9,9 @@
 
 namespace simbox {
 
-// What goes wrong. In brackets: the fields of Fault that the kind uses besides those that name a
-// frame. A reply that is late delays those after it: the line keeps the order. A rejected frame has
-// no reply that a fault could change.
+// The kinds of fault. In brackets: the fields of Fault that the kind uses in addition to those that
+// select a frame. A late reply delays those after it, because the line keeps the order. A rejected
+// frame has no reply that a fault could change.
 enum class FaultKind {
     Silent,       // no reply to the frame, which is carried out all the same
     SilentFrom,   // as Silent, for that frame and every later one
@@ -23,15 +23,16 @@ enum class FaultKind {
     Chatter,      // `count` unrequested bytes EE, `delayUs` after the reply [count, delayUs]
     Status,       // `bytes` instead of the reply, whatever the frame did [bytes]
     Identify,     // the reply is `count` bytes: truncated, or padded with EE [count]
-    ProgramError, // every write over `address` stops there and reports it [address, no frame]
-    Lie, // every write over `address` skips that byte and reports success [address, no frame]
-    Pull // the cable is pulled when the frame is in; it is not carried out
+    ProgramError, // every write across `address` stops there and reports it [address, no frame]
+    Lie, // every write across `address` skips that byte and reports success [address, no frame]
+    Pull // the cable is pulled when the frame has arrived; the frame is not executed
 };
 
 struct Fault {
     FaultKind kind = FaultKind::Silent;
-    // Which frame: the number-th, from 1, of all frames (commandCode 0) or of those with this
-    // command code. Every whole frame counts, rejected ones included. Number 0: each of them.
+    // Selects the frame: `number` counts from 1, either all frames (commandCode 0) or those with
+    // this command code. Every whole frame counts, rejected ones included. Number 0 selects all of
+    // them.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes
@@ -50,7 +51,7 @@ std::string FaultHelp();
 // One line of a help text: what the user types, at most 15 characters, and its meaning.
 std::string HelpLine(std::string_view text, std::string_view meaning);
 
-// Reads a number from 0 to `max`, without sign and of digits alone. False for any other text.
+// Reads a number from 0 to `max`, digits only. False for any other text.
 template <typename Value>
 bool ParseNumber(std::string_view text, int base, std::uint32_t max, Value& value) {
     std::uint32_t number = 0;

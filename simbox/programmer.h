@@ -14,34 +14,35 @@
 
 namespace simbox {
 
-// The simulated programmer as its serial line shows it: bytes and time in, bytes and times out. It
-// reads no clock and never sleeps; all times are microseconds of the caller's clock, which does not
-// go back.
+// The simulated programmer as seen from its serial line: bytes and times in, bytes and times out.
+// It reads no clock and never sleeps; all times are microseconds of the caller's clock, which does
+// not go back.
 //
-// A frame is received when its last byte is in. The programmer then replies to it or rejects it: a
-// rejected frame changes nothing, has no reply and is a protocol error. So is an incomplete frame,
-// which is dropped one second after its first byte. No byte sequence does harm.
+// A frame is received when its last byte has arrived. The programmer then replies to it or rejects
+// it. A rejected frame changes nothing, has no reply and is a protocol error. An incomplete frame
+// is also a protocol error and is dropped one second after its first byte. No byte sequence does
+// harm.
 //
-// Unless unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes, each when its
-// last byte has come over the wire, and the rest at the time of its last byte. The two parts of a
-// reply with a gap are divided separately. A pulled cable loses the portion that was filling.
+// Unless unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes and a shorter
+// last one, each when its last byte has come over the wire. The two parts of a reply with a gap are
+// divided separately. Pulling the cable loses the incomplete portion.
 class Programmer {
 public:
     explicit Programmer(const Options& options = {});
 
-    // Bytes from the program, all handed over at `nowUs`. Each takes its time on the wire, after
-    // those still there, before it is received. Ignored once the cable is pulled.
+    // Takes bytes that the program sends at `nowUs`. Each is received after its time on the wire,
+    // which starts after all earlier bytes. Ignored once the cable is pulled.
     void Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes);
 
-    // When something is next due: a portion of a reply, a frame being complete, an incomplete frame
-    // being dropped. May be in the past. nullopt: nothing, ever, without further bytes.
+    // The time of the next event: a portion of a reply, a complete frame, or the drop of an
+    // incomplete frame. May be in the past. nullopt: no event without further bytes.
     std::optional<std::int64_t> nextEventUs() const;
 
-    // Lets time pass up to `nowUs` and returns the reply bytes due by then, in order, once. Frames
-    // that are complete by then are carried out here (or in `Receive`), not before.
+    // Advances time to `nowUs` and returns the reply bytes due by then, in order and only once.
+    // Frames complete by then are executed here (or in `Receive`), not before.
     std::vector<std::uint8_t> Take(std::int64_t nowUs);
 
-    // After a pull fault: portions due before it still come out of `Take`, nothing after.
+    // True after a pull fault. `Take` still returns portions due before it, but nothing later.
     bool cablePulled() const { return pulled_; }
 
     const std::vector<std::string>& protocolErrors() const { return protocolErrors_; }
@@ -55,8 +56,8 @@ public:
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }
 
-    // Gets one line for each frame, reply and protocol error, without line end. A reply's line
-    // comes with its first portion. An empty function: no trace.
+    // `sink` gets one line, without line end, for each frame, reply and protocol error. A reply's
+    // line comes with its first portion. An empty function: no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:
@@ -68,7 +69,7 @@ private:
     struct Portion {
         std::int64_t atUs;
         std::vector<std::uint8_t> bytes;
-        std::string traceText; // empty for those after the first of a reply
+        std::string traceText; // empty except in the first portion of a reply
     };
 
     void advance(std::int64_t nowUs);
@@ -89,7 +90,7 @@ private:
     WirePace incomingPace_;
     WirePace outgoingPace_;
     std::deque<IncomingByte> incoming_; // still on the wire
-    std::vector<std::uint8_t> partial_; // received, of a frame not yet complete
+    std::vector<std::uint8_t> partial_; // received bytes of an incomplete frame
     std::int64_t partialSinceUs_ = 0;
     std::deque<Portion> outgoing_;
     std::vector<Frame> frames_;

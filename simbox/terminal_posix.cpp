@@ -33,8 +33,7 @@ std::runtime_error failure(const std::string& what) {
     return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// The signals are blocked except during the sleep in ppoll, so that none gets lost between test and
-// sleep.
+// The signals are blocked except inside ppoll, so that none is lost between check and wait.
 void catchSignals() {
     sigset_t stops;
     sigemptyset(&stops);
@@ -45,7 +44,7 @@ void catchSignals() {
         sigaction(signal, &action, nullptr);
     }
     sigprocmask(SIG_BLOCK, &stops, nullptr);
-    std::signal(SIGPIPE, SIG_IGN); // a reader of the trace that goes away is no reason to end
+    std::signal(SIGPIPE, SIG_IGN); // simbox continues when the reader of its trace exits
 }
 
 } // namespace
@@ -58,7 +57,7 @@ Terminal::Descriptor::~Descriptor() {
 Terminal::Terminal(std::string linkPath) : linkPath_(std::move(linkPath)) {
     catchSignals();
 #ifdef __linux__
-    // By default the system may make every sleep longer by a third of a byte's time on the line.
+    // The default timer slack may lengthen every sleep by a third of a byte's time on the line.
     constexpr unsigned long slackNs = 1'000;
     prctl(PR_SET_TIMERSLACK, slackNs);
 #endif
@@ -122,8 +121,8 @@ std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) 
             return {};
         throw failure("cannot read from " + path_);
     }
-    // Exclusive use belongs to the terminal. With our side open it would outlive a program that
-    // crashed with it, and no one could open the line again.
+    // Exclusive mode belongs to the terminal. Because this side stays open, it would outlast a
+    // crash of the program that set it, and nobody could open the line again.
     ioctl(slave_.value, TIOCNXCL);
     return {buffer.begin(), buffer.begin() + count};
 }

@@ -14,7 +14,7 @@ class Terminal {
 public:
     // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, which replaces an
     // existing link. Throws std::runtime_error with the cause, also if `linkPath` exists and is not
-    // a symbolic link. One at a time in a process: it handles SIGTERM, SIGINT and SIGHUP.
+    // a symbolic link. Only one per process, because it handles SIGTERM, SIGINT and SIGHUP.
     explicit Terminal(std::string linkPath);
     // Removes the link, if it still leads here, then hangs up.
     ~Terminal();
@@ -24,12 +24,12 @@ public:
     // What the program opens, such as /dev/pts/3.
     const std::string& path() const { return path_; }
 
-    // Sleeps until bytes are there, `timeoutUs` (microseconds; nullopt: no limit) has passed, or
-    // one of the signals has come. Returns all bytes that are there, which may be none.
+    // Sleeps until bytes have arrived, `timeoutUs` (microseconds; nullopt: no limit) has passed, or
+    // one of the signals has come. Returns all bytes that have arrived, which may be none.
     std::vector<std::uint8_t> Wait(std::optional<std::int64_t> timeoutUs);
 
-    // Bytes that no one has read for so long that the system's queue is full are lost, as on any
-    // line without flow control.
+    // Bytes are lost if nobody reads and the system's queue is full, as on any line without flow
+    // control.
     void Write(std::span<const std::uint8_t> bytes);
 
     // One of the signals has come.

@@ -15,13 +15,13 @@ namespace simbox {
 //   4       1           command code
 //   5       length - 1  parameters
 struct Frame {
-    std::int64_t arrivedUs = 0;      // when its last byte was in
+    std::int64_t arrivedUs = 0;      // when its last byte arrived
     char commandCode = 0;            // 0 for a frame of length 0
-    std::vector<std::uint8_t> bytes; // all of it, length field included
+    std::vector<std::uint8_t> bytes; // the whole frame, length field included
 };
 
 constexpr std::size_t lengthFieldBytes = 4;
-// No frame of any kind is longer; after a greater length the line is out of step.
+// Maximum length of any frame; a greater length field means that the line is out of step.
 constexpr std::uint32_t maxLength = 65536;
 
 // The length field of a frame. `frameBytes` contains at least the first four bytes.
@@ -31,13 +31,13 @@ bool KnownCommand(char commandCode);
 // Whether a frame with this command code may have this length. False for unknown codes.
 bool LengthFits(char commandCode, std::size_t length);
 
-// One direction of the line, which takes 10 bits to a byte.
+// One direction of the line, at 10 bits per byte.
 class WirePace {
 public:
     // `baud` 0: bytes take no time.
     explicit WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
-    // Time (microseconds, rounded up) at which the last of the next `bytes` bytes is through. The
-    // first starts at `readyUs`, or when all before it are through.
+    // Time (microseconds, rounded up) at which the last of the next `bytes` bytes has been sent.
+    // The first starts at `readyUs`, or after all earlier bytes have been sent.
     std::int64_t Next(std::int64_t readyUs, std::size_t bytes);
 
 private:
@@ -45,7 +45,7 @@ private:
     std::int64_t freeNs_ = 0; // the line is busy until then
 };
 
-// `digits` or more hexadecimal digits.
+// `value` in at least `digits` hexadecimal digits.
 std::string HexText(std::size_t value, int digits);
 
 // A frame's meaning in words: "set supplies 12 0 50". "malformed" when the command code is unknown

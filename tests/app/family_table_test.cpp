@@ -1,4 +1,4 @@
-// One wrong byte can destroy a chip.
+// Every byte of the family table: one wrong byte can destroy a chip.
 #include "app/family_traits.h"
 #include "tests/support/run_fixture.h"
 
@@ -16,7 +16,7 @@ struct Row {
     const char* erase;
     const char* lock;
     std::string lastBytes;
-    std::string functionBytes = ""; // from offset 0 on; the others are 00
+    std::string functionBytes = ""; // from offset 0 on; the rest are 00
 };
 
 const Row rows[] = {

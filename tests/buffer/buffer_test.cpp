@@ -11,7 +11,7 @@ using enum HexEditor::Key;
 
 namespace {
 
-// A key and then digits, from a caret on `top` line, row and digit; with the byte that changes.
+// A key and then typed digits, from a caret position; the new position and the changed byte.
 struct Step {
     const char* name;
     std::int32_t size, top, row, digit;
@@ -59,7 +59,7 @@ TEST(DeviceSize, DecidesChecksumAndLastTopLine) {
     };
     expect(-2147483647, 0, 0);
     expect(257, 65280, 0);
-    expect(264, 1529, 0); // a half is rounded to the even number
+    expect(264, 1529, 0); // ties are rounded to even
     expect(280, 5609, 2);
     expect(65536, 65281, 4080);
     expect(2147483647, 24208, 4080);

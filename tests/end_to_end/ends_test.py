@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-# Ends of the program that the user did not choose, and calls of the system that fail in a job.
+# Ends that the user did not request, and system calls that fail during a job.
 #
 #   ends_test.py QUORVEN SIMBOX FAULTS SCRATCH [CASE...]
 #
-# Each case is a program with a simulated programmer and a screen of its own. Whatever happens, the
-# supplies have to be off, each file has to be the old or the new one, and nothing else is left.
+# Each case runs the program with its own simulated programmer and screen. Afterwards the supplies
+# must be off, each file must be the old or the new one, and no other file may be left.
 
 import os
 import pathlib
@@ -20,15 +20,15 @@ from demo import CHIP_BYTES, DATA, POWER_DOWN, read_hex, same  # noqa: E402
 from driver import BUTTON, Failure, Program, Screen, wait  # noqa: E402
 
 QUORVEN, SIMBOX, FAULTS, SCRATCH = (os.path.abspath(path) for path in sys.argv[1:5])
-AT_ONCE = 6  # since most of a case is waiting
+AT_ONCE = 6  # most of a case is waiting
 
-# The library's folder by itself: a blank in LD_PRELOAD separates two. Leaks are not looked for:
-# Qt's connections leak on abnormal termination.
+# The library's folder is passed separately, because LD_PRELOAD splits at blanks. Leaks are not
+# checked: Qt's connections leak on abnormal termination.
 PRELOADED = {"LD_PRELOAD": os.path.basename(FAULTS), "LD_LIBRARY_PATH": os.path.dirname(FAULTS),
              "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0:"
                              "handle_segv=0:handle_sigbus=0:handle_sigfpe=0"}
 
-# What ends the program, its state, what hinders it: the exit status, a text on the console.
+# What ends the program, its state and any obstacle: the exit status and a text on the console.
 ENDS = {"SIGTERM idle": (0, ""), "SIGINT run": (0, ""), "SIGHUP message": (0, ""),
         "SIGTERM dialog": (0, ""), "SIGTERM run full": (1, "File too large"),
         "SIGINT idle gone": (1, "No such file or directory"),
@@ -43,9 +43,9 @@ OLD_SETTINGS = NEW_SETTINGS.replace(b"\r", b"")
 # SIGKILL, SIGCHLD, SIGCONT, SIGSTOP, SIGURG, SIGWINCH.
 IGNORED, CAUGHT, ALL = 0x1301000, 0xfffffffe7688eeff, 0xfffffffe7ffafeff
 
-# The call that fails, and the exit: the file that is reported, and those that keep their contents.
-# What a failing allocation ends is left open, and so it is for a call that is not in the table, such
-# as "new:250 menu".
+# Failing call and way to exit: the file that is reported, and those that keep their contents. None:
+# not specified, as for allocations. A call that is not in the table, such as "new:250 menu", can be
+# run too; nothing is specified for it either.
 FILES = {"auto.cfg", "out.hex", "quorven.cfg"}
 AUTO, CFG = ("auto.cfg", FILES), ("quorven.cfg", {"quorven.cfg"})
 HEX, NO_FILE = ("", {"out.hex"}), ("", set())
@@ -72,7 +72,7 @@ class Case:
         self.app.ask = screen.ask
         self.names = set(os.listdir(self.folder)) - {"armed"}
 
-    # A reply may be too late on a busy machine.
+    # Repeated, because a reply may be too late on a busy machine.
     def find_programmer(self):
         while self.app.item("OK", BUTTON) and not self.app.find("Firmware: SimBox v1.00"):
             self.app.press("OK")
@@ -87,7 +87,7 @@ class Case:
     def power_down(self):
         wait("power-down", lambda: self.box.frames()[-2:] == POWER_DOWN, 5)
 
-    # A line of /proc/PID/status; a number without the signals that the C library keeps, 32 and 33.
+    # A line of /proc/PID/status; numbers without signals 32 and 33, which the C library uses.
     def process(self, key):
         text = pathlib.Path(f"/proc/{self.app.pid}/status").read_text()
         value = re.search(f"^{key}:\t(.*)", text, re.M)[1]
@@ -115,7 +115,7 @@ def reach(case, state):
 
 
 def hinder(case, hindrance):
-    if hindrance == "full":  # for more than a line on the console
+    if hindrance == "full":  # enough for a line on the console
         resource.prlimit(case.app.pid, resource.RLIMIT_FSIZE, (256, 256))
     elif hindrance == "gone":
         case.folder.rename(f"{case.folder}-moved")
@@ -144,7 +144,7 @@ def end(screen, name):
     cause, state, hindrance = (name + " ").split(" ")[:3]
     status, console = ENDS[name]
     run = state in ("run", "message")
-    # 0.1 s for each of 256 blocks: no run ends before the test is ready for it.
+    # 0.1 s for each of 256 blocks, so that no run ends before the test has acted.
     options = ["--write-time", "100000"]
     options += ["--fault", "silent-from@W3"] if state == "message" else []
     call_to_fail = "fsync:1" if hindrance else "read:1"
@@ -153,7 +153,7 @@ def end(screen, name):
     same("lock file", case.lock.exists(), os.access("/run/lock", os.W_OK))
     same("signals", (case.process("SigIgn"), case.process("SigCgt")), (IGNORED, CAUGHT))
     case.app.process.send_signal(signal.SIGTSTP)
-    if run:  # which is not stopped, or the next signal would have no effect
+    if run:  # a run must not stop, or the next signal would have no effect
         wait("the signal", lambda: case.process("ShdPnd") == 0, 1)
     else:
         wait("the stop", lambda: case.process("State") == "T (stopped)", 1)
@@ -174,7 +174,7 @@ def end(screen, name):
          (False, console != "", True))
 
 
-# Signals that the parent process ignores stay ignored. There are no arguments, Qt's included.
+# Signals that the parent process ignores stay ignored. Arguments, even Qt's, have no effect.
 def inherited(screen, name):
     case = Case(screen, name, "none:0", wrapper=(
         "env", "--ignore-signal", "sh", "-c", 'exec "$0" -platform offscreen <&- >&- 2>&-'))
@@ -187,7 +187,7 @@ def inherited(screen, name):
 
 
 class Watched(Program):
-    # Whatever it waits for, it fails as soon as the error that ends the program is shown.
+    # Every wait fails as soon as the error that ends the program is shown.
     def wait(self, what, condition, seconds=20):
         def settled():
             if self.find("OK", BUTTON, title="QUORVEN"):
@@ -237,7 +237,7 @@ def call(screen, name):
     same("old files", unchanged, kept)
     for file in new.keys() - kept:
         same(file, contents[file], new[file])
-    if "out.hex" not in kept:  # of the image, or of the empty one where that could not be loaded
+    if "out.hex" not in kept:  # the image, or an empty one if it could not be loaded
         images = [read_hex(case.folder / file)[:CHIP_BYTES] for file in ("out.hex", "sample.hex")]
         same("out.hex", images[0] in (images[1], b"\xff" * CHIP_BYTES), True)
 
@@ -248,7 +248,7 @@ def attempt(name):
             (inherited if name == "inherited" else call if ":" in name else end)(screen, name)
         print(f"passed {name}", flush=True)
         return True
-    except Exception as failure:  # of any kind: the next case has its turn
+    except Exception as failure:  # of any kind, so that the next case runs
         print(f"FAILED {name}: {failure!r}", flush=True)
         return False
 
@@ -263,7 +263,7 @@ def main(names):
     return not any([worker.wait() for worker in workers])
 
 
-resource.setrlimit(resource.RLIMIT_CORE, (1, 1))  # no core dump, in a file or by a pipe
+resource.setrlimit(resource.RLIMIT_CORE, (1, 1))  # no core dump to a file or a pipe
 for ignored in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):
-    signal.signal(ignored, signal.SIG_DFL)  # a shell may have started this with them ignored
+    signal.signal(ignored, signal.SIG_DFL)  # the shell that started this may ignore them
 sys.exit(0 if main(sys.argv[5:]) else 1)

@@ -1,9 +1,9 @@
-// Preloaded into the program. FAULT is CALL:N: while the file "armed" is in the current folder, the
-// calls of that name are counted, and the N-th fails, as on a full disk or without memory, unless
-// FAULT_EFFECT is "interrupted", which is by SIGQUIT, or "_exit": the process ends past its exit
-// handlers, as by Qt when a Wayland compositor is gone. The file is removed then. Only calls out of
-// the program's own code count, allocations of the standard library for it, and what reads the
-// serial port, whose failure is an exception out of an event that is handled inside a run.
+// Preloaded into the program. FAULT is CALL:N: while the file "armed" is in the current folder,
+// calls of that name are counted. The N-th removes the file and fails, as on a full disk or without
+// memory. If FAULT_EFFECT is "interrupted", it raises SIGQUIT; if "_exit", the process ends without
+// its exit handlers, as Qt does when a Wayland compositor is gone. Only calls from the program's
+// own code count, allocations by the standard library, and reads of the serial port. A failing read
+// throws an exception from an event that is handled inside a run.
 #include <cerrno>
 #include <csignal>
 #include <cstdio>

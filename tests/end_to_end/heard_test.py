@@ -27,7 +27,7 @@ said, focus, values, inserted, inhibited = [], [], [], [], []
 
 
 def hear(event):
-    with contextlib.suppress(GLib.Error):  # it went away
+    with contextlib.suppress(GLib.Error):  # the source is gone
         kind, item, on = event.type.split(":")[-1], event.source, event.detail1
         if kind == "showing" and on and item.get_role() == Role.NOTIFICATION:
             said.append(item.get_name())
@@ -63,7 +63,7 @@ def focused(name, role):
 def run(row, *texts):
     app.keys("alt+d")
     app.item("Function", MENU_ITEM)
-    app.keys("f")  # no access key, but the only entry that begins with it
+    app.keys("f")  # not an access key, but the only entry that starts with it
     app.window("Function")
     expect("names of empty lines", "Message:" in app.texts(title="Function"), False)
     app.select("Function", row)
@@ -81,7 +81,7 @@ def run(row, *texts):
 shutil.rmtree(FOLDER, ignore_errors=True)
 shutil.copytree(here.parent.parent / "data", FOLDER)
 with Screen() as screen:
-    bus = Gio.bus_get_sync(Gio.BusType.SESSION)  # and the program's system bus
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)  # also serves as the program's system bus
     manager = Gio.DBusNodeInfo.new_for_xml(LOGIND).interfaces[0]
     bus.register_object("/org/freedesktop/login1", manager, inhibit, None, None)
     Gio.bus_own_name_on_connection(bus, "org.freedesktop.login1", 0, None, None)

@@ -22,7 +22,7 @@ protected:
         state().BufferData.assign(70001, 0xFF);
         vm.panels[4] = "File:";
     }
-    // Why the command failed, without the name of the file; empty: it did not.
+    // The error text of the command without the file name; empty on success.
     std::string attempt(void (*command)(), const std::string& path) {
         vm.fileName() = path;
         try {
@@ -49,8 +49,8 @@ protected:
 struct Text {
     const char* name;
     std::string text;
-    std::string image;        // from address 10 on, as far as it is not FF
-    const char* failure = ""; // the text of a message box, or the end of an error
+    std::string image;        // expected bytes from address 0x10 on; the rest is FF
+    const char* failure = ""; // the text of a message box, or the end of an error text
     int fileAddress = 0;
     int bufferAddress = 0;
 };
@@ -98,7 +98,7 @@ struct BinaryLoad {
     const char* name;
     int length; // of the file
     std::int32_t fileAddress, bufferAddress;
-    int first, count; // of the bytes that are placed
+    int first, count; // range of the bytes stored
     bool succeeds;
 };
 const BinaryLoad binaryLoads[] = {
@@ -144,7 +144,7 @@ TEST_F(Files, ATargetPastTheImageStopsThereAndKeepsWhatWasPlaced) {
     EXPECT_EQ(hexText({state().BufferData.end() - 4, state().BufferData.end()}), "FF 01 02 03");
 }
 
-// Both ways, in both formats.
+// Load and save, in both formats.
 TEST_F(Files, RealImagesLoadToTheirBytesAndAreSavedAsTheyWereLoaded) {
     for (const std::string name : {"firmware", "full64k", "mixed"}) {
         const std::string path = TEST_FILES "/images/" + name;
@@ -168,7 +168,7 @@ TEST_F(Files, RealImagesLoadToTheirBytesAndAreSavedAsTheyWereLoaded) {
     EXPECT_EQ(text, TemporaryFolder::readFile(TEST_FILES "/images/full64k.hex"));
 }
 
-// A pipe would keep the program waiting, a disk image fill the memory.
+// A pipe would block the program, and a disk image would fill the memory.
 TEST_F(Files, EveryReaderRejectsPipesAndLargeFilesAndTextsMustExist) {
     state().AppPath = folder.path();
     for (const auto& [read, name] :
@@ -227,7 +227,7 @@ TEST_F(Files, AHexSaveHasRecordsOfSixteenAndABinarySaveKeepsTheTailOfALongerFile
     device(1, 40);
     for (int i = 0; i < 16; ++i)
         state().BufferData[std::size_t(16 + i)] = std::uint8_t(i * 17);
-    state().FileAddress = state().BufferAddress = 5; // without effect
+    state().FileAddress = state().BufferAddress = 5; // no effect on saving
     EXPECT_EQ(attempt(SaveHexFile, folder.file("a.hex")), "");
     const std::string blank = std::string(32, 'F');
     EXPECT_EQ(folder.read("a.hex"), ":10000000" + blank + "00\r\n" +

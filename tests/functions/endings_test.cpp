@@ -20,7 +20,7 @@ constexpr char erased[] = "Erasing ...OK";
 constexpr char locked[] = "Locking ...   OK!";
 constexpr char unsupported[] = "Function not supported!";
 
-// The chip contains the image for Read and Verify, else FF, except for one byte.
+// The one byte by which the chip differs from the image (Read, Verify) or from FF (the others).
 struct OtherByte {
     int address = -1;
     int value = 0;
@@ -31,7 +31,7 @@ struct Ending {
     int family;
     int size;
     const char* faults;
-    std::vector<std::string> lines; // empty ones at the end left out
+    std::vector<std::string> lines; // without empty lines at the end
     int percent;
     int ms;           // of the whole run
     int messages = 0; // message boxes "Communication Error!"
@@ -54,7 +54,8 @@ const Ending endings[] = {
     {{Program}, 1, 1024, "status@W2:00", {programFault}, 25, 1200},
     {{Program}, 1, 1024, "status@W2:004E", {programFault}, 25, 1200},
     {{Program}, 1, 1024, "silent@W2", {programFault}, 25, 2200, 1},
-    {{Program}, 1, 1024, "late@W2:1000ms", {programOk}, 100, 2200}, // with the tick of the time-out
+    {{Program}, 1, 1024, "late@W2:1000ms", {programOk}, 100, 2200}, // arrives with the tick of the
+                                                                    // time-out
     {{Program}, 1, 1024, "silent@D2", {programFault}, 25, 2200, 1},
     {{Program}, 20, 1024, "silent@D11", {programFault}, 62, 2200, 1},
     {{Program}, 1, 1024, "silent@V1", {programOk}, 100, 2200},
@@ -94,9 +95,8 @@ const Ending endings[] = {
     {{Blank}, 4, 65536, "", {"Blank Error at FFFF"}, 99, 900, 0, {0xFFFF, 0x7F}},
     {{Verify}, 1, 1024, "", {"Verify Error at 0123"}, 0, 900, 0, {0x123, 0}},
     {{Verify}, 1, 300, "", {verifyOk}, 100, 900, 0, {0x100, 0}},
-    // One line for each entry of a sequence, the sixth shared. Chip failures end it; lost replies
-    // do
-    // not.
+    // One line per entry of a sequence; later entries share the sixth. Chip failures end the
+    // sequence; lost replies do not.
     {allFunctions, 1, 256, "", {blankOk, programOk, verifyOk, "", erased, locked}, 100, 7900},
     {{Auto, Program, Verify}, 1, 256, "lie:0023", {programOk, "Verify Error at 0023"}, 100, 2100},
     {{Auto, Program, Blank, Erase}, 1, 256, "", {programOk, "Blank Error at 0000"}, 100, 2100},

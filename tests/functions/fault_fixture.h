@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-// % is the frame or, in hexadecimal, a part of the address.
+// % is replaced by the frame or, in hexadecimal, by a part of the address.
 inline const std::array<std::string, 22> faultKinds = {
     "silent@%",      "silent-from@%",    "short@%:1",           "short@%:259",
     "long@%:1",      "long@%:300",       "late@%:999ms",        "late@%:1001ms",
@@ -29,7 +29,7 @@ protected:
     static constexpr int size = 512;
     static constexpr int functionCount = static_cast<int>(FunctionCode::Auto);
 
-    // The chip contains the image, or FF where a write needs that.
+    // The chip contains FF if the family writes blocks, else the image.
     void prepare(int family, const std::string& faults) {
         programmer(faults, 57600);
         device(family, size, 128);
@@ -60,7 +60,8 @@ protected:
         expectHealthyNextRun();
     }
 
-    // A family, a function and up to four faults, a byte of `next` for each choice and number.
+    // Runs a function on a family with one to four faults; each choice and number uses one byte of
+    // `next`.
     template <class Next>
     void runAny(const Next& next) {
         const int family = families[next() % families.size()];
@@ -93,8 +94,8 @@ protected:
     }
 
 private:
-    // The bytes that the program took after frames of this command code, the first `skip` of each
-    // time left out, up to `most`.
+    // The bytes that the program read after frames of this command code: from each read that is
+    // long enough, `most` bytes after the first `skip`.
     Bytes received(char commandCode, std::size_t skip, std::size_t most) {
         Bytes all;
         for (const auto& [code, bytes] : vm.port.taken)
@@ -104,8 +105,8 @@ private:
         return all;
     }
 
-    // What is shown and stored agrees with the bytes that were received, even where a late reply
-    // or bytes too many have moved them.
+    // What is shown and stored agrees with the bytes that were received, even if a late reply or
+    // extra bytes have shifted them.
     void expectTruth(FunctionCode code, const Bytes& before) {
         const bool ok = window.lines[0].ends_with("   OK!");
         const Bytes blocks = received('R', 4, 256);
@@ -123,7 +124,7 @@ private:
         EXPECT_TRUE(modFunc::state().BufferData == expected);
     }
 
-    // On the same line and a programmer that works, once every late byte has arrived.
+    // On the same line with a working programmer, after every late byte has arrived.
     void expectHealthyNextRun() {
         vm.programmer().setFaults({});
         if (vm.programmer().cablePulled())

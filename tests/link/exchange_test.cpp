@@ -7,7 +7,7 @@ using namespace modFunc;
 
 namespace {
 
-// The wait for a reply of twelve bytes: when it ends, and what it leaves.
+// A wait for a reply of twelve bytes: when it ends, and the state afterwards.
 struct Wait {
     const char* name;
     const char* fault;
@@ -34,7 +34,7 @@ class Waits : public RunTest, public testing::WithParamInterface<Wait> {};
 TEST_P(Waits, EndByCountOrTimeOut) {
     const Wait& wait = GetParam();
     programmer(wait.fault);
-    state().TimedOut = true; // by an earlier exchange
+    state().TimedOut = true; // from an earlier exchange
     SendAndWait(IdentifyFrame(), 12);
     EXPECT_EQ(vm.nowMs(), wait.endsAtMs);
     EXPECT_EQ(state().TimedOut, wait.timedOut);
@@ -53,7 +53,7 @@ TEST_F(Waits, CountStaleBytes) {
     EXPECT_EQ(vm.nowMs(), 0);
 }
 
-// Every frame, from a family in which no two bytes are the same.
+// Every frame, built from a family whose bytes are all different.
 TEST(Frames, HaveTheirBytesInOrder) {
     FamilyRec family{.SetupByte1 = 0xA1,
                      .SetupByte2 = 0xA2,

@@ -14,8 +14,8 @@ protected:
         state().DeviceList[1].Name = "DIP40 8K";
         state().DeviceList[1].Size = 8192;
     }
-    // The message box, the state and the panels after discovery, of a new programmer with this
-    // fault or of the one that is there.
+    // Message box, state and panels after discovery: of a new programmer with this fault, or of the
+    // present one.
     std::string outcome(const char* fault) {
         programmer(fault);
         vm.port.open = false;
@@ -47,7 +47,7 @@ TEST_F(Discovery, FindsTheProgrammerAndShowsItBeforeThePanelsChange) {
     EXPECT_EQ(vm.port.commPort, 7);
     ASSERT_EQ(frames().size(), 1U);
     EXPECT_EQ(hexText(frames()[0].bytes), "00 00 00 01 49");
-    EXPECT_EQ(vm.nowMs(), 100); // the wait is fixed, however early the reply
+    EXPECT_EQ(vm.nowMs(), 100); // the wait is fixed, even for an early reply
 }
 
 TEST_F(Discovery, TakesTwelveBytesWithinHundredMillisecondsAndNothingElse) {
@@ -68,7 +68,7 @@ TEST_F(Discovery, ShowsFirmwareByteForByte) {
 
 TEST_F(Discovery, RunsAgainOnAnOpenPortAndMayFailToOpenIt) {
     EXPECT_EQ(outcome(""), found);
-    vm.port.queue = {1, 2, 3}; // read away before the frame is sent
+    vm.port.queue = {1, 2, 3}; // discarded before the frame is sent
     EXPECT_EQ(outcome(), found);
     vm.port.openError = "/dev/ttyUSB2: gone";
     EXPECT_EQ(outcome(), "Communication Port Error | COM7, /dev/ttyUSB2: gone | "

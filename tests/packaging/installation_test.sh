@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# What is installed: the files, and the launcher with a stand-in for the program that prints how it
-# was started.
+# Tests the installed files, and the launcher with a stub program that prints how it was started.
 #
 #   installation_test.sh BUILD SCRATCH [CASE...]
 set -Eeuo pipefail
@@ -11,13 +10,13 @@ scratch=$(realpath "$2")
 tree=$scratch/usr
 share=$tree/share
 elsewhere=$scratch/elsewhere # a current directory without data files
-home="$scratch/Zoë Müller"   # blanks and letters beyond ASCII, as people's names have them
+home="$scratch/Zoë Müller"   # spaces and non-ASCII letters, as in people's names
 folder=$home/.local/share/quorven
 
 stub() { printf '#!/bin/sh\n%s\n' "$2" >"$scratch/stubs/$1" && chmod +x "$scratch/stubs/$1"; }
 
-# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: from $elsewhere, with nothing else in the environment.
-# ERRORS is a pattern.
+# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: runs the launcher in $elsewhere, with only PATH and
+# these variables, and compares its results. ERRORS is a pattern.
 launch() {
     local status=0 out
     out=$(cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "${@:4}" "$scratch/launcher" \
@@ -26,10 +25,10 @@ launch() {
         { echo "status $status; output: $out; errors: $(<"$scratch/err")" >&2 && return 1; }
 }
 
-# In this folder, silently; arguments and exit status come through.
+# Starts the program in this folder without errors and passes arguments and exit status through.
 starts() { launch 7 "$1"$'\n-style\ntwo words' "" "${@:2}"; }
 
-# For a cause whose text has these words.
+# Fails with an error that contains this text.
 rejects() { launch 1 "" "*$1*" "${@:2}"; }
 
 files() {
@@ -47,8 +46,8 @@ files() {
     shellcheck "$tree/bin/quorven"
 }
 
-# The words that a user types are before their explanations in both, on lines of their own in the
-# help, and indented by 7 in the page.
+# The help and the manual page list the same options and faults. In the help they are at the start
+# of a line, before the explanation; in the page they are indented by 7.
 man_pages() {
     for page in quorven simbox; do
         gunzip <"$share/man/man1/$page.1.gz" >"$scratch/$page.1"
@@ -65,8 +64,7 @@ first_start() {
     [[ $(stat -c %a "$folder" "$folder/quorven.cfg") == $'700\n644' ]]
 }
 
-# Nothing that is there is touched, and what is missing is put back. A folder that lacks nothing may
-# be one that cannot be written to.
+# Existing files are not touched, and missing ones are restored. A complete folder may be read-only.
 later_start() {
     starts "$folder" HOME="$home"
     echo mine >"$folder/quorven.cfg"
@@ -96,7 +94,7 @@ other_folders() {
     rejects "HOME is not set"
 }
 
-# A cause is shown in a window as well where there is a screen.
+# With a display, the cause is also shown in a window.
 no_folder() {
     stub zenity "printf '%s\n' \"\$@\" >'$scratch/window'"
     touch "$home/.local"
@@ -106,7 +104,7 @@ no_folder() {
     grep -qxF -- "--text=The folder $folder cannot be prepared." "$scratch/window"
 }
 
-# No half file is left, and the next start goes on.
+# No partial file is left, and the next start completes the folder.
 full_disk() {
     stub cp 'case $2 in *auto.cfg) exec /bin/cp "$@" ;; esac
         head -c 10 "$2" >"$3"; echo "disk full" >&2; exit 1'
@@ -133,7 +131,7 @@ for name in "${cases[@]}"; do
     rm -rf "$scratch/stubs" "$elsewhere" "$home"
     mkdir -p "$scratch/stubs" "$elsewhere" "$home"
     stub ../usr/libexec/quorven/quorven 'printf "%s\n" "$PWD" "$@"; exit 7'
-    (trap 'echo "FAILED: $name, line $LINENO" >&2' ERR && "$name") & # a process that errors end
+    (trap 'echo "FAILED: $name, line $LINENO" >&2' ERR && "$name") & # ends at the first error
     wait $! || failed=1
 done
 exit "$failed"

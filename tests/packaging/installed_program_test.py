@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-# installed_program_test.py ROOT FOLDER PICTURES: the program installed in ROOT, as a new user meets it.
-# FOLDER is the user's folder for the program. ROOT is entered by chroot; it has the same /tmp and the
-# same home as the root of this script, which is scripts/try-on.sh's.
+# installed_program_test.py ROOT FOLDER PICTURES: uses the program installed in ROOT as a new user.
+# FOLDER is the user's folder for the program. The test enters ROOT by chroot; /tmp and the home are
+# the same there as in the root of this script, which scripts/try-on.sh provides.
 
 import filecmp
 import os
@@ -14,7 +14,7 @@ from driver import Screen  # noqa: E402
 
 root, folder, pictures = map(pathlib.Path, sys.argv[1:])
 home = os.environ["HOME"]
-# The right to enter the root ends there.
+# The program runs in ROOT without the capability to enter it.
 enter = ["/usr/sbin/chroot", root, "setpriv", "--ambient-caps=-all", "--inh-caps=-all", "--"]
 shipped = root / "usr/share/quorven"
 names = sorted(os.listdir(shipped))
@@ -31,7 +31,7 @@ with Screen() as screen:
     app.menu("File", "Exit")
     same("status and console", (app.status(), app.output()), (0, ""))
     same("the folder", sorted(os.listdir(folder)), names)
-    # Not blank, so that only an erase makes room for the image.
+    # A5, not FF, so that programming needs an erase first.
     box = screen.simbox(folder, "--chip", folder / "chip.bin", "--fill", "A5",
                         path="/usr/bin/simbox", wrapper=enter)
     job = Job(folder, box, start(), lambda name: screen.picture(pictures / f"{name}.png"))

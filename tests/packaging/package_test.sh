@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# package_test.sh PACKAGE: lintian's whole list, and the hardening that lintian does not look for.
+# package_test.sh PACKAGE: all lintian checks, and the hardening that lintian does not check.
 set -euo pipefail
 
 lintian --allow-root --info --display-experimental --display-info --pedantic \

@@ -16,14 +16,14 @@ class ReplaceFile : public testing::Test {
 protected:
     ~ReplaceFile() override { mode("", 0777); } // or the folder could not be removed
     void mode(const std::string& name, mode_t mode) { chmod(folder.file(name).c_str(), mode); }
-    // A file that may be replaced as far as this mode of its folder allows.
+    // A writable file in a folder with this mode.
     void fileIn(mode_t folderMode) {
         folder.write("file", longText);
         mode("file", 0666);
         mode("", folderMode);
     }
-    // What the failure says after the name of the file; empty on success. Nothing is left beside
-    // it.
+    // The error text after the name of the file; empty on success. Expects that a failure leaves no
+    // other file.
     std::string attempt(const std::string& contents, const std::string& name = "file") {
         const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
         const std::vector<std::string> before = folder.names();
@@ -93,7 +93,7 @@ TEST_F(ReplaceFile, InAFolderThatIsNotWritableOverwritesTheFile) {
     EXPECT_EQ(folder.read("locked"), longText);
 }
 
-// In such a folder everybody may create a file, and only its owner may replace it.
+// In a sticky folder everybody may create a file, but only its owner may replace it.
 TEST_F(ReplaceFile, ARenameThatFailsChangesNothing) {
     fileIn(01777);
     const bool owner = geteuid() != 0;
@@ -103,7 +103,7 @@ TEST_F(ReplaceFile, ARenameThatFailsChangesNothing) {
     EXPECT_EQ(folder.read("file"), owner ? shortText : longText);
 }
 
-// At every single byte, beside the file and over it.
+// At every byte, for a new file beside the old one and for a write over it.
 TEST_F(ReplaceFile, AFullDiskChangesNothing) {
     const std::string longest = longText + longText;
     for (const mode_t folderMode : {0777, 0555}) {

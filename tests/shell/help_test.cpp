@@ -1,4 +1,4 @@
-// The help page: what it makes of rich text, and that no file holds the program up.
+// The help page: how it shows rich text, and that no file blocks the program for long.
 #include "app/state.h"
 #include "platform/qt/fonts.h"
 #include "shell/help/frmHelp.h"
@@ -64,7 +64,7 @@ QString unusual(const QTextFormat& format) {
     return words.isEmpty() ? "" : '<' + words.join(' ') + '>';
 }
 
-// The document with ¶ after each paragraph, Qt's empty one in front of a table too, cells in
+// The document's text: ¶ after each paragraph, including Qt's empty one before a table; cells in
 // brackets, ↵ for a line break, → for a tab, ° for a no-break space, pictures by their size.
 QString textOf(const QTextDocument& document, QTextFrame::iterator i) {
     QString text;
@@ -156,7 +156,7 @@ const Row texts[] = {
     {"JpegOfAnotherSize", "\\picwgoal1500\\pichgoal3000\\picscalex200" + pict("jpeg"),
      "(200x200)¶"},
 };
-// Each is repeated up to a million bytes after its begin.
+// Each is repeated after its beginning, up to a million bytes.
 const Row times[] = {
     {"NoBlank", "a", " "},
     {"Bold", "\\b x\\b0 x", ""},
@@ -180,7 +180,7 @@ TEST_P(HelpText, IsShown) {
     EXPECT_EQ(shown(GetParam().rtf), GetParam().shown);
 }
 
-// Of CPU time, in a slow build; without a limit each takes from half a minute to for ever.
+// CPU time in a slow build; without limits each row takes from half a minute to forever.
 INSTANTIATE_TEST_SUITE_P(, HelpTime, testing::ValuesIn(times), nameOf);
 TEST_P(HelpTime, IsShort) {
     TemporaryFolder folder;

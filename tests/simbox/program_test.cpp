@@ -17,8 +17,8 @@ struct ProgramRun {
     const char* name;
     std::string options;
     int status;
-    std::vector<std::string> output; // parts of it, error output included
-    std::string frames = "";         // sent together when it is ready
+    std::vector<std::string> output; // expected parts, error output included
+    std::string frames = "";         // sent together when simbox is ready
 };
 
 const std::string identify = "\0\0\0\1I"s;

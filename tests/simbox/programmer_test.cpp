@@ -19,7 +19,7 @@ constexpr char frameTexts[] =
     "D256with22:00 00 01 01 44 22;D64:00 00 00 41 44 FF;W256:00 00 00 08 57 01 00 01 FF 08 04 01;"
     "W64:00 00 00 08 57 01 40 01 7F 14 00 40;R:00 00 00 06 52 01 00 01 FF 08;E8:00 00 00 02 45 08;"
     "L:00 00 00 03 4C FF 00;"
-    // Accepted at no time:
+    // Never accepted:
     "Incomplete:00 00 00;UnknownCode:00 00 00 01 58;NoCode:00 00 00 00;LongV:00 00 00 05 56 0 0 0 "
     "0;"
     "TooLong:00 01 00 01 49 49 49;S5:00 00 00 06 53 05 00 00 00 00;S0long:00 00 00 06 53 0 0 0 0 0;"
@@ -45,9 +45,9 @@ const std::map<std::string, Bytes> frames = [] {
     return all;
 }();
 
-// Unthrottled, with a chip of A5.
+// An unthrottled programmer, its chip filled with A5.
 struct Line {
-    // Sends these frames, a second apart, and returns what arrives at once after the last.
+    // Sends these frames, a second apart, and returns the immediate reply to the last.
     std::string after(const Names& names) {
         Bytes reply;
         for (const std::string& name : names) {
@@ -89,7 +89,7 @@ const Moment moments[] = {
 class Moments : public testing::TestWithParam<Moment> {};
 
 // Three identify frames, a second apart, and when bytes of the replies arrive: "7:1 9:2" is one
-// byte after 7 us and two after 9 us. At 57600 baud a byte takes 173.6 us, either way.
+// byte after 7 us and two after 9 us. At 57600 baud a byte takes 173.6 us in either direction.
 struct Timing {
     const char* name;
     std::uint32_t baud;
@@ -181,8 +181,8 @@ TEST(Chip, OfPagesIsOverwritten) {
     EXPECT_EQ(line.after({"R"}).substr(67 * 3, 8), "A5 FF 21");
 }
 
-// Frames of any content, truncated anywhere: nothing may crash, and a loop that goes from event to
-// event must end.
+// Frames of any content, truncated anywhere: nothing may crash, and processing event after event
+// must end.
 TEST(Line, SurvivesAnyBytes) {
     std::mt19937 random(20);
     simbox::Programmer programmer;

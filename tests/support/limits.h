@@ -1,4 +1,4 @@
-// What the system can deny a process, for as long as one of these objects lives.
+// Restrictions on the process that last as long as one of these objects exists.
 #pragma once
 
 #include <csignal>
@@ -6,7 +6,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-// No file can grow beyond so many bytes.
+// No file can grow beyond `bytes` bytes.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) {
@@ -21,7 +21,7 @@ private:
     rlimit old_{};
 };
 
-// No rights except an ordinary user's.
+// Only an ordinary user's rights.
 class OrdinaryUser {
 public:
     OrdinaryUser() : wasRoot_(geteuid() == 0 && setresuid(nobody, nobody, 0) == 0) {}

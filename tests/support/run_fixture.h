@@ -60,7 +60,7 @@ protected:
         row.Size = size;
         row.PageSize = static_cast<std::int16_t>(pageSize);
     }
-    // An image in which a moved byte shows.
+    // Fills the image so that a shifted byte is detected.
     void image() {
         auto& bytes = modFunc::state().BufferData;
         for (std::size_t i = 0; i < bytes.size(); ++i)

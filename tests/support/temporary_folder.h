@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// A folder of its own for one test, gone with it.
+// A folder for one test, removed with this object.
 class TemporaryFolder {
 public:
     TemporaryFolder() {

@@ -1,6 +1,6 @@
-// The machine in virtual time: the clock moves only in Yield, straight to the next event that is
-// due, so a second costs nothing and 99 ms differ from 101 ms. The port leads to the simulated
-// programmer in the same process.
+// The machine in virtual time: the clock advances only in Yield, directly to the next event, so
+// waiting takes no real time and timing is exact. The port is connected to the simulated programmer
+// in the same process.
 #pragma once
 
 #include "link/exchange.h"
@@ -89,7 +89,7 @@ struct ProgrammerPort final : platform::SerialPort {
 
     const std::int64_t& nowUs;
     std::unique_ptr<simbox::Programmer> programmer;
-    std::string openError; // not empty: opening fails with it
+    std::string openError; // if not empty, opening fails with this error
     int commPort = 0;
     bool open = false;
     Bytes crashFrames;
@@ -121,7 +121,7 @@ public:
     ~VirtualMachine() { platform::useMachine(nullptr); }
 
     simbox::Programmer& programmer() { return *port.programmer; }
-    // A fresh one with other options on the same port.
+    // A new programmer with other options on the same port.
     void replaceProgrammer(const simbox::Options& options) {
         port.programmer = std::make_unique<simbox::Programmer>(options);
         port.queue.clear();

@@ -63,7 +63,7 @@ TEST_F(Commands, LoadFillsTheImageOrLeavesItAsItWas) {
     EXPECT_EQ(text("sbar4", "lblCheckSum"), "File: " + folder.file("image.bin") + "|EE2C");
 }
 
-// Over a file that is there, without a question.
+// Overwrites an existing file without asking.
 TEST_F(Commands, SaveWritesTheChosenFormat) {
     start(noPort(5));
     folder.write("image", "old");
@@ -122,7 +122,7 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
 }
 
 TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
-    folder.write("auto.cfg", "3\n0\n7\n1\n"); // 7 is no function
+    folder.write("auto.cfg", "3\n0\n7\n1\n"); // 7 is not a function
     ReadAutoFile();
     start(noPort(5));
     std::string stored = "19\r\n0\r\n";
@@ -251,7 +251,7 @@ TEST_F(Commands, TypedDigitsGoWhereTheCaretIsShown) {
     EXPECT_FALSE(viewOpen());
 }
 
-// In lines of 14 pixels, the heading first. Other presses leave the caret where it is.
+// Lines are 14 pixels high, the heading first. Other clicks do not move the caret.
 TEST_F(Commands, EveryPixelOfADigitSelectsIt) {
     start(noPort(5));
     trigger("BufferEdit");

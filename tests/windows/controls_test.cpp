@@ -1,4 +1,4 @@
-// What the windows are made of and how it is painted: every control has an entry in windows.txt.
+// The controls of every window and how they are painted: each has an entry in windows.txt.
 #include "buffer/frmBuffer.h"
 #include "buffer/frmBufferFill.h"
 #include "files/frmFileLoad.h"
@@ -26,12 +26,12 @@ bool isOurs(const QWidget* control) {
     return !control->inherits("QMenu") && !name.startsWith("qt_") && !name.isEmpty();
 }
 
-// What of a control is not as Qt makes it: geometry, colours, font, properties; what it paints.
+// A control's geometry, its colours, font and properties other than Qt's, and what it paints.
 QString describe(QWidget& control) {
     QString text = control.objectName();
     const auto say = [&](bool isSo, const QString& word) { text += isSo ? ' ' + word : ""; };
     const QRect at = control.geometry();
-    const bool inMain = control.window()->inherits("QMainWindow"); // the desktop's font decides
+    const bool inMain = control.window()->inherits("QMainWindow"); // size depends on the font
     say(!inMain && !control.isWindow(), QString("%1,%2").arg(at.x()).arg(at.y()));
     say(inMain && control.minimumWidth() > 0, QString("%1 wide").arg(at.width()));
     say(!inMain, QString("%1x%2").arg(at.width()).arg(at.height()));
@@ -82,7 +82,7 @@ QString describe(QWidget& control) {
     return text;
 }
 
-// A window, its controls, the order of Tab unless it is theirs, and the menus.
+// A window, its controls, the tab order and the menus.
 QString describeWindow(QWidget& window) {
     QStringList entries = {describe(window)};
     EXPECT_TRUE(window.minimumSize() == window.maximumSize() || window.inherits("QMainWindow"));
@@ -117,7 +117,7 @@ QString describeWindow(QWidget& window) {
 
 } // namespace
 
-// On a dark desktop, where a colour shows that is the program's own.
+// On a dark desktop, where the program's own colours are visible.
 TEST_F(Windows, AreAsInTheFile) {
     EXPECT_EQ(lightGround(), QBrush());
     const QPalette desktop = QApplication::palette();
@@ -145,7 +145,7 @@ TEST_F(Windows, TextIsPaintedAndFitted) {
         find<QLabel>("sbar4")->setText(text);
         return find("sbar4")->grab().toImage();
     };
-    const QString x(100, 'x'), y(200, 'y'); // a panel loses the middle alone
+    const QString x(100, 'x'), y(200, 'y'); // a panel elides only the middle
     EXPECT_EQ(panel("a" + x + "z"), panel("a" + x + y + x + "z"));
     EXPECT_NE(panel("a" + x + "z"), panel("b" + x + "z"));
     EXPECT_NE(panel("a" + x + "z"), panel("a" + x));
@@ -168,7 +168,7 @@ TEST_F(Windows, TextIsPaintedAndFitted) {
 
 namespace {
 
-// On a list of three rows with the second one highlighted: a key, or a mouse button on a row.
+// A key, or a mouse button on a row, in a list of three rows with the second one highlighted.
 struct Gesture {
     const char* name;
     Qt::Key key;

@@ -141,7 +141,8 @@ TEST_F(Runs, APulledCableEndsTheRunAndTheProgrammerIsFoundAgain) {
     EXPECT_EQ(run(FunctionCode::Blank), "Blank Checking ...   OK!100%201");
 }
 
-// At once after the dialog's end: discovery has begun by then, so its message is shown first.
+// The request comes directly after the dialog's end. Discovery has begun by then, so its message is
+// shown first.
 TEST_F(Runs, ACloseRequestAtTheEndOfSettingsWaitsForDiscovery) {
     startProgrammer();
     start(found);

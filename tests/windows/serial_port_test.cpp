@@ -42,7 +42,7 @@ struct Line : testing::Test {
         bytes.resize(some ? std::size_t(::read(master, bytes.data(), 4096)) : 0);
         return bytes;
     }
-    // What opening says, after the port's name.
+    // The error text of opening, without the port's name; "opened" on success.
     std::string cause(const std::string& path) {
         try {
             QtSerialPort([&](int) { return path; }).Open();
@@ -68,7 +68,7 @@ TEST_F(Line, PassesEveryByteBothWaysAt57600Baud) {
     EXPECT_EQ(line.c_cflag & (CSIZE | CSTOPB | PARENB | CRTSCTS), tcflag_t{CS8});
     Bytes all(256), more(3000, 0x55);
     std::iota(all.begin(), all.end(), std::uint8_t{0});
-    port.Output(all); // in the terminal at once, without an event
+    port.Output(all); // written at once, without an event
     EXPECT_EQ(sent(), all);
     send(all);
     while (port.InBufferCount() < 256)
@@ -82,7 +82,7 @@ TEST_F(Line, PassesEveryByteBothWaysAt57600Baud) {
     send({1, 2, 3});
     while (port.InBufferCount() < 3)
         QtEventQueue().Yield();
-    port.Close(); // drops what was queued
+    port.Close(); // discards queued bytes
     port.Output({1});
     EXPECT_EQ(port.InBufferCount() + int(port.PortOpen()) + int(sent().size()), 0);
 }
@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(, LockFile, testing::ValuesIn(lockRows),
 TEST_P(LockFile, BarsThePortOrNot) {
     const std::string file =
         "/var/lock/LCK.." + std::regex_replace(name.substr(5), std::regex("/"), "_");
-    std::filesystem::remove(file); // of a run that was stopped
+    std::filesystem::remove(file); // left by an aborted test run
     GetParam().contents == "pipe" ? void(mkfifo(file.c_str(), 0600))
                                   : void(std::ofstream(file) << GetParam().contents);
     const std::string said = cause(name);

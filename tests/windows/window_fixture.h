@@ -30,13 +30,13 @@ protected:
             std::filesystem::create_symlink("unplugged", folder.file(link));
         modFunc::state().AppPath = folder.path();
         modFunc::ReadSettings();
-        modFunc::state().ProgramVersion = "1.0"; // whatever the release
+        modFunc::state().ProgramVersion = "1.0"; // independent of the release
         modFunc::state().ProgramDate = "22/11/2026";
         modFunc::ReadDeviceList();
         modFunc::ReadAutoFile();
         modFunc::InitFamilyTable();
-        // An earlier test has ended the program: until an event loop has been started again, all
-        // dialogs return at once.
+        // After an earlier test has quit the application, all dialogs return at once until an event
+        // loop has been started again.
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
         QApplication::exec();
         QObject::connect(&watch, &QTimer::timeout, &watch, [this] { serveDialogs(); });
@@ -56,7 +56,7 @@ protected:
         simbox.start(SIMBOX, options.split(' '));
         ASSERT_TRUE(simbox.waitForReadyRead(5000)) << "simbox does not start";
     }
-    // It has rejected no frame; its chip is in the file then.
+    // Ends simbox, which must not have rejected a frame and then has saved its chip.
     void endProgrammer() {
         simbox.terminate();
         EXPECT_TRUE(simbox.state() == QProcess::NotRunning || simbox.waitForFinished(5000));
@@ -70,13 +70,13 @@ protected:
             codes += static_cast<char>(i.next().captured(2).toInt(nullptr, 16));
         return codes;
     }
-    // The main window, loaded and shown; what discovery says.
+    // Loads and shows the main window; `message` is what discovery must say.
     void start(const std::string& message, int splashMs = 1) {
         mdi = std::make_unique<mdiMain>(machine);
         machine.totmr.setInterval(splashMs);
         mdi->Load();
         mdi->show();
-        mdi->activateWindow(); // or no shortcut would be heard
+        mdi->activateWindow(); // shortcuts need an active window
         EXPECT_TRUE(QTest::qWaitForWindowActive(mdi.get()));
         EXPECT_EQ(said(), message);
     }
@@ -85,8 +85,8 @@ protected:
         return "! Communication Port Error: COM" + number + ", " + folder.file("com" + number) +
                ": there is no such device. Is the programmer plugged in?";
     }
-    // A menu entry, and what is done in each modal window that comes up; message boxes are
-    // confirmed by themselves.
+    // Triggers a menu entry and runs one action in each modal window that opens; message boxes are
+    // confirmed automatically.
     void trigger(const char* entry, const Actions& inWindows = {}) {
         actions = inWindows;
         mdi->findChild<QAction*>(entry)->trigger();
@@ -103,7 +103,7 @@ protected:
         return control ? control
                        : throw std::runtime_error(name + std::string(": no such control"));
     }
-    // The texts of such controls, with a line between them.
+    // The texts of these controls, separated by "|".
     template <class... Name>
     std::string text(const char* name, const Name*... more) {
         QString text;
@@ -116,7 +116,7 @@ protected:
         control->setProperty(control->inherits("QComboBox") ? "currentText" : "text", text);
     }
     void click(const char* button) { QTest::mouseClick(find(button), Qt::LeftButton); }
-    // In the control that has the focus, one after the other.
+    // Presses the keys in order, in the control that has the focus.
     template <class... Keys>
     void press(Keys... keys) {
         for (const QKeyCombination key : {QKeyCombination(keys)...})
@@ -125,7 +125,7 @@ protected:
     }
     const std::function<void()> escape = [this] { press(Qt::Key_Escape); };
     const std::function<void()> enter = [this] { press(Qt::Key_Return); };
-    // In the file dialog: this file of the program's folder.
+    // Chooses this file of the program's folder in the file dialog.
     auto file(const char* name) {
         return [this, name] {
             set("fileNameEdit", folder.file(name).c_str());
@@ -161,7 +161,7 @@ private:
         served = window;
         EXPECT_TRUE(window->parentWidget());
         ASSERT_FALSE(actions.empty()) << "unexpected: " << window->objectName().toStdString();
-        // From a timer of its own: this one has to go on while the action runs.
+        // In a separate timer, because this one must continue while the action runs.
         QTimer::singleShot(0, window, [action = actions.front()] { action(); });
         actions.pop_front();
     }
