@@ -8,8 +8,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/build.sh
 [[ -d build/run ]] || cp -r data build/run # kept between runs, with the user's settings
 if [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
-    rm -rf build/demo build/run/pictures
-    exec scripts/demo.py run
+    mkdir -p build/run/pictures
+    exec scripts/demo.py build/quorven build/simbox build/demo build/run/pictures
 fi
 
 cd build/run
