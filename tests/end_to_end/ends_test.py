@@ -21,6 +21,7 @@ from driver import Screen  # noqa: E402
 # What ends the program, its state and any obstacle: the exit status and a text on the console.
 CASES = {"SIGTERM-idle": (0, ""), "SIGINT-run": (0, ""), "SIGHUP-message": (0, ""),
          "SIGTERM-dialog": (0, ""), "SIGTERM-run-full": (1, "File too large"),
+         "SIGTERM-run-interrupted": (-signal.SIGQUIT, ""),
          "SIGSEGV-run": (-signal.SIGSEGV, ""), "SIGQUIT-dialog": (-signal.SIGQUIT, ""),
          "exception-run": (1, ""), "_exit-run": (3, ""), "display-run": (1, "X"),
          "menu-inherited": (0, "")}
@@ -31,7 +32,7 @@ OLD_SETTINGS = NEW_SETTINGS.replace(b"\r", b"")
 IGNORED, CAUGHT, ALL = 0x1301000, 0xfffffffe7688eeff, 0xfffffffe7ffafeff
 
 quorven, simbox, faults, folder = [pathlib.Path(path).resolve() for path in sys.argv[1:5]]
-cause, state, *full = sys.argv[5].split("-")
+cause, state, obstacle = (sys.argv[5] + "-").split("-")[:3]
 status, console = CASES[sys.argv[5]]
 run, inherited = state in ("run", "message"), state == "inherited"
 
@@ -59,7 +60,7 @@ with Screen() as screen:
     # The library's folder is passed separately, because LD_PRELOAD splits at blanks. Leaks are not
     # checked: Qt's connections leak on abnormal termination.
     app = screen.start([*wrapper, quorven], folder, env={
-        "FAULT": cause, "LD_PRELOAD": faults.name, "LD_LIBRARY_PATH": str(faults.parent),
+        "FAULT": obstacle or cause, "LD_PRELOAD": faults.name, "LD_LIBRARY_PATH": str(faults.parent),
         "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0:"
                         "handle_segv=0:handle_sigbus=0:handle_sigfpe=0"})
     names = set(os.listdir(folder))
@@ -86,17 +87,17 @@ with Screen() as screen:
     else:
         app.until("stop", lambda: process("State") == "T (stopped)", 1)
         app.send_signal(signal.SIGCONT)
-    if full:  # enough for a line on the console
+    if obstacle == "full":  # enough for a line on the console
         resource.prlimit(app.pid, resource.RLIMIT_FSIZE, (256, 256))
 
+    if cause in ("exception", "_exit") or obstacle == "interrupted":
+        (folder / "armed").touch()
     if cause == "menu":
         app.menu("File", "Exit")
     elif cause == "display":
         screen.server.stop(signal.SIGKILL)
     elif cause.startswith("SIG"):
         app.send_signal(signal.Signals[cause])
-    else:
-        (folder / "armed").touch()
     if cause == "exception":
         app.window("QUORVEN")
         app.until("power-down", lambda: frames(folder)[-2:] == POWER_DOWN)

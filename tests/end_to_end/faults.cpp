@@ -1,12 +1,21 @@
-// Preloaded into the program. Once the file "armed" is in the current folder, the next read of the
-// serial port removes it and does what FAULT says: "exception" throws from an event that is handled
-// inside a run, "_exit" ends the process without its exit handlers, as Qt does when a Wayland
-// compositor is gone.
+// Preloaded into the program. Once the file "armed" is in the current folder, a call removes it and
+// does what FAULT says. In a read of the serial port, "exception" throws from an event that is
+// handled inside a run, and "_exit" ends the process without its exit handlers, as Qt does when a
+// Wayland compositor is gone. In a write of a file, "interrupted" raises another signal.
+#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <new>
 #include <string_view>
 #include <unistd.h>
+
+static const std::string_view fault = std::getenv("FAULT");
+
+extern "C" int fsync(int) {
+    if (fault == "interrupted" && unlink("armed") == 0)
+        raise(SIGQUIT);
+    return 0;
+}
 
 extern "C" ssize_t read(int file, void* bytes, std::size_t count) {
     using Read = ssize_t (*)(int, void*, std::size_t);
@@ -15,9 +24,9 @@ extern "C" ssize_t read(int file, void* bytes, std::size_t count) {
     const bool ofPort =
         dladdr(__builtin_return_address(0), &caller) != 0 &&
         std::string_view(caller.dli_fname).find("libQt6SerialPort") != std::string_view::npos;
-    if (!ofPort || unlink("armed") != 0)
+    if (!ofPort || fault == "interrupted" || unlink("armed") != 0)
         return next(file, bytes, count);
-    if (std::string_view(std::getenv("FAULT")) == "_exit")
+    if (fault == "_exit")
         _exit(3);
     throw std::bad_alloc();
 }
