@@ -9,78 +9,55 @@
 using namespace modFunc;
 using enum HexEditor::Key;
 
-namespace {
-
-// A key and then typed digits, from a caret position; the new position and the changed byte.
-struct Step {
-    const char* name;
-    std::int32_t size, top, row, digit;
-    HexEditor::Key key;
-    const char* typed;
-    int toTop, toRow, toDigit, changed = 70000, byte = 0xA5;
-};
-struct Editor : testing::TestWithParam<Step> {};
-const Step steps[] = {
-    {"LeftInAByte", 8192, 0, 0, 1, Left, "", 0, 0, 0},
-    {"LeftToTheLineAbove", 8192, 0, 1, 0, Left, "", 0, 0, 31},
-    {"LeftAtTheTop", 8192, 0, 0, 0, Left, "", 0, 0, 0},
-    {"LeftScrolls", 8192, 1, 0, 0, Left, "", 0, 0, 0},
-    {"Up", 8192, 0, 1, 3, Up, "", 0, 0, 3},
-    {"UpScrolls", 8192, 1, 0, 5, Up, "", 0, 0, 5},
-    {"RightToTheNextLine", 8192, 0, 14, 31, Right, "", 0, 15, 0},
-    {"RightScrolls", 8192, 0, 15, 31, Right, "", 1, 15, 0},
-    {"RightAtTheEnd", 8192, 496, 15, 31, Right, "", 496, 15, 31},
-    {"RightPastTheBarsRange", 264, 0, 15, 31, Right, "", 0, 15, 31},
-    {"Down", 8192, 0, 14, 30, Down, "", 0, 15, 30},
-    {"DownScrolls", 8192, 0, 15, 30, Down, "", 1, 15, 30},
-    {"DownAtTheEnd", 8192, 496, 15, 0, Down, "", 496, 15, 0},
-    {"DownToTheLastByte", 300, 2, 15, 23, Down, "", 3, 15, 23},
-    {"DownPastTheLastByte", 300, 2, 15, 24, Down, "", 2, 15, 24},
-    {"OtherKey", 8192, 5, 1, 3, Other, "Gg/:@`\b", 5, 1, 3},
-    {"BothDigits", 8192, 2, 1, 2, Other, "aF", 2, 1, 4, 0x31, 0xAF},
-    {"LowDigitScrolls", 8192, 0, 15, 31, Other, "B", 1, 15, 0, 255, 0xAB},
-    {"TypingAtTheEnd", 8192, 496, 15, 31, Other, "12", 496, 15, 31, 8191, 0xA2},
-};
-const auto nameOf = [](const auto& row) { return row.param.name; };
-
-} // namespace
-
 // Of an image of FF with a 0 at byte 256, taken as far as the image reaches.
 TEST(DeviceSize, DecidesChecksumAndLastTopLine) {
     ResetState();
     ClearImage();
     state().BufferData[256] = 0;
-    state().SelectedDevice = 1;
-    const auto expect = [](std::int32_t size, std::int32_t checkSum, std::int32_t lastTopLine) {
-        state().DeviceList[1].Size = size;
+    for (const auto& [size, checkSum, lastTopLine] :
+         {std::tuple(-2147483647, 0, 0), std::tuple(257, 65280, 0),
+          std::tuple(264, 1529, 0), // ties are rounded to even
+          std::tuple(280, 5609, 2), std::tuple(2147483647, 24208, 4080)}) {
+        state().DeviceList[0].Size = size;
         ComputeCheckSum();
         EXPECT_EQ(state().BufferCheckSum, checkSum) << size;
         EXPECT_EQ(LastTopLine(size), lastTopLine) << size;
-    };
-    expect(-2147483647, 0, 0);
-    expect(257, 65280, 0);
-    expect(264, 1529, 0); // ties are rounded to even
-    expect(280, 5609, 2);
-    expect(65536, 65281, 4080);
-    expect(2147483647, 24208, 4080);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(, Editor, testing::ValuesIn(steps), nameOf);
-TEST_P(Editor, FollowsKeysAndDigits) {
-    const Step& step = GetParam();
-    Bytes image(70001, 0xA5), expected = image;
-    expected[step.changed] = static_cast<std::uint8_t>(step.byte);
-    HexEditor editor(step.size, image);
-    editor.Click(4, DigitColumn(7));
-    editor.ScrollTo(step.top);
-    EXPECT_EQ(editor.Address(), step.top * 16) << "the caret is at the top of the page";
-    editor.Click(step.row, DigitColumn(step.digit));
-    editor.Press(step.key);
-    for (const char* typed = step.typed; *typed; ++typed)
-        editor.Type(*typed);
-    EXPECT_EQ(editor.TopLine(), step.toTop);
-    EXPECT_EQ(editor.Row() * 100 + editor.Digit(), step.toRow * 100 + step.toDigit);
+// The caret goes, and the page scrolls, as far as the device's bytes and the bar's range reach.
+TEST(HexEditor, FollowsKeysAndDigits) {
+    using Caret = std::tuple<int, int, int>; // top line, row, digit
+    Bytes image(303, 0xA5), expected = image;
+    HexEditor editor(300, image);
+    const auto after = [&](int top, int row, int digit, std::vector<HexEditor::Key> keys) {
+        editor.ScrollTo(top);
+        editor.Click(row, DigitColumn(digit));
+        for (const HexEditor::Key key : keys)
+            editor.Press(key);
+        return Caret(editor.TopLine(), editor.Row(), editor.Digit());
+    };
+    EXPECT_EQ(after(0, 0, 0, {Left, Up, Other}), Caret(0, 0, 0));
+    EXPECT_EQ(after(0, 1, 0, {Left}), Caret(0, 0, 31));
+    EXPECT_EQ(after(0, 0, 31, {Right, Right, Right, Left, Down, Down, Up}), Caret(0, 2, 1));
+    EXPECT_EQ(after(1, 0, 5, {Up}), Caret(0, 0, 5));
+    EXPECT_EQ(after(1, 0, 0, {Left}), Caret(0, 0, 0));
+    EXPECT_EQ(after(0, 15, 31, {Right}), Caret(1, 15, 0));
+    EXPECT_EQ(after(0, 15, 30, {Down}), Caret(1, 15, 30));
+    EXPECT_EQ(after(2, 15, 23, {Down}), Caret(3, 15, 23));
+    EXPECT_EQ(after(2, 15, 24, {Down}), Caret(2, 15, 24)); // the last line has 12 bytes
+    EXPECT_EQ(after(3, 15, 31, {Right, Down}), Caret(3, 15, 31));
+
+    EXPECT_FALSE(editor.Type('1')); // past the image's end
+    editor.ScrollTo(2);
+    for (const char typed : std::string("Gg/:@`\baF"))
+        editor.Type(typed);
+    EXPECT_TRUE(editor.Type('B'));
+    expected[0x20] = 0xAF;
+    expected[0x21] = 0xB5;
     EXPECT_EQ(image, expected);
+    editor = HexEditor(264, image);
+    EXPECT_EQ(after(0, 15, 31, {Right}), Caret(0, 15, 31));
 }
 
 TEST(HexEditor, TakesAClickOnADigitOnly) {
@@ -105,11 +82,10 @@ TEST(PageText, HasFixedPositions) {
     image[70000] = 0x5A;
     const std::string page = PageText(0xFF, image);
     EXPECT_EQ(page.size(), 1201U);
-    EXPECT_EQ(page.substr(0, 65),
-              "ADDR                       HEX                            ASCII\r\n");
-    EXPECT_EQ(page.substr(65, 71),
-              "0FF0=1F 20 7E 7F 80 00 FF FF FF FF FF FF FF FF FF FF . ~\x7F............\r\n");
-    EXPECT_EQ(page.substr(65 + 71, 8), "1000=FF ");
+    EXPECT_EQ(page.substr(0, 65 + 71 + 8),
+              "ADDR                       HEX                            ASCII\r\n"
+              "0FF0=1F 20 7E 7F 80 00 FF FF FF FF FF FF FF FF FF FF . ~\x7F............\r\n"
+              "1000=FF ");
     EXPECT_EQ(PageText(4375, image).substr(65, 72), // the image ends after its first byte
               "11170=5A FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF Z...............\r\n");
 }

@@ -1,4 +1,3 @@
-#include "app/startup.h"
 #include "files/binary_file.h"
 #include "files/hex_file.h"
 #include "platform/file_error.h"
@@ -6,7 +5,7 @@
 #include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
 
-#include <algorithm>
+#include <numeric>
 #include <sys/stat.h>
 
 using namespace modFunc;
@@ -15,258 +14,176 @@ namespace {
 
 const std::string good = ":0400100001020304E2\r\n";
 const std::string end = ":00000001FF\r\n";
+constexpr char tooLong[] = ": the data reach past the end of the image.";
+
+// An image of FF except for these bytes from an address on.
+Bytes imageWith(int first, const auto& bytes) {
+    Bytes image(70001, 0xFF);
+    std::ranges::copy(bytes, image.begin() + first);
+    return image;
+}
 
 class Files : public RunTest {
 protected:
-    Files() {
-        state().BufferData.assign(70001, 0xFF);
-        vm.panels[4] = "File:";
-    }
-    // The error text of the command without the file name; empty on success.
+    // The report on the file; without one, panel 4 names it. A load goes into an image of FF.
     std::string attempt(void (*command)(), const std::string& path) {
+        const bool load = command == OpenHexFile || command == OpenBinFile;
+        if (load)
+            state().BufferData = imageWith(0, Bytes());
+        viewReopened = 0;
+        vm.panels[4] = "";
         vm.fileName() = path;
+        std::string report = path;
         try {
             command();
+            for (const ShownMessage& message : vm.messages)
+                report += message.title + ": " + message.text;
         } catch (const platform::FileError& error) {
-            const std::string text = error.what();
-            EXPECT_TRUE(text.starts_with(path)) << text;
-            return text.substr(path.size());
+            report = error.what();
         }
-        return "";
+        EXPECT_TRUE(report.starts_with(path)) << report;
+        EXPECT_EQ(vm.panels[4], report == path ? "File: " + path : "");
+        EXPECT_EQ(viewReopened, load && report == path ? 1 : 0);
+        return report.substr(path.size());
     }
     std::string loadText(const std::string& text) {
-        folder.write("a.hex", text);
-        return attempt(OpenHexFile, folder.file("a.hex"));
-    }
-    void expectShown(bool shown) {
-        EXPECT_EQ(vm.panels[4], shown ? "File: " + vm.fileName() : "File:");
-        EXPECT_EQ(viewReopened, shown ? 1 : 0);
+        folder.write("a", text);
+        return attempt(OpenHexFile, file);
     }
 
     TemporaryFolder folder;
+    const std::string file = folder.file("a");
+    const Bytes& loaded = state().BufferData;
 };
 
 struct Text {
     const char* name;
     std::string text;
-    std::string image;        // expected bytes from address 0x10 on; the rest is FF
-    const char* failure = ""; // the text of a message box, or the end of an error text
-    int fileAddress = 0;
-    int bufferAddress = 0;
+    Bytes stored; // from address 0x10 on
+    std::string report = "";
 };
 
-std::string emptyRecords(int count) {
-    std::string records;
-    for (int i = 0; i < count; ++i)
-        records += ":0000000000\n";
-    return records;
-}
-
-const char wrongSum[] = "Checksum Error in hex file!";
-const char noEnd[] = "No end record in hex file!";
-const char noAddress[] = ": the address is not a hexadecimal number.";
-const char tooLong[] = ", record 1: the data reach past the end of the image.";
-
 const Text texts[] = {
-    {"Data", good + end, "01 02 03 04"},
-    {"LaterRecordsWin", good + ":02001000aabb89\n" + end, "AA BB 03 04"},
-    {"AnyOtherTypeEnds", good + ":00000005FB\r\nnot a record", "01 02 03 04"},
-    {"OddForms", "x0100100001EE\n:00FFFF0002\r  ?00000001FF", "01"},
-    {"Offsets", good + end, "FF FF FF FF FF FF 03 04", "", 0x12, 4},
-    {"GreatestOffsets", good + end, "", "", 2147483647, 2147483647},
-    {"LastByte", ":01FFFF00AA57\n" + end, "", "", 0, 70000 - 0xFFFF},
-    {"PastTheImage", good + end, "", tooLong, 0, 70001 - 0x10},
-    {"Records10000", emptyRecords(9998) + good + end, "01 02 03 04"},
-    {"Records10001", emptyRecords(10000) + end, "", ": the file has more than 10000 records."},
-    {"RecordOf51Bytes", ":33001000" + std::string(102, '0') + "BD\n" + end,
-     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-     "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"},
-    {"RecordOf52Bytes", ":34001000" + std::string(104, '0') + "BC\n" + end, "",
-     ", record 1: the record has more than 51 data bytes."},
-    {"WrongCheckSum", good + ":0400100001020304E3\r\n" + end, "", wrongSum},
-    {"WrongData", good + ":0400100001020305E2\r\n" + end, "", wrongSum},
-    {"NoEndRecord", good, "", noEnd},
-    {"Empty", "", "", noEnd},
-    {"EmptyLine", good + "\r\n" + end, "", noAddress},
-    {"Address", ":04XY100001020304E2", "", noAddress},
-    {"OpenQuote", good + "\"open\n", "", "quote on the same line but finds \"open\"."},
+    {"LaterRecordsWin", good + ":02001000aabb89\n" + end, {0xAA, 0xBB, 3, 4}},
+    {"AnyOtherTypeEnds", good + ":00000005FB\r\nnot a record", {1, 2, 3, 4}},
+    {"OddForms", "x0100100001EE\n:00FFFF0002\r  ?00000001FF", {1}},
+    {"WrongSum", good + ":0000000001\n", {}, "File Load Error: Checksum Error in hex file!"},
+    {"NoEndRecord", good, {}, "File Load Error: No end record in hex file!"},
+    {"EmptyLine", good + "\n", {}, ", record 2: the address is not a hexadecimal number."},
+    {"52Bytes", ":34001000", {}, ", record 1: the record has more than 51 data bytes."},
 };
 
 class HexFile : public Files, public testing::WithParamInterface<Text> {};
 
-struct BinaryLoad {
-    const char* name;
-    int length; // of the file
-    std::int32_t fileAddress, bufferAddress;
-    int first, count; // range of the bytes stored
-    bool succeeds;
-};
-const BinaryLoad binaryLoads[] = {
-    {"Whole", 300, 0, 0, 0, 300, true},
-    {"Offsets", 300, 16, 4096, 4112, 284, true},
-    {"PastItsEnd", 300, 2147483647, 2147483647, 0, 0, true},
-    {"Empty", 0, 0, 0, 0, 0, true},
-    {"AsLongAsTheImage", 70001, 0, 0, 0, 70001, true},
-    {"LongerThanTheImage", 70002, 0, 0, 0, 70001, false},
-    {"OverTheEndOfTheImage", 300, 0, 69702, 69702, 299, false},
-    {"PastTheImage", 300, 0, 70001, 0, 0, false},
-};
-
-class BinaryFile : public Files, public testing::WithParamInterface<BinaryLoad> {};
-
 } // namespace
 
 TEST_P(HexFile, IsLoadedOrChangesNothing) {
-    state().FileAddress = GetParam().fileAddress;
-    state().BufferAddress = GetParam().bufferAddress;
-    std::string failure = loadText(GetParam().text);
-    if (!vm.messages.empty()) {
-        EXPECT_EQ(vm.messages.at(0).title, "File Load Error");
-        failure = vm.messages.at(0).text;
-    }
-    EXPECT_TRUE(GetParam().failure[0] ? failure.ends_with(GetParam().failure) : failure.empty())
-        << failure;
-    const Bytes& image = state().BufferData;
-    const auto length = std::ptrdiff_t(GetParam().image.size() + 1) / 3;
-    EXPECT_EQ(hexText({image.begin() + 0x10, image.begin() + 0x10 + length}), GetParam().image);
-    const auto other = std::ranges::count_if(image, [](int byte) { return byte != 0xFF; });
-    const bool last = GetParam().name == std::string("LastByte");
-    EXPECT_EQ(image[70000], last ? 0xAA : 0xFF);
-    EXPECT_EQ(other, last ? 1 : length - std::ranges::count(GetParam().image, 'F') / 2);
-    expectShown(failure.empty());
+    EXPECT_EQ(loadText(GetParam().text), GetParam().report);
+    EXPECT_EQ(loaded, imageWith(0x10, GetParam().stored));
 }
 
 INSTANTIATE_TEST_SUITE_P(, HexFile, testing::ValuesIn(texts), rowName);
 
-TEST_F(Files, ATargetPastTheImageStopsThereAndKeepsWhatWasPlaced) {
-    state().BufferAddress = 70000 - 0x12;
-    EXPECT_EQ(loadText(good + end), tooLong);
-    EXPECT_EQ(hexText({state().BufferData.end() - 4, state().BufferData.end()}), "FF 01 02 03");
+TEST_F(Files, AHexFileHasAtMost10000Records) {
+    std::string text = good;
+    for (int record = 3; record <= 10000; ++record)
+        text += ":0000000000\n";
+    EXPECT_EQ(loadText(text + end), "");
+    EXPECT_EQ(loadText(text + good + end), ": the file has more than 10000 records.");
 }
 
-// Load and save, in both formats.
-TEST_F(Files, RealImagesLoadToTheirBytesAndAreSavedAsTheyWereLoaded) {
-    for (const std::string name : {"firmware", "full64k", "mixed"}) {
-        const std::string path = TEST_FILES "/images/" + name;
-        state().BufferData.assign(70001, 0xFF);
-        viewReopened = 0;
-        ASSERT_EQ(attempt(OpenHexFile, path + ".hex"), "");
-        expectShown(true);
-        const std::string bytes = TemporaryFolder::readFile(path + ".bin");
-        ASSERT_GT(bytes.size(), 4000U);
-        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), state().BufferData.begin(),
-                               [](char a, int b) { return std::uint8_t(a) == b; }));
-        device(1, static_cast<int>(bytes.size()));
-        EXPECT_EQ(attempt(SaveBinFile, folder.file(name)), "");
-        EXPECT_EQ(folder.read(name), bytes);
+TEST_F(Files, HexOffsetsSelectAndMoveBytesUpToTheEndOfTheImage) {
+    state().FileAddress = 0x12;
+    state().BufferAddress = 4;
+    EXPECT_EQ(loadText(good + end), "");
+    EXPECT_EQ(loaded, imageWith(0x16, Bytes{3, 4}));
+    for (const int offset : {70000 - 0x12, INT32_MAX}) {
+        state().BufferAddress = offset;
+        EXPECT_EQ(loadText(good + end), std::string(", record 1") + tooLong);
+        EXPECT_EQ(loaded, imageWith(70000, Bytes(offset == INT32_MAX ? 0 : 1, 3)));
     }
-    device(1, 65536);
-    EXPECT_EQ(attempt(OpenHexFile, TEST_FILES "/images/full64k.hex"), "");
-    EXPECT_EQ(attempt(SaveHexFile, folder.file("a.hex")), "");
-    std::string text = folder.read("a.hex");
-    std::erase(text, '\r');
-    EXPECT_EQ(text, TemporaryFolder::readFile(TEST_FILES "/images/full64k.hex"));
 }
 
 // A pipe would block the program, and a disk image would fill the memory.
-TEST_F(Files, EveryReaderRejectsPipesAndLargeFilesAndTextsMustExist) {
-    state().AppPath = folder.path();
-    for (const auto& [read, name] :
-         {std::pair(&ReadSettings, "quorven.cfg"), std::pair(&ReadDeviceList, "quorven.dev"),
-          std::pair(&ReadAutoFile, "auto.cfg"), std::pair(&OpenHexFile, "a.hex"),
-          std::pair(&OpenBinFile, "a.bin")}) {
-        const std::string path = folder.file(name);
-        const bool text = read != &OpenBinFile;
-        if (text) {
-            EXPECT_EQ(attempt(read, path),
-                      ": the file cannot be opened: No such file or directory.");
-        }
-        mkfifo(path.c_str(), 0600);
-        EXPECT_EQ(attempt(read, path), ": it is not a regular file.");
-        folder.remove(name);
-        folder.write(name, "");
-        std::filesystem::resize_file(path, 1 << 30);
-        EXPECT_EQ(attempt(read, path),
-                  text ? ": the file is larger than 16 MiB and not one of this program."
-                       : ": the data reach past the end of the image.");
+TEST_F(Files, ReadersRejectPipesAndLargeFilesAndATextMustExist) {
+    EXPECT_EQ(attempt(OpenHexFile, file),
+              ": the file cannot be opened: No such file or directory.");
+    mkfifo(file.c_str(), 0600);
+    for (const auto& command : {OpenHexFile, OpenBinFile})
+        EXPECT_EQ(attempt(command, file), ": it is not a regular file.");
+    folder.remove("a");
+    folder.write("a", "");
+    std::filesystem::resize_file(file, (16 << 20) + 1);
+    EXPECT_EQ(attempt(OpenHexFile, file),
+              ": the file is larger than 16 MiB and not one of this program.");
+    EXPECT_EQ(attempt(OpenBinFile, file), tooLong);
+}
+
+TEST_F(Files, ABinaryFileIsPlacedByItsOffsets) {
+    std::string contents(300, 'A');
+    std::iota(contents.begin(), contents.end(), 0);
+    folder.write("a", contents);
+    for (const auto& [fileAddress, bufferAddress, first, count] :
+         {std::tuple(16, 4096, 4112, 284), std::tuple(INT32_MAX, INT32_MAX, 0, 0),
+          std::tuple(0, 69701, 69701, 300), std::tuple(0, 69702, 69702, 299)}) {
+        state().FileAddress = fileAddress;
+        state().BufferAddress = bufferAddress;
+        EXPECT_EQ(attempt(OpenBinFile, file), count == 299 ? tooLong : "");
+        EXPECT_EQ(loaded, imageWith(first, contents.substr(fileAddress == 16 ? 16 : 0, count)));
     }
 }
 
-TEST_P(BinaryFile, IsPlacedByItsOffset) {
-    const BinaryLoad& row = GetParam();
-    state().FileAddress = row.fileAddress;
-    state().BufferAddress = row.bufferAddress;
-    std::string contents;
-    for (int i = 0; i < row.length; ++i)
-        contents += char(i % 251);
-    folder.write("a.bin", contents);
-    EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")).empty(), row.succeeds);
-    Bytes expected(70001, 0xFF);
-    for (int i = 0; i < row.count; ++i)
-        expected[std::size_t(row.first + i)] = std::uint8_t((row.fileAddress + i) % 251);
-    EXPECT_EQ(state().BufferData, expected);
-    expectShown(row.succeeds);
+TEST_F(Files, ABinaryLoadCreatesTheFileAndReadsOneThatIsReadOnly) {
+    EXPECT_EQ(attempt(OpenBinFile, file), "");
+    EXPECT_EQ(folder.names(), std::set<std::string>{"a"});
+    EXPECT_EQ(attempt(OpenBinFile, folder.file("none/a")),
+              ": the file cannot be opened: No such file or directory.");
+    const OrdinaryUser user;
+    EXPECT_EQ(attempt(OpenBinFile, "/etc/passwd"), "");
+    EXPECT_NE(loaded[0], 0xFF);
 }
 
-INSTANTIATE_TEST_SUITE_P(, BinaryFile, testing::ValuesIn(binaryLoads), rowName);
-
-TEST_F(Files, ABinaryLoadCreatesTheFileAndReadsOneThatIsReadOnly) {
-    EXPECT_EQ(attempt(OpenBinFile, folder.file("new.bin")), "");
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"new.bin"});
-    EXPECT_NE(attempt(OpenBinFile, folder.file("none/new.bin")), "");
-
-    folder.write("a.bin", "A");
-    chmod(folder.path().c_str(), 0755);
-    chmod(folder.file("a.bin").c_str(), 0444);
-    const OrdinaryUser user;
-    EXPECT_EQ(attempt(OpenBinFile, folder.file("a.bin")), "");
-    EXPECT_EQ(state().BufferData[0], 'A');
+TEST_F(Files, RealImagesLoadToTheirBytes) {
+    for (const std::string name : {"firmware", "mixed", "full64k"}) {
+        const std::string path = TEST_FILES "/images/" + name;
+        EXPECT_EQ(attempt(OpenHexFile, path + ".hex"), "");
+        EXPECT_EQ(loaded, imageWith(0, TemporaryFolder::readFile(path + ".bin"))) << name;
+    }
 }
 
 TEST_F(Files, AHexSaveHasRecordsOfSixteenAndABinarySaveKeepsTheTailOfALongerFile) {
-    device(1, 40);
-    for (int i = 0; i < 16; ++i)
-        state().BufferData[std::size_t(16 + i)] = std::uint8_t(i * 17);
+    device(1, 0x118);
+    state().BufferData = imageWith(0x100, Bytes{0x12, 0x34});
     state().FileAddress = state().BufferAddress = 5; // no effect on saving
-    EXPECT_EQ(attempt(SaveHexFile, folder.file("a.hex")), "");
-    const std::string blank = std::string(32, 'F');
-    EXPECT_EQ(folder.read("a.hex"), ":10000000" + blank + "00\r\n" +
-                                        ":1000100000112233445566778899AABBCCDDEEFFE8\r\n" +
-                                        ":10002000" + blank + "E0\r\n:00000001FF\r\n");
-    EXPECT_EQ(vm.panels[4], "File: " + folder.file("a.hex"));
-    folder.write("a.bin", std::string(64, 'x'));
-    EXPECT_EQ(attempt(SaveBinFile, folder.file("a.bin")), "");
-    EXPECT_EQ(folder.read("a.bin").substr(32), std::string(8, '\xFF') + std::string(24, 'x'));
-    EXPECT_EQ(vm.panels[4], "File: " + folder.file("a.bin"));
-    EXPECT_EQ(viewReopened, 0);
+    folder.write("a", std::string(0x120, 'x'));
+    EXPECT_EQ(attempt(SaveBinFile, file), "");
+    EXPECT_EQ(folder.read("a"),
+              std::string(0x100, '\xFF') + "\x12\x34" + std::string(0x16, '\xFF') + "xxxxxxxx");
+    EXPECT_EQ(attempt(SaveHexFile, file), "");
+    EXPECT_EQ(folder.read("a").substr(15 * 45),
+              ":1000F000FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF10\r\n"
+              ":100100001234FFFFFFFFFFFFFFFFFFFFFFFFFFFFB7\r\n"
+              ":10011000FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFEF\r\n:00000001FF\r\n");
 }
 
 TEST_F(Files, ASaveThatFailsReportsItAndOnlyABinaryFileMayBeLeftShort) {
-    device(1, 64);
-    state().AppPath = folder.path();
-    for (const auto& [save, name] :
-         {std::pair(&SaveHexFile, "a.hex"), std::pair(&WriteAutoFile, "auto.cfg"),
-          std::pair(&WriteSettings, "quorven.cfg"), std::pair(&SaveBinFile, "a.bin")}) {
-        folder.write(name, "as before");
-        {
-            const FullDisk disk(2);
-            EXPECT_EQ(attempt(save, folder.file(name)),
-                      ": the file cannot be written: File too large.");
-        }
-        EXPECT_EQ(folder.read(name) == "as before", save != &SaveBinFile) << name;
-        EXPECT_EQ(vm.panels[4], "File:");
+    for (const int size : {64, 8192}) {
+        device(1, size);
+        folder.write("a", "as before");
+        const FullDisk disk(2);
+        EXPECT_EQ(attempt(SaveHexFile, file), ": the file cannot be written: File too large.");
+        EXPECT_EQ(folder.read("a"), "as before");
+        EXPECT_EQ(attempt(SaveBinFile, file), ": the file cannot be written: File too large.");
     }
-    for (const auto& [size, failure] :
+    for (const auto& [size, report] :
          {std::pair(70001, ""), std::pair(70002, ": the device is larger than the image.")}) {
         device(1, size);
-        EXPECT_EQ(attempt(SaveHexFile, folder.file("a.hex")), failure);
-        EXPECT_EQ(attempt(SaveBinFile, folder.file("a.bin")), failure);
+        EXPECT_EQ(attempt(SaveHexFile, file), report);
+        EXPECT_EQ(attempt(SaveBinFile, file), report);
     }
 }
 
 TEST(HexFileName, TheLastThreeLettersProposeTheType) {
-    for (const char* name : {"a.hex", "A.HEX", "hex", "xhex"})
-        EXPECT_TRUE(LooksLikeHexFile(name)) << name;
-    for (const char* name : {"a.Hex", "a.bin", "ex", "", "a.hex.bin"})
-        EXPECT_FALSE(LooksLikeHexFile(name)) << name;
+    EXPECT_TRUE(LooksLikeHexFile("a.hex") && LooksLikeHexFile("A.HEX"));
+    EXPECT_FALSE(LooksLikeHexFile("a.Hex") || LooksLikeHexFile("a.bin"));
 }
