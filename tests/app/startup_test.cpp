@@ -1,12 +1,8 @@
 #include "app/startup.h"
 
-#include "app/state.h"
 #include "platform/file_error.h"
+#include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
-
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <map>
 
 using namespace modFunc;
 using namespace std::string_literals;
@@ -29,18 +25,15 @@ protected:
 };
 
 struct Damage {
-    const char* name;
-    const char* file;
+    const char *name, *file;
     std::string contents;
-    const char* position; // after the file's name
-    const char* cause;    // at the end
+    const char *position, *cause; // after the file's name and at the end
 };
 constexpr char cfg[] = "quorven.cfg", dev[] = "quorven.dev";
 
 const Damage damages[] = {
     {"EmptyLine", cfg, "3\r\n\r\n1\na\nb\n", ", line 2, item 2 (device count)", "an empty line."},
     {"EmptyItem", dev, "a,b,c\n,4096,0,0", ", line 2, item 4 (row 1, family)", "an empty item."},
-    {"LastItemEmpty", dev, "a,b,c,\n", ", line 1, item 4 (row 1, family)", "an empty item."},
     {"Utf16", cfg, "\xFF\xFE\x35\0\r\0\n\0"s, ", line 1, item 1", "the file is not plain text."},
     {"ZeroByteInText", cfg, "3\n2\n1\n1\0\nb"s, ", line 4, item 4", "the file is not plain text."},
     {"CountAbove50", cfg, "3\n51\n1\na\nb", ", line 2, item 2", "from 0 to 50 but finds \"51\"."},
@@ -96,8 +89,7 @@ TEST_P(DamagedFile, IsReportedWithPositionAndCause) {
     EXPECT_TRUE(text.ends_with(GetParam().cause)) << text;
 }
 
-INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(damages),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(damages), rowName);
 
 // A row outside its limits is a chip that cannot be programmed.
 TEST_F(StartUp, ShippedFilesOfferEveryFamilyTwiceAndNoDeviceOutsideItsLimits) {
@@ -107,14 +99,12 @@ TEST_F(StartUp, ShippedFilesOfferEveryFamilyTwiceAndNoDeviceOutsideItsLimits) {
     EXPECT_EQ(std::ranges::count(list, '\n'), s.DeviceCount);
     std::map<int, int> devices; // of each family
     for (int row = 1; row <= s.DeviceCount; ++row) {
-        const DeviceRec& device = s.DeviceList.at(std::size_t(row));
-        ++devices[device.Family];
-        const int page = device.PageSize;
-        EXPECT_TRUE(device.Size > 0 && device.Size <= 65536 && device.Size % 256 == 0)
-            << device.Name;
-        EXPECT_TRUE(device.Family / 10 == 2 ? page > 0 && page <= 128 && 256 % page == 0
-                                            : page == 0)
-            << device.Name;
+        const DeviceRec& d = s.DeviceList.at(std::size_t(row));
+        const int page = d.PageSize;
+        ++devices[d.Family];
+        EXPECT_TRUE(d.Size > 0 && d.Size <= 65536 && d.Size % 256 == 0) << row;
+        EXPECT_TRUE(d.Family / 10 == 2 ? page > 0 && page <= 128 && 256 % page == 0 : page == 0)
+            << row;
     }
     for (int family = 0; family <= lastFamily; ++family) {
         const bool filled = s.FamilyTable.at(std::size_t(family)).ClassByte != 0;

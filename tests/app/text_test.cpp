@@ -6,11 +6,6 @@
 
 using namespace modFunc;
 
-TEST(HexText, FillsToFourDigitsAndNeverTruncates) {
-    EXPECT_EQ(HexByte(0x0A) + HexWord(0) + HexWord(65536) + HexWord(-1), "0A000010000FFFFFFFF");
-    EXPECT_EQ(HexDigits(0) + " " + HexDigits(8192), "0 2000");
-}
-
 TEST(HexText, ReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumberOrIsStrict) {
     for (const auto& [text, number] :
          {std::pair("12G4", 0x12), std::pair("", 0), std::pair("7FFFFFFF", INT32_MAX),

