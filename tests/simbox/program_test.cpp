@@ -1,12 +1,9 @@
 // simbox as a program: its options, its files, its exit status.
-#include "simbox/command_line.h"
 #include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
 
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 using namespace std::string_literals;
 
@@ -22,7 +19,12 @@ struct ProgramRun {
 const ProgramRun runs[] = {
     {"Help", "--help", 0, {"\n  --baud N         speed", "\n  pull@F           the cable"}},
     {"ValueMissing", "--help --fill", 2, {"simbox: --fill: value missing"}},
-    {"WrongValue", "--baud 0", 2, {R"(simbox: --baud "0": a number from 1 to 4000000 expected)"}},
+    {"UnknownOption", "--fil", 2, {R"(simbox: unknown option "--fil")"}},
+    {"NoPath", "--link ''", 2, {R"(--link "": a path expected)"}},
+    {"BaudTooGreat", "--baud 4000001", 2, {"a number from 1 to 4000000 expected"}},
+    {"FillTooGreat", "--fill 100", 2, {"a byte in hexadecimal expected"}},
+    {"Firmware11", "--firmware 12345678901", 2, {"12 characters expected"}},
+    {"Baud0", "--baud 0", 2, {R"(simbox: --baud "0": a number from 1 to 4000000 expected)"}},
     {"WrongFault", "--fault short@1", 2, {R"(":" and a count of bytes, 0 to 65536 expected)"}},
     {"TraceNotWritable", "--trace none/t", 1, {"simbox: cannot write none/t\n"}},
     {"ChipNotWritable", "--chip none/c", 1, {"simbox: cannot write none/c.tmp: No such file"}},
@@ -78,17 +80,9 @@ TEST_P(Program, EndsWithItsStatus) {
 
 INSTANTIATE_TEST_SUITE_P(, Program, testing::ValuesIn(runs), rowName);
 
-TEST(CommandLine, AcceptsWholeValuesOnly) {
-    const auto accepts = [](std::string_view text) { // an option, a blank and its value
-        const std::size_t end = text.find(' ');
-        const std::vector arguments{text.substr(0, end), text.substr(end + 1)};
-        return std::holds_alternative<simbox::Settings>(simbox::ParseCommandLine(arguments));
-    };
+TEST(FaultTexts, AreRejectedUnlessTheirTextIsComplete) {
     for (const char* wrong :
-         {"--fil 8", "--link ", "--baud 4000001", "--write-time 5ms", "--fill 100",
-          "--firmware 12345678901", "--fault quiet@1", "--fault silent@W0", "--fault silent:1",
-          "--fault short@1", "--fault late@1:5", "--fault status@1:450",
-          "--fault status@1:", "--fault lie:123", "--fault pull@2:3"})
-        EXPECT_FALSE(accepts(wrong)) << wrong;
-    EXPECT_TRUE(accepts("--baud 4000000"));
+         {"quiet@1", "silent@W0", "silent:1", "long@1:65537", "late@1:5", "late@1:3600001ms",
+          "status@1:450", "status@1:", "lie:123", "pull@2:3"})
+        EXPECT_TRUE(std::holds_alternative<std::string>(simbox::ParseFault(wrong))) << wrong;
 }
