@@ -14,9 +14,8 @@ protected:
     StartUp() {
         std::filesystem::current_path(folder.path());
         folder.write("quorven.cfg", "3\r\n2\r\n50\r\n\"1.0, beta\"\r\n24/07/2012\r\n");
-        folder.write(
-            "quorven.dev",
-            "\"DIP40, 4K\",\"a\",b,1,4096,7,-1,9\nsecond\n,\n20,65536,64,0,0,x,\"not read");
+        folder.write("quorven.dev",
+                     "\"A, 4K\",\"a\",b,1,4096,7,-1,9\nsecond\n,\n20,65536,64,0,0,x,\"not read");
         folder.write("auto.cfg", "2\r\n0\r\n5\r\n");
     }
     ~StartUp() override { std::filesystem::current_path("/"); }
@@ -58,7 +57,7 @@ class DamagedFile : public StartUp, public testing::WithParamInterface<Damage> {
 TEST_F(StartUp, ReadsTheDeviceListAsFarAsTheSettingsSayAndWritesSettingsAndAutoFile) {
     Main();
     const DeviceRec& first = s.DeviceList[1];
-    EXPECT_EQ(first.Name + "|" + first.Text2 + "|" + first.Text3, "DIP40, 4K|a|b");
+    EXPECT_EQ(first.Name + "|" + first.Text2 + "|" + first.Text3, "A, 4K|a|b");
     EXPECT_EQ(std::tuple(first.Family, first.Size, first.PageSize, first.Value7, first.Value8),
               std::tuple(1, 4096, 7, -1, 9));
     EXPECT_EQ(s.DeviceList[2].Name + s.DeviceList[2].Text3, "second");
