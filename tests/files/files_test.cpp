@@ -24,7 +24,8 @@ Bytes imageWith(int first, const auto& bytes) {
 
 class Files : public RunTest {
 protected:
-    // The report on the file; without one, panel 4 names it. A load goes into an image of FF.
+    // Runs a command on a file. Returns what is reported after the file's name, nothing on success.
+    // A load starts from an image of FF.
     std::string attempt(void (*command)(), const std::string& path) {
         const bool load = command == OpenHexFile || command == OpenBinFile;
         if (load)
