@@ -62,11 +62,11 @@ TEST_F(StartUp, ReadsTheDeviceListAsFarAsTheSettingsSayAndWritesSettingsAndAutoF
               std::tuple(1, 4096, 7, -1, 9));
     EXPECT_EQ(s.DeviceList[2].Name + s.DeviceList[2].Text3, "second");
     EXPECT_EQ(s.DeviceList[2].Size, 65536);
-    s.AutoList[2] = 3;
+    s.AutoList[1] = 3;
     WriteSettings();
     WriteAutoFile();
     EXPECT_EQ(folder.read("quorven.cfg"), "3\r\n2\r\n50\r\n\"1.0, beta\"\r\n\"24/07/2012\"\r\n");
-    EXPECT_EQ(folder.read("auto.cfg"), "2\r\n0\r\n3\r\n");
+    EXPECT_EQ(folder.read("auto.cfg"), "2\r\n3\r\n5\r\n");
 }
 
 TEST_P(DamagedFile, IsReportedWithPositionAndCause) {

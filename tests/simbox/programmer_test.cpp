@@ -45,7 +45,7 @@ struct Moment {
 
 const Moment moments[] = {
     {"Released", {}, {I, S0, S1, S3, S4, T2, V, V0}},
-    {"Class1Off", {S1}, {D256, I, S0, S1, S3, S4, T2, V, V0}},
+    {"Class1Off", {V, S1, V0}, {D256, I, S0, S1, S3, S4, T2, V, V0}},
     {"Class1", {V, S1}, {D256, E, I, L, R, S0, S1, S3, S4, T2, V, V0}},
     {"Class1Loaded", {V, S1, D256}, {I, S0, V0}},
     {"Class1LockStep", {V, S1, L}, {D256, E, I, R, S0, S1, S3, S4, T2, V, V0}},
