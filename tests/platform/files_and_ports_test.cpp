@@ -4,7 +4,9 @@
 #include "tests/support/limits.h"
 #include "tests/support/temporary_folder.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace fs = std::filesystem;
 
@@ -41,7 +43,32 @@ protected:
     TemporaryFolder folder;
 };
 
+std::string_view failing; // one of the calls below
+
 } // namespace
+
+// In place of the system's, for everything in this program.
+extern "C" int fsync(int) {
+    return failing == "fsync" ? errno = EIO, -1 : 0;
+}
+extern "C" int rename(const char* from, const char* to) noexcept {
+    return failing == "rename" ? errno = EIO, -1 : renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+extern "C" int close(int file) {
+    const auto result = static_cast<int>(syscall(SYS_close, file));
+    return failing == "close" ? errno = EIO, -1 : result;
+}
+
+TEST_F(ReplaceFile, ReportsACallThatFails) {
+    file("file", 0666);
+    for (const char* call : {"fsync", "rename", "close"}) {
+        failing = call;
+        EXPECT_EQ(attempt(shortText), failing == "rename"
+                                          ? "the file cannot be replaced: Input/output error."
+                                          : "the file cannot be written: Input/output error.");
+        failing = "";
+    }
+}
 
 TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
     file("file", 0640);
