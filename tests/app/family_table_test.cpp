@@ -1,92 +1,79 @@
-// Every byte of the family table: one wrong byte can destroy a chip.
+// Every byte of the family table and what depends on a family's number: one wrong byte can destroy
+// a chip.
 #include "app/family_traits.h"
 #include "tests/support/run_fixture.h"
 
-#include <algorithm>
-#include <cstring>
+#include <bit>
 
 using namespace modFunc;
 
 namespace {
 
-// The filled rows of the family table: their bytes, in blocks of function bytes and the last five,
-// and the command codes that Erase and Lock send.
-struct Row {
-    std::size_t family;
-    const char* erase;
-    const char* lock;
-    std::string lastBytes;
-    std::string functionBytes = ""; // from offset 0 on; the rest are 00
+using Families = RunTest;
+
+// The filled rows: their ten groups, "-" for one of zeros, and the last five bytes.
+const std::map<int, std::string> rows = {
+    {1, " 00FAC00000040C0032 00F8C0000000050032 00FBC0FF00000C0032 00FB00FF0000000000"
+        " 00F940FF0000000000- 00F9000000000C0032 00F800000000050032-- A03F080101"},
+    {2,
+     " 00FAC80000000C0032 00F8C0000000050032 00FBC8FF00000C0032 00FB08FF0000000000"
+     " 00F948FF0000000000 00FB40000000050032 00F9080000000C0032 00F800000000050032-- 8037080201"},
+    {3, " 00FAC00000040C0032 00F8C0000000050032 00FBC0FF00000C0032 00FB00FF0000000000"
+        " 00F940FF0000000000- 00F9080000000C0032 00F800000000050032-- 803F080201"},
+    {4,
+     " 00FAC80000000C0032 00F8C0000000050032 00FBC8FF00000C0041 00FB08FF0000000000"
+     " 00F948FF0000000000 00FB40000000050032 00F9080000000C0041 00F800000000050032-- 8027040201"},
+    {5, " 00FAC00000040C0032 00F8C00000000C0032 00F9400000000C0032 00F940000000000000"
+        " 00F940000000000000- 00F9000000000C0032 00F800000000050032-- A03F080201"},
+    {10, " 000E00000000000532 000C00000000000532 000F00000000000532 000300000000000532"
+         "-- 000100000000000532 000000000000000532-- 0000080002"},
+    {20, "---------- 0000140003"},
+    {21, "---------- 0000150003"},
+    {30, "---------- 0000070004"},
+    {31, "---------- 0000080004"},
+    {32, "---------- 0000090004"},
 };
 
-const Row rows[] = {
-    {1, "VSEEVS", "VSLSLSLVSLSLSLVS", "A0 3F 08 01 01",
-     "00 FA C0 00 00 04 0C 00 32 00 F8 C0 00 00 00 05 00 32 00 FB C0 FF 00 00 0C 00 32 "
-     "00 FB 00 FF 00 00 00 00 00 00 F9 40 FF 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-     "00 F9 00 00 00 00 0C 00 32 00 F8 00 00 00 00 05 00 32 00 00 00 00 00 00 00 00 00"},
-    {2, "VSEEVS", "VSLSLSLVSLSLSLVSLSLSLVS", "80 37 08 02 01",
-     "00 FA C8 00 00 00 0C 00 32 00 F8 C0 00 00 00 05 00 32 00 FB C8 FF 00 00 0C 00 32 "
-     "00 FB 08 FF 00 00 00 00 00 00 F9 48 FF 00 00 00 00 00 00 FB 40 00 00 00 05 00 32 "
-     "00 F9 08 00 00 00 0C 00 32 00 F8 00 00 00 00 05 00 32 00 00 00 00 00 00 00 00 00"},
-    {3, "VSEEVS", "VSLSLSLVSLSLSLVS", "80 3F 08 02 01",
-     "00 FA C0 00 00 04 0C 00 32 00 F8 C0 00 00 00 05 00 32 00 FB C0 FF 00 00 0C 00 32 "
-     "00 FB 00 FF 00 00 00 00 00 00 F9 40 FF 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-     "00 F9 08 00 00 00 0C 00 32 00 F8 00 00 00 00 05 00 32 00 00 00 00 00 00 00 00 00"},
-    {4, "VSEEVSVSEEVS", "VSLSLSLVSLSLSLVSLSLSLVS", "80 27 04 02 01",
-     "00 FA C8 00 00 00 0C 00 32 00 F8 C0 00 00 00 05 00 32 00 FB C8 FF 00 00 0C 00 41 "
-     "00 FB 08 FF 00 00 00 00 00 00 F9 48 FF 00 00 00 00 00 00 FB 40 00 00 00 05 00 32 "
-     "00 F9 08 00 00 00 0C 00 41 00 F8 00 00 00 00 05 00 32 00 00 00 00 00 00 00 00 00"},
-    {5, "VSEEVS", "VSLSLSLVSLSLSLVS", "A0 3F 08 02 01",
-     "00 FA C0 00 00 04 0C 00 32 00 F8 C0 00 00 00 0C 00 32 00 F9 40 00 00 00 0C 00 32 "
-     "00 F9 40 00 00 00 00 00 00 00 F9 40 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-     "00 F9 00 00 00 00 0C 00 32 00 F8 00 00 00 00 05 00 32 00 00 00 00 00 00 00 00 00"},
-    {10, "VSEEVS", "VSLSLSLVSLSLSLVS", "00 00 08 00 02",
-     "00 0E 00 00 00 00 00 05 32 00 0C 00 00 00 00 00 05 32 00 0F 00 00 00 00 00 05 32 "
-     "00 03 00 00 00 00 00 05 32 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-     "00 01 00 00 00 00 00 05 32 00 00 00 00 00 00 00 05 32 00 00 00 00 00 00 00 00 00"},
-    {20, "VS", "VS", "00 00 14 00 03"},
-    {21, "VS", "VS", "00 00 15 00 03"},
-    {30, "SEVS", "VS", "00 00 07 00 04"},
-    {31, "SEVS", "VS", "00 00 08 00 04"},
-    {32, "SEVS", "VS", "00 00 09 00 04"},
-};
-
-class Families : public RunTest {
-protected:
-    std::string commandCodesOf(FunctionCode function, std::size_t family) {
-        programmer();
-        device(static_cast<int>(family), 256, 128);
-        run(function);
-        std::string codes;
-        for (const simbox::Frame& frame : frames())
-            codes += frame.commandCode;
-        return codes;
+std::string rowText(const FamilyRec& family) {
+    const auto bytes = std::bit_cast<std::array<std::uint8_t, 95>>(family);
+    std::string text;
+    for (std::size_t at = 0; at < bytes.size(); at += 9) {
+        std::string group;
+        for (std::size_t i = at; i < std::min(at + 9, bytes.size()); ++i)
+            group += simbox::HexText(bytes[i], 2);
+        text += group.find_first_not_of('0') == std::string::npos ? "-" : " " + group;
     }
+    return text;
+}
+
+// The outline, and the command codes that Erase and Lock send; each for the families up to its
+// number.
+const std::string lock2 = " VSLSLSLVSLSLSLVS", lock3 = " VSLSLSLVSLSLSLVSLSLSLVS";
+const std::map<int, std::string> paths = {
+    {1, "Long VSEEVS" + lock2}, {2, "Long VSEEVS" + lock3},
+    {3, "Long VSEEVS" + lock2}, {4, "Long VSEEVSVSEEVS" + lock3},
+    {9, "Long VSEEVS" + lock2}, {19, "Middle VSEEVS" + lock2},
+    {29, "Short VS VS"},        {39, "Short SEVS VS"},
+    {50, "Short VS VS"},
 };
 
 } // namespace
 
-TEST_F(Families, HaveTheirBytesAndPasses) {
-    for (std::size_t family = 0; family <= lastFamily; ++family) {
-        const auto* const row = std::ranges::find(rows, family, &Row::family);
-        std::string expected;
-        if (row != std::end(rows)) {
-            EXPECT_EQ(commandCodesOf(Erase, family), row->erase) << family;
-            EXPECT_EQ(commandCodesOf(Lock, family), row->lock) << family;
-            expected = row->functionBytes;
+TEST_F(Families, HaveTheirBytesAndPaths) {
+    for (int family = 0; family <= lastFamily; ++family) {
+        EXPECT_EQ(rowText(state().FamilyTable[std::size_t(family)]),
+                  rows.contains(family) ? rows.at(family) : "-----------")
+            << family;
+        constexpr std::array outlines = {"Long", "Middle", "Short"};
+        std::string path = outlines.at(std::size_t(TraitsOf(family).outline));
+        for (const FunctionCode function : {Erase, Lock}) {
+            programmer();
+            device(family, 256);
+            run(function);
+            path += " ";
+            for (const simbox::Frame& frame : frames())
+                path += frame.commandCode;
         }
-        for (std::size_t at = (expected.size() + 1) / 3; at < 90; ++at)
-            expected += expected.empty() ? "00" : " 00";
-        expected += row == std::end(rows) ? " 00 00 00 00 00" : " " + row->lastBytes;
-        Bytes bytes(95);
-        std::memcpy(bytes.data(), &state().FamilyTable[family], bytes.size());
-        EXPECT_EQ(hexText(bytes), expected) << family;
+        EXPECT_EQ(path, paths.lower_bound(family)->second) << family;
     }
-}
-
-TEST(FamilyTraits, OutlineByNumber) {
-    EXPECT_EQ(TraitsOf(9).outline, ChipOutline::Long);
-    EXPECT_EQ(TraitsOf(10).outline, ChipOutline::Middle);
-    EXPECT_EQ(TraitsOf(19).outline, ChipOutline::Middle);
-    EXPECT_EQ(TraitsOf(20).outline, ChipOutline::Short);
 }

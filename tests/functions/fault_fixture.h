@@ -1,63 +1,39 @@
 // What must hold after any run with any faults of the programmer.
 #pragma once
 
-#include "app/family_traits.h"
-#include "link/find_programmer.h"
 #include "tests/support/run_fixture.h"
-
-#include <algorithm>
-
-// % is replaced by the frame or, in hexadecimal, by a part of the address.
-inline const std::array<std::string, 22> faultKinds = {
-    "silent@%",      "silent-from@%",    "short@%:1",           "short@%:259",
-    "long@%:1",      "long@%:300",       "late@%:999ms",        "late@%:1001ms",
-    "late@%:5000ms", "torn@%:1:500ms",   "torn@%:2:999ms",      "torn@%:1:1500ms",
-    "double@%",      "chatter@%:1:0ms",  "chatter@%:300:250ms", "status@%:00",
-    "status@%:4E",   "status@%:45",      "status@%:45012345",   "pull@%",
-    "lie:01%",       "program-error:0%0"};
-
-inline std::string faultAt(std::string kind, unsigned place) {
-    const bool ofFrame = kind.find('@') != std::string::npos;
-    return kind.replace(kind.find('%'), 1,
-                        ofFrame ? std::to_string(place) : hexText({std::uint8_t(place)})) +
-           " ";
-}
 
 class Faults : public RunTest {
 protected:
     static constexpr std::array families = {1, 4, 10, 20, 31};
+    static constexpr unsigned functionCount = unsigned(FunctionCode::Auto);
     static constexpr int size = 512;
-    static constexpr int functionCount = static_cast<int>(FunctionCode::Auto);
 
-    // The chip contains FF if the family writes blocks, else the image.
-    void prepare(int family, const std::string& faults) {
+    // Returns the number of frames. For Read and Verify the chip contains data, else FF.
+    unsigned runWith(int family, FunctionCode function, const std::vector<simbox::Fault>& faults) {
+        testing::Message trace;
+        trace << "family " << family << ", function " << int(function);
+        for (const simbox::Fault& fault : faults)
+            trace << ", fault " << int(fault.kind) << " at frame " << fault.number;
+        SCOPED_TRACE(trace);
         programmer(faults, 57600);
         device(family, size, 128);
         image();
-        if (modFunc::TraitsOf(family).write != modFunc::WritePath::Blocks)
-            vm.programmer().chip().Load(modFunc::state().BufferData);
-        vm.port.taken.clear();
-    }
-
-    void runWith(int family, int function, const std::string& faults) {
-        SCOPED_TRACE(testing::Message()
-                     << "family " << family << ", function " << function << ": " << faults);
-        prepare(family, faults);
-        const Bytes before = modFunc::state().BufferData;
-        const auto code = static_cast<FunctionCode>(function);
-        run(code);
-        // No function exchanges more than 23 frames here, each a second at most.
-        EXPECT_LT(vm.nowMs() - startMs, 23 * 1000 + 10000);
-        EXPECT_FALSE(modFunc::LinkInUse());
-        EXPECT_EQ(vm.programmer().protocolErrors(), std::vector<std::string>());
-        if (!vm.programmer().cablePulled()) {
-            expectPoweredDown();
-            EXPECT_TRUE(!vm.programmer().powered() && vm.programmer().socketReleased());
-        }
-        expectButtonsAfterRun();
+        Bytes& bytes = modFunc::state().BufferData;
+        if (function == Read || function == Verify)
+            vm.programmer.chip().Load(bytes);
+        if (function == Read)
+            bytes.assign(70001, 0xEE);
+        vm.taken.clear();
+        const Bytes before = bytes;
+        run(function);
+        EXPECT_EQ(vm.programmer.protocolErrors(), std::vector<std::string>());
         EXPECT_LE(vm.messages.size(), 1U);
-        expectTruth(code, before);
-        expectHealthyNextRun();
+        expectTruth(family, function, before);
+        const auto count = unsigned(frames().size());
+        if (!vm.programmer.cablePulled())
+            expectHealthyNextRun();
+        return count;
     }
 
     // Runs a function on a family with one to four faults; each choice and number uses one byte of
@@ -65,84 +41,55 @@ protected:
     template <class Next>
     void runAny(const Next& next) {
         const int family = families[next() % families.size()];
-        const int function = static_cast<int>(next()) % functionCount;
-        std::string faults;
-        for (unsigned count = 1 + next() % 4; count > 0; --count) {
-            const std::size_t kind = next() % (faultKinds.size() + 4);
-            const unsigned frame = 1 + next() % 16;
-            const std::string at = "@" + std::to_string(frame) + ":";
-            const std::string ms = std::to_string(next() * 8) + "ms ";
-            switch (kind) {
-            case 0:
-                faults +=
-                    "status" + at + simbox::HexText(next(), 2) + simbox::HexText(next(), 2) + " ";
-                break;
-            case 1:
-                faults += "torn" + at + std::to_string(next() * 2) + ":" + ms;
-                break;
-            case 2:
-                faults += "chatter" + at + std::to_string(next() * 2) + ":" + ms;
-                break;
-            case 3:
-                faults += "late" + at + ms;
-                break;
-            default:
-                faults += faultAt(faultKinds.at(kind - 4), frame);
-            }
-        }
+        const auto function = FunctionCode(next() % functionCount);
+        const auto byte = [&next] { return std::uint8_t(next()); };
+        std::vector<simbox::Fault> faults;
+        for (unsigned count = 1 + next() % 4; count > 0; --count)
+            faults.push_back(
+                {.kind = simbox::FaultKind(next() % (int(simbox::FaultKind::Pull) + 1)),
+                 .number = 1 + next() % 16,
+                 .count = next() * 2,
+                 .delayUs = next() * 8000,
+                 .address = byte(),
+                 .bytes = {byte(), byte(), byte()}});
         runWith(family, function, faults);
     }
 
 private:
-    // The bytes that the program read after frames of this command code: from each read that is
-    // long enough, `most` bytes after the first `skip`.
-    Bytes received(char commandCode, std::size_t skip, std::size_t most) {
-        Bytes all;
-        for (const auto& [code, bytes] : vm.port.taken)
-            if (code == commandCode && bytes.size() >= skip + most)
-                all.insert(all.end(), bytes.begin() + std::ptrdiff_t(skip),
-                           bytes.begin() + std::ptrdiff_t(skip + most));
-        return all;
-    }
-
     // What is shown and stored agrees with the bytes that were received, even if a late reply or
     // extra bytes have shifted them.
-    void expectTruth(FunctionCode code, const Bytes& before) {
-        const bool ok = window.lines[0].ends_with("   OK!");
-        const Bytes blocks = received('R', 4, 256);
-        EXPECT_TRUE(code != Read || !ok || blocks.size() == size);
-        EXPECT_TRUE(code != Verify || !ok ||
-                    blocks == Bytes(before.begin(), before.begin() + size));
-        EXPECT_TRUE(code != Blank || !ok || blocks == Bytes(size, 0xFF));
-        if (code == Program && ok) {
-            const bool pages = modFunc::selectedDevice().Family == 20;
-            EXPECT_EQ(received('W', 0, 1), Bytes(pages ? 4 : 2, 'N'));
+    void expectTruth(int family, FunctionCode function, Bytes image) {
+        Bytes blocks, statuses;
+        for (const auto& [code, bytes] : vm.taken) {
+            if (code == 'R' && bytes.size() >= 260)
+                blocks.insert(blocks.end(), bytes.begin() + 4, bytes.begin() + 260);
+            if (code == 'W' && !bytes.empty())
+                statuses.push_back(bytes[0]);
         }
-        Bytes expected = before;
-        if (code == Read)
-            std::ranges::copy(blocks, expected.begin());
-        EXPECT_TRUE(modFunc::state().BufferData == expected);
+        if (function == Read)
+            std::ranges::copy(blocks, image.begin());
+        EXPECT_TRUE(modFunc::state().BufferData == image);
+        const bool ok = window.lines[0].ends_with("   OK!");
+        EXPECT_TRUE(!ok || function != Program || statuses == Bytes(family == 20 ? 4 : 2, 'N'));
+        EXPECT_TRUE(!ok || function != Blank || blocks == Bytes(size, 0xFF));
+        EXPECT_TRUE(!ok || (function != Read && function != Verify) ||
+                    blocks == Bytes(image.begin(), image.begin() + size));
     }
 
     // On the same line with a working programmer, after every late byte has arrived.
     void expectHealthyNextRun() {
-        vm.programmer().setFaults({});
-        if (vm.programmer().cablePulled())
-            prepare(modFunc::selectedDevice().Family, "");
-        bool later = false;
-        vm.at(static_cast<std::int64_t>(vm.nowMs()) + 21000, [&later] { later = true; });
-        while (!later)
-            platform::machine().events.Yield();
+        vm.programmer.setFaults({});
+        vm.programmer.chip().setLocked(false);
+        const std::int64_t readyUs = vm.nowUs + 21'000'000;
+        vm.actions.emplace(readyUs, [] {});
+        while (vm.nowUs < readyUs)
+            vm.Yield();
         window = {};
         Bytes& image = modFunc::state().BufferData;
         image.assign(70001, 0xEE);
         run(Read);
         EXPECT_TRUE(window.closed) << window.lines[0];
-        const simbox::Chip& chip = vm.programmer().chip();
-        Bytes expected(chip.memory().begin(), chip.memory().begin() + size);
-        if (chip.locked())
-            expected.assign(size, 0);
-        expected.resize(70001, 0xEE);
-        EXPECT_TRUE(image == expected);
+        const auto& memory = vm.programmer.chip().memory();
+        EXPECT_TRUE(std::equal(memory.begin(), memory.begin() + size, image.begin()));
     }
 };

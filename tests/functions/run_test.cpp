@@ -3,11 +3,13 @@
 #include "link/find_programmer.h"
 #include "tests/support/run_fixture.h"
 
-#include <stdexcept>
+#include <numeric>
 
 using namespace modFunc;
 
 namespace {
+
+using enum FunctionCode;
 
 struct Path {
     const char* name;
@@ -17,69 +19,54 @@ struct Path {
     std::string traffic;
 };
 
-using enum FunctionCode;
+const std::string powerDown = "0 V 00 00 00, 0 S 00, 500";
+const std::string erasePass = "V 4C 4D 4E, 200 S 01 6A 6B 47 48, 200 E 00, 200 E 00, "
+                              "200 V 00 00 00, 0 S 00, 700";
+const std::string lockPass = "V 28 29 2A, 500 S 01 6A 6B 23 24, 100 L 25 26, "
+                             "100 S 01 6A 6B 2C 2D, 100 L 2E 2F, "
+                             "100 S 01 6A 6B 35 36, 100 L 37 38, 100 ";
 
-const std::string powerDown = "V 00 00 00, S 00 +500";
-const std::string lockPassFamily1 = "V 0C 00 32 +500, S 01 A0 3F FB C0 +100, L FF 00 +100, "
-                                    "S 01 A0 3F FB 00 +100, L FF 00 +100, "
-                                    "S 01 A0 3F F9 40 +100, L FF 00 +100, ";
-const std::string erasePassFamily4 = "V 0C 00 41 +200, S 01 80 27 F9 08 +200, "
-                                     "E 00 +200, E 00 +200, V 00 00 00, S 00 +700";
-
+// In the family rows here, every byte except the class byte is its offset plus 10 (hexadecimal).
 const Path paths[] = {
-    {"ReadFamily1", 1, Read, "0 0 50 100",
-     "V 05 00 32 +200, S 01 A0 3F F8 C0 +200, R 00 00 00 FF 08, R 01 00 01 FF 08, " + powerDown},
-    {"ProgramFamily1", 1, Program, "0 0 50 100",
-     "V 0C 00 32 +500, T 01 A0 3F FA C0 F8 C0 +200, D 256, W 00 00 00 FF 08 04 01, "
-     "D 256, W 01 00 01 FF 08 04 01, " +
+    {"ReadFamily4", 4, Read, " 0 0 50 100",
+     "0 V 1F 20 21, 200 S 01 6A 6B 1A 1B, 200 R 00 00 00 FF 6C, 0 R 01 00 01 FF 6C, " + powerDown},
+    {"ProgramFamily4", 4, Program, " 0 0 50 100",
+     "0 V 16 17 18, 500 T 01 6A 6B 11 12 1A 1B, 200 D 256, 0 W 00 00 00 FF 6C 15 6D, "
+     "0 D 256, 0 W 01 00 01 FF 6C 15 6D, " +
          powerDown},
-    {"LockFamily1", 1, Lock, "0 33 66 100 33 66 100",
-     lockPassFamily1 + lockPassFamily1 + powerDown},
-    {"EraseFamily4", 4, Erase, "0 100 100", erasePassFamily4 + ", " + erasePassFamily4},
-    {"ReadFamily20", 20, Read, "0 0 50 100",
-     "V 00 00 00 +200, S 03 00 00 00 00 +200, R 00 00 00 FF 14, R 01 00 01 FF 14, " + powerDown},
-    {"EraseFamily20", 20, Erase, "0", powerDown},
-    {"ProgramFamily20", 20, Program, "0 0 25 50 75 100",
-     "V 00 00 00 +500, S 03 00 00 00 00 +200, D 128, W 00 00 00 7F 14 00 80, "
-     "D 128, W 00 80 00 FF 14 00 80, D 128, W 01 00 01 7F 14 00 80, "
-     "D 128, W 01 80 01 FF 14 00 80, " +
+    {"LockFamily4", 4, Lock, " 0 33 66 100 33 66 100 33 66 100",
+     "0 " + lockPass + lockPass + lockPass + powerDown.substr(2)},
+    {"EraseFamily4", 4, Erase, " 0 100 100", "0 " + erasePass + " " + erasePass},
+    {"ProgramFamily20", 20, Program, " 0 0 25 50 75 100",
+     "0 V 16 17 18, 500 S 03 6A 6B 1A 1B, 200 D 128, 0 W 00 00 00 7F 6C 15 80, "
+     "0 D 128, 0 W 00 80 00 FF 6C 15 80, 0 D 128, 0 W 01 00 01 7F 6C 15 80, "
+     "0 D 128, 0 W 01 80 01 FF 6C 15 80, " +
          powerDown},
-    {"LockFamily20", 20, Lock, "0", powerDown},
-    {"EraseFamily31", 31, Erase, "0 100", "S 04 00 00 00 00 +200, E 08 +1050, " + powerDown},
-    {"ProgramFamily31", 31, Program, "0 0 50 100",
-     "V 00 00 00 +500, S 04 00 00 00 00 +200, D 256, W 00 00 00 FF 08 00 00, "
-     "D 256, W 01 00 01 FF 08 00 00, " +
+    {"EraseFamily31", 31, Erase, " 0 100",
+     "0 S 04 6A 6B 47 48, 200 E 6C, 1050 V 00 00 00, 0 S 00, 500"},
+    {"ProgramFamily31", 31, Program, " 0 0 50 100",
+     "0 V 16 17 18, 500 S 04 6A 6B 1A 1B, 200 D 256, 0 W 00 00 00 FF 6C 15 6D, "
+     "0 D 256, 0 W 01 00 01 FF 6C 15 6D, " +
          powerDown},
-    // A family without a path, and one whose row is empty: the programmer rejects its set-up.
-    {"ProgramFamily45", 45, Program, "0", "V 00 00 00 +500, " + powerDown},
-    {"EraseFamily45", 45, Erase, "0", powerDown},
-    {"ReadFamily6", 6, Read, "0",
-     "V 00 00 00 +200, S 00 00 00 00 00 +1200, R 00 00 00 FF 00 +1000, " + powerDown},
 };
 
 using Runs = RunTest;
 
 class Paths : public RunTest, public testing::WithParamInterface<Path> {
 protected:
-    // The frames by command code and parameters, "D" by the number of its data bytes, each with the
-    // milliseconds until the next frame or now: "S 00 +500".
+    // The frames by command code and parameters, "D" by the number of its data bytes, each after
+    // the milliseconds since the one before.
     std::string traffic() {
         std::string text;
-        double beforeMs = 0;
-        const auto pause = [&](double untilMs) {
-            if (const int ms = static_cast<int>(untilMs - beforeMs); ms > 0 && !text.empty())
-                text += " +" + std::to_string(ms);
-            beforeMs = untilMs;
-        };
+        std::int64_t beforeMs = 0;
         for (const simbox::Frame& frame : frames()) {
-            pause(static_cast<double>(frame.arrivedUs) / 1000);
             const Bytes parameters(frame.bytes.begin() + 5, frame.bytes.end());
-            text += (text.empty() ? "" : ", ") + std::string(1, frame.commandCode) + " " +
-                    (frame.commandCode == 'D' ? std::to_string(parameters.size())
-                                              : hexText(parameters));
+            const bool data = frame.commandCode == 'D';
+            text += std::to_string(frame.arrivedUs / 1000 - beforeMs) + " " + frame.commandCode +
+                    " " + (data ? std::to_string(parameters.size()) : hexText(parameters)) + ", ";
+            beforeMs = frame.arrivedUs / 1000;
         }
-        pause(vm.nowMs());
-        return text;
+        return text + std::to_string(vm.nowUs / 1000 - beforeMs);
     }
 };
 
@@ -87,81 +74,43 @@ protected:
 
 TEST_P(Paths, SendTheirFrames) {
     const Path& path = GetParam();
+    FamilyRec& family = state().FamilyTable.at(std::size_t(path.family));
+    const std::uint8_t classByte = family.ClassByte;
+    auto* const bytes = reinterpret_cast<std::uint8_t*>(&family);
+    std::iota(bytes, bytes + sizeof family, std::uint8_t{0x10});
+    family.ClassByte = classByte;
     programmer();
     device(path.family, 512, 128);
-    image();
-    if (path.function == Read || path.function == Verify)
-        vm.programmer().chip().Load(state().BufferData);
     run(path.function);
     EXPECT_EQ(window.percents, path.percents);
     EXPECT_EQ(traffic(), path.traffic);
-    EXPECT_EQ(vm.programmer().protocolErrors().empty(), path.family != 6);
-    EXPECT_EQ(vm.programmer().chip().locked(), path.function == Lock && path.family == 1);
-    expectButtonsAfterRun();
 }
 
 INSTANTIATE_TEST_SUITE_P(, Paths, testing::ValuesIn(paths), rowName);
 
-TEST_F(Runs, TheSocketStaysPoweredWhileAMessageWaits) {
-    programmer("silent@D1");
-    device(1, 512);
-    vm.onMessage = [&] {
-        EXPECT_EQ(window.lines[0], "Programming ...");
-        EXPECT_TRUE(vm.programmer().powered());
-        EXPECT_EQ(window.buttons, "Run off, Close off, ");
-    };
-    run(Program);
-    EXPECT_FALSE(vm.programmer().powered());
-}
-
-TEST_F(Runs, ARunOutlivesTheWindowThatReadCloses) {
+TEST_F(Runs, ReadClosesTheWindowAndTheRunGoesOnAlone) {
     programmer();
     device(1, 256);
     autoSequence({Read, Verify, Read});
-    std::string crashFrames;
-    vm.at(1000, [&] {
+    vm.actions.emplace(1000'000, [&] {
         EXPECT_TRUE(window.closed && CurrentLinkUser() == LinkUser::Run);
-        crashFrames = hexText(vm.port.crashFrames);
+        EXPECT_EQ(hexText(vm.crashFrames), "00 00 00 04 56 00 00 00 00 00 00 02 53 00");
+        DeviceRun(window).Run(int(Erase));
+        FindProgrammer();
     });
     run(Auto);
-    EXPECT_EQ(crashFrames, "00 00 00 04 56 00 00 00 00 00 00 02 53 00");
-    EXPECT_FALSE(LinkInUse());
     EXPECT_EQ(frames().size(), 3U * 5);
     EXPECT_EQ(viewReopened, 2);
     EXPECT_EQ(window.lines[1], ""); // not drawn after the window has closed
-    expectPoweredDown();
-}
-
-TEST_F(Runs, NeitherARunNorDiscoveryStartsInsideARun) {
-    programmer();
-    device(1, 256);
-    vm.at(300, [&] { run(Erase); });
-    vm.at(350, FindProgrammer);
-    run(Blank);
-    EXPECT_EQ(frames().size(), 5U);
-    expectButtonsAfterRun();
     EXPECT_TRUE(vm.messages.empty());
 }
 
 TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
     programmer();
     device(1, 256);
-    vm.at(300, [] { throw std::runtime_error("anything"); });
+    vm.actions.emplace(300'000, [] { throw std::runtime_error("anything"); });
     EXPECT_THROW(run(Blank), std::runtime_error);
-    EXPECT_TRUE(vm.port.crashFrames.empty());
-    expectPoweredDown();
-    EXPECT_FALSE(LinkInUse());
-}
-
-TEST_F(Runs, ALateReplyIsNoReplyToTheNextFunction) {
-    programmer("short@R1:100", 57600);
-    device(1, 256);
-    image();
-    vm.programmer().chip().Load(state().BufferData);
-    const Bytes whole = state().BufferData;
-    std::fill_n(state().BufferData.begin(), 256, std::uint8_t{0xEE});
-    autoSequence({Read, Read});
-    run(Auto);
-    EXPECT_EQ(window.lines[0], "Reading ...   Device Fault!");
-    EXPECT_EQ(state().BufferData, whole);
+    EXPECT_TRUE(vm.crashFrames.empty() && !LinkInUse());
+    EXPECT_EQ(frames().size(), 4U);
+    EXPECT_TRUE(!vm.programmer.powered() && vm.programmer.socketReleased());
 }

@@ -7,27 +7,19 @@
 #include <unistd.h>
 
 // No file can grow beyond `bytes` bytes.
-class FullDisk {
-public:
+struct FullDisk {
     explicit FullDisk(rlim_t bytes) {
         std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit{bytes, old_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit limit{bytes, RLIM_INFINITY};
+        EXPECT_EQ(prlimit(0, RLIMIT_FSIZE, &limit, &old), 0);
     }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &old_); }
-
-private:
-    rlimit old_{};
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &old); }
+    rlimit old{};
 };
 
 // Only an ordinary user's rights.
-class OrdinaryUser {
-public:
-    OrdinaryUser() : wasRoot_(geteuid() == 0 && setresuid(nobody, nobody, 0) == 0) {}
-    ~OrdinaryUser() { EXPECT_TRUE(!wasRoot_ || setresuid(0, 0, 0) == 0); }
-
-private:
-    static constexpr uid_t nobody = 65534;
-    bool wasRoot_;
+struct OrdinaryUser {
+    OrdinaryUser() : wasRoot(geteuid() == 0 && setresuid(65534, 65534, 0) == 0) {}
+    ~OrdinaryUser() { EXPECT_TRUE(!wasRoot || setresuid(0, 0, 0) == 0); }
+    bool wasRoot;
 };

@@ -1,37 +1,28 @@
 // A device, a simulated programmer and a run of a function on it.
 #pragma once
 
-#include "app/family_table.h"
 #include "app/state.h"
 #include "buffer/buffer_view.h"
 #include "functions/device_run.h"
-#include "link/exchange.h"
 #include "tests/support/virtual_machine.h"
 
-#include <array>
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 struct RecordingWindow final : modFunc::RunWindow {
     void ShowLine(int line, const std::string& text) override {
         lines.at(std::size_t(line)) = text;
     }
-    void ShowProgress(int percent) override {
-        percents += (percents.empty() ? "" : " ") + std::to_string(percent);
-    }
+    void ShowProgress(int percent) override { percents += " " + std::to_string(percent); }
     void EnableRun(bool enabled) override { buttons += enabled ? "Run on, " : "Run off, "; }
     void EnableClose(bool enabled) override { buttons += enabled ? "Close on" : "Close off, "; }
     void Close() override { closed = true; }
 
     std::array<std::string, modFunc::messageLines> lines;
-    std::string percents; // each that was shown, in order
-    std::string buttons;  // each change, in order
+    std::string percents, buttons; // each change, in order
     bool closed = false;
 };
 
-inline const ShownMessage communicationError{"Device Error", "Communication Error!",
-                                             platform::MessageBox::Icon::Critical};
+inline constexpr char communicationError[] = "! Device Error: Communication Error!";
 
 class RunTest : public testing::Test, protected modFunc::BufferView {
 protected:
@@ -46,47 +37,45 @@ protected:
     }
     ~RunTest() override { modFunc::useBufferView(nullptr); }
 
-    // A programmer with these faults, separated by blanks, and a fresh chip of FF, its port open.
-    // Unthrottled, so that a reply arrives as soon as its frame has been sent.
-    void programmer(const std::string& faults = "", std::uint32_t baud = 0) {
-        vm.replaceProgrammer({.baud = baud, .fill = 0xFF, .faults = parseFaults(faults)});
-        vm.port.open = true;
+    // A programmer with these faults and a fresh chip of FF, its port open. Unthrottled, so that a
+    // reply arrives as soon as its frame has been sent.
+    void programmer(const std::vector<simbox::Fault>& faults = {}, std::uint32_t baud = 0) {
+        vm.programmer = simbox::Programmer({.baud = baud, .fill = 0xFF, .faults = faults});
+        vm.queue.clear();
+        vm.open = true;
         window = {};
         vm.messages.clear();
     }
+    void programmer(const std::string& faults) { programmer(parseFaults(faults)); }
     void device(int family, int size, int pageSize = 0) {
         modFunc::DeviceRec& row = modFunc::state().DeviceList[1];
-        row.Family = static_cast<std::int16_t>(family);
+        row.Family = std::int16_t(family);
         row.Size = size;
-        row.PageSize = static_cast<std::int16_t>(pageSize);
+        row.PageSize = std::int16_t(pageSize);
     }
     // Fills the image so that a shifted byte is detected.
     void image() {
-        auto& bytes = modFunc::state().BufferData;
+        Bytes& bytes = modFunc::state().BufferData;
         for (std::size_t i = 0; i < bytes.size(); ++i)
-            bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
+            bytes[i] = std::uint8_t(i * 7 + i / 256);
     }
     void autoSequence(const std::vector<FunctionCode>& codes) {
-        modFunc::state().AutoCount = static_cast<std::int16_t>(codes.size());
-        for (std::size_t i = 0; i < codes.size(); ++i)
-            modFunc::state().AutoList.at(i + 1) = static_cast<std::int16_t>(codes[i]);
+        modFunc::state().AutoCount = 0;
+        for (const FunctionCode code : codes)
+            modFunc::state().AutoList.at(++modFunc::state().AutoCount) = std::int16_t(code);
     }
+    // Also expects what holds after every run: the buttons are on unless Read has closed the
+    // window, the link is free, and the socket has no power.
     void run(FunctionCode code) {
         startMs = vm.nowMs();
-        modFunc::DeviceRun(window).Run(static_cast<int>(code));
-    }
-
-    const std::vector<simbox::Frame>& frames() { return vm.programmer().frames(); }
-    void expectPoweredDown() {
-        ASSERT_GE(frames().size(), 2U);
-        EXPECT_EQ(hexText(frames().end()[-2].bytes), "00 00 00 04 56 00 00 00");
-        EXPECT_EQ(hexText(frames().back().bytes), "00 00 00 02 53 00");
-    }
-    // Both buttons are off during a run and on after it, unless Read has closed the window.
-    void expectButtonsAfterRun() {
+        modFunc::DeviceRun(window).Run(int(code));
         EXPECT_EQ(window.buttons,
                   std::string("Run off, Close off, ") + (window.closed ? "" : "Run on, Close on"));
+        EXPECT_TRUE(!modFunc::LinkInUse() && vm.crashFrames.empty());
+        EXPECT_TRUE(vm.programmer.cablePulled() ||
+                    (!vm.programmer.powered() && vm.programmer.socketReleased()));
     }
+    const std::vector<simbox::Frame>& frames() { return vm.programmer.frames(); }
     void Reopen() override { ++viewReopened; }
 
     VirtualMachine vm;
