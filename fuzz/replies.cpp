@@ -5,7 +5,6 @@
 namespace {
 
 struct Run final : Faults {
-    using Faults::runAny;
     void TestBody() override {}
 };
 

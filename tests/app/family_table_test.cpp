@@ -61,9 +61,9 @@ const std::map<int, std::string> paths = {
 
 TEST_F(Families, HaveTheirBytesAndPaths) {
     for (int family = 0; family <= lastFamily; ++family) {
+        SCOPED_TRACE(family);
         EXPECT_EQ(rowText(state().FamilyTable[std::size_t(family)]),
-                  rows.contains(family) ? rows.at(family) : "-----------")
-            << family;
+                  rows.contains(family) ? rows.at(family) : "-----------");
         constexpr std::array outlines = {"Long", "Middle", "Short"};
         std::string path = outlines.at(std::size_t(TraitsOf(family).outline));
         for (const FunctionCode function : {Erase, Lock}) {
@@ -74,6 +74,6 @@ TEST_F(Families, HaveTheirBytesAndPaths) {
             for (const simbox::Frame& frame : frames())
                 path += frame.commandCode;
         }
-        EXPECT_EQ(path, paths.lower_bound(family)->second) << family;
+        EXPECT_EQ(path, paths.lower_bound(family)->second);
     }
 }

@@ -102,7 +102,6 @@ TEST_F(Runs, ReadClosesTheWindowAndTheRunGoesOnAlone) {
     EXPECT_EQ(frames().size(), 3U * 5);
     EXPECT_EQ(viewReopened, 2);
     EXPECT_EQ(window.lines[1], ""); // not drawn after the window has closed
-    EXPECT_TRUE(vm.messages.empty());
 }
 
 TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
@@ -111,6 +110,5 @@ TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
     vm.actions.emplace(300'000, [] { throw std::runtime_error("anything"); });
     EXPECT_THROW(run(Blank), std::runtime_error);
     EXPECT_TRUE(vm.crashFrames.empty() && !LinkInUse());
-    EXPECT_EQ(frames().size(), 4U);
     EXPECT_TRUE(!vm.programmer.powered() && vm.programmer.socketReleased());
 }

@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 
 struct RecordingWindow final : modFunc::RunWindow {
-    void ShowLine(int line, const std::string& text) override {
-        lines.at(std::size_t(line)) = text;
-    }
+    void ShowLine(int row, const std::string& text) override { lines.at(std::size_t(row)) = text; }
     void ShowProgress(int percent) override { percents += " " + std::to_string(percent); }
     void EnableRun(bool enabled) override { buttons += enabled ? "Run on, " : "Run off, "; }
     void EnableClose(bool enabled) override { buttons += enabled ? "Close on" : "Close off, "; }
@@ -21,8 +19,6 @@ struct RecordingWindow final : modFunc::RunWindow {
     std::string percents, buttons; // each change, in order
     bool closed = false;
 };
-
-inline constexpr char communicationError[] = "! Device Error: Communication Error!";
 
 class RunTest : public testing::Test, protected modFunc::BufferView {
 protected:
@@ -43,7 +39,6 @@ protected:
         vm.programmer = simbox::Programmer({.baud = baud, .fill = 0xFF, .faults = faults});
         vm.queue.clear();
         vm.open = true;
-        window = {};
         vm.messages.clear();
     }
     void programmer(const std::string& faults) { programmer(parseFaults(faults)); }
@@ -55,9 +50,8 @@ protected:
     }
     // Fills the image so that a shifted byte is detected.
     void image() {
-        Bytes& bytes = modFunc::state().BufferData;
-        for (std::size_t i = 0; i < bytes.size(); ++i)
-            bytes[i] = std::uint8_t(i * 7 + i / 256);
+        for (std::size_t i = 0; i < 70001; ++i)
+            modFunc::state().BufferData[i] = std::uint8_t(i * 7 + i / 256);
     }
     void autoSequence(const std::vector<FunctionCode>& codes) {
         modFunc::state().AutoCount = 0;
@@ -67,6 +61,7 @@ protected:
     // Also expects what holds after every run: the buttons are on unless Read has closed the
     // window, the link is free, and the socket has no power.
     void run(FunctionCode code) {
+        window = {};
         startMs = vm.nowMs();
         modFunc::DeviceRun(window).Run(int(code));
         EXPECT_EQ(window.buttons,
