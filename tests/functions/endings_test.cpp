@@ -88,7 +88,7 @@ TEST_P(Endings, AreShownAndSent) {
     image();
     autoSequence({ending.functions.begin() + 1, ending.functions.end()});
     if (function == Verify)
-        vm.programmer.chip().Load(state().BufferData);
+        vm.programmer.chip().Load(imageBytes);
     vm.programmer.chip().Set(std::uint16_t(ending.address), std::uint8_t(ending.byte));
     vm.onMessage = [&] { // before the line, the buttons and the supplies change
         EXPECT_TRUE(window.lines[0].ends_with(" ..."));

@@ -14,11 +14,11 @@ struct Faults : RunTest {
         device(family, size, 128);
         image();
         if (function == Read || function == Verify)
-            vm.programmer.chip().Load(image_);
+            vm.programmer.chip().Load(imageBytes);
         if (function == Read)
-            image_.assign(70001, 0xEE);
+            imageBytes.assign(70001, 0xEE);
         vm.taken.clear();
-        const Bytes before = image_;
+        const Bytes before = imageBytes;
         run(function);
         EXPECT_EQ(vm.programmer.protocolErrors(), std::vector<std::string>());
         EXPECT_LE(vm.messages.size(), 1U);
@@ -60,7 +60,7 @@ private:
         }
         if (function == Read)
             std::ranges::copy(received, expected.begin());
-        EXPECT_TRUE(image_ == expected);
+        EXPECT_TRUE(imageBytes == expected);
         expected.resize(size);
         if (function == Blank)
             expected.assign(size, 0xFF);
@@ -75,12 +75,10 @@ private:
         vm.programmer.setFaults({});
         vm.programmer.chip().setLocked(false);
         vm.nowUs += 21'000'000;
-        image_.assign(70001, 0xEE);
+        imageBytes.assign(70001, 0xEE);
         run(Read);
         EXPECT_TRUE(window.closed) << window.lines[0];
         const auto& memory = vm.programmer.chip().memory();
-        EXPECT_TRUE(std::equal(memory.begin(), memory.begin() + size, image_.begin()));
+        EXPECT_TRUE(std::equal(memory.begin(), memory.begin() + size, imageBytes.begin()));
     }
-
-    Bytes& image_ = modFunc::state().BufferData;
 };

@@ -26,7 +26,6 @@ protected:
     using enum modFunc::FunctionCode;
 
     RunTest() {
-        modFunc::ResetState();
         modFunc::InitFamilyTable();
         modFunc::state().SelectedDevice = 1;
         modFunc::useBufferView(this);
@@ -50,8 +49,8 @@ protected:
     }
     // Fills the image so that a shifted byte is detected.
     void image() {
-        for (std::size_t i = 0; i < 70001; ++i)
-            modFunc::state().BufferData[i] = std::uint8_t(i * 7 + i / 256);
+        for (std::size_t i = 0; i < imageBytes.size(); ++i)
+            imageBytes[i] = std::uint8_t(i * 7 + i / 256);
     }
     void autoSequence(const std::vector<FunctionCode>& codes) {
         modFunc::state().AutoCount = 0;
@@ -73,6 +72,7 @@ protected:
     const std::vector<simbox::Frame>& frames() { return vm.programmer.frames(); }
     void Reopen() override { ++viewReopened; }
 
+    Bytes& imageBytes = (modFunc::ResetState(), modFunc::state().BufferData);
     VirtualMachine vm;
     RecordingWindow window;
     double startMs = 0;
