@@ -29,6 +29,7 @@ struct Ending {
 const Ending endings[] = {
     // The status of a write.
     {{Program}, 1, 1024, "status@W2:450123 torn@W2:1:300ms", {"Program Error at 0123"}, 25, 1500},
+    {{Program}, 1, 1024, "status@W2:450123 torn@W2:2:300ms", {"Program Error at 0123"}, 25, 2200},
     {{Program}, 1, 1024, "status@W2:4501", {programFault}, 25, 2200, 1},
     {{Program}, 1, 1024, "silent@W2", {programFault}, 25, 2200, 1},
     {{Program}, 1, 1024, "late@W2:1000ms", {programOk}, 100, 2200}, // with the tick of the time-out
@@ -45,7 +46,7 @@ const Ending endings[] = {
     {{Program}, 21, 1000, "", {unsupported}, 0, 500},
     {{Program}, -1, 256, "", {unsupported}, 0, 500},
     {{Erase}, 51, 256, "", {unsupported}, 0, 500},
-    {{Lock}, 51, 256, "", {unsupported}, 0, 500},
+    {{Lock}, 1, 65537, "", {unsupported}, 0, 500},
     {{Verify}, 1, -1, "", {unsupported}, 0, 500},
     {{Read}, 1, 65537, "", {unsupported}, 0, 500},
     {{Read}, 1, 0, "", {readOk}, 100, 900},
@@ -54,6 +55,7 @@ const Ending endings[] = {
     {{Read}, 1, 1024, "short@R2:259", {"Reading ...   Device Fault!"}, 0, 1900, 1},
     {{Blank}, 1, 1000, "silent@R3", {blankFault}, 25, 1900, 1},
     {{Blank}, 1, 1024, "silent@V1 silent@S1", {blankOk}, 100, 2900},
+    {{Lock}, 1, 256, "late@S3:1050ms late@L3:50ms", {locked}, 100, 3750},
     {{Blank}, 4, 65536, "", {"Blank Error at FFFF"}, 99, 900, 0, 64, 0xFFFF, 0x7F},
     // One line per entry of a sequence; later entries share the sixth. Chip failures end the
     // sequence; lost replies do not, and late ones are no reply to the next entry.
