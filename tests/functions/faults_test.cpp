@@ -39,6 +39,8 @@ INSTANTIATE_TEST_SUITE_P(, EachFault,
 
 TEST_F(Faults, AnyOfThem) {
     std::mt19937 random(20);
-    for (int run = 0; run < 1500; ++run)
+    for (int run = 0; run < 1500; ++run) {
+        SCOPED_TRACE(run);
         runAny([&random] { return unsigned(random() % 256); });
+    }
 }
