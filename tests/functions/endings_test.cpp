@@ -13,7 +13,7 @@ constexpr char programOk[] = "Programming ...   OK!", verifyOk[] = "Verifying ..
                blankFault[] = "Blank Checking ...   Device Fault!", erased[] = "Erasing ...OK",
                locked[] = "Locking ...   OK!", wrongByte[] = "Verify Error at 0100",
                lateReplies[] = "late@S2:1100ms late@V3:9ms late@S3:9ms";
-const std::vector allEntries = {Auto, Blank, Program, Verify, FunctionCode(9), Erase, Blank, Lock};
+const std::vector allEntries = {Auto, Blank, Program, Verify, Auto, Erase, Blank, Lock};
 
 struct Ending {
     std::vector<FunctionCode> functions; // one, or Auto and the entries of its sequence
@@ -51,10 +51,11 @@ const Ending endings[] = {
     {{Read}, 1, 65537, "", {unsupported}, 0, 500},
     {{Read}, 1, 0, "", {readOk}, 100, 900},
     {{Verify}, 1, 300, "", {verifyOk}, 100, 900, 0, 64, 0x100, 0},
-    // Replies that do not arrive, a wrong byte.
+    // Lost and late replies, a wrong byte, an erase of the whole chip.
     {{Read}, 1, 1024, "short@R2:259", {"Reading ...   Device Fault!"}, 0, 1900, 1},
     {{Blank}, 1, 1000, "silent@R3", {blankFault}, 25, 1900, 1},
     {{Blank}, 1, 1024, "silent@V1 silent@S1", {blankOk}, 100, 2900},
+    {{Erase}, 31, 256, "", {erased}, 100, 1750},
     {{Lock}, 1, 256, "late@S3:1050ms late@L3:50ms", {locked}, 100, 3750},
     {{Blank}, 4, 65536, "", {"Blank Error at FFFF"}, 99, 900, 0, 64, 0xFFFF, 0x7F},
     // One line per entry of a sequence; later entries share the sixth. Chip failures end the

@@ -61,6 +61,7 @@ protected:
     // window, the link is free, and the socket has no power.
     void run(FunctionCode code) {
         window = {};
+        window.lines.fill("of an earlier run");
         startMs = vm.nowMs();
         modFunc::DeviceRun(window).Run(int(code));
         EXPECT_EQ(window.buttons,
