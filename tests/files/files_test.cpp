@@ -33,12 +33,12 @@ protected:
         viewReopened = 0;
         vm.messages.clear();
         vm.panels[4] = "";
-        vm.fileName() = path;
+        vm.FileName = path;
         std::string report = path;
         try {
             command();
-            for (const ShownMessage& message : vm.messages)
-                report += message.title + ": " + message.text;
+            for (const std::string& message : vm.messages)
+                report += message;
         } catch (const platform::FileError& error) {
             report = error.what();
         }
@@ -78,8 +78,8 @@ TEST_F(Files, ADamagedHexFileChangesNothing) {
     EXPECT_EQ(load(empty9998 + good + end), "");
     for (const auto& [text, report] :
          {std::pair(empty9998 + good + good + end, ": the file has more than 10000 records."),
-          std::pair(good + ":0000000001\n", "File Load Error: Checksum Error in hex file!"),
-          std::pair(good, "File Load Error: No end record in hex file!"),
+          std::pair(good + ":0000000001\n", "! File Load Error: Checksum Error in hex file!"),
+          std::pair(good, "! File Load Error: No end record in hex file!"),
           std::pair(good + "\n", ", record 2: the address is not a hexadecimal number."),
           std::pair(good + ":34001000", ", record 2: the record has more than 51 data bytes.")}) {
         EXPECT_EQ(load(text), report);
