@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the Debian package from the release build: build/package/quorven_VERSION_ARCHITECTURE.deb.
 # The same source gives the same bytes on the same Debian release; all timestamps in it are the
-# changelog's.
+# changelog's. Then runs all lintian checks, and checks the hardening that lintian does not check.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -13,5 +13,19 @@ umask 022 # directories get their mode from it
 rm -rf build/package
 (cd build && cpack >package.log 2>&1) || { cat build/package.log >&2; exit 1; }
 rm -r build/package/_CPack_Packages
-packages=(build/package/*.deb)
-echo "${packages[0]}: $(stat -c %s "${packages[0]}") bytes"
+package=$(echo build/package/*.deb)
+echo "$package: $(stat -c %s "$package") bytes"
+
+lintian --allow-root --info --display-experimental --display-info --pedantic \
+    --fail-on error,warning,info,pedantic,experimental "$package"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+dpkg-deb --extract "$package" "$scratch"
+marks='stack_chk_fail glibcxx_assert_fail'
+[[ $(dpkg --print-architecture) != amd64 ]] || marks+=' endbr64'
+for program in usr/bin/simbox usr/libexec/quorven/quorven; do
+    code=$(nm --dynamic "$scratch/$program" && objdump --disassemble "$scratch/$program")
+    for mark in $marks; do
+        [[ $code == *"$mark"* ]] || { echo "$program: no $mark" >&2 && exit 1; }
+    done
+done

@@ -137,10 +137,21 @@ install_package() {
 
 use_program() {
     step "The installed program"
-    mkdir -p "$tools/srv/quorven" "$cache/pictures"
-    cp -r data scripts tests "$tools/srv/quorven/"
-    as_user /usr/bin/python3 /srv/quorven/tests/packaging/installed_program_test.py /clean "$folder" \
-        "$user_home/pictures"
+    local name
+    mkdir -p "$tools/srv/quorven/bin" "$cache/pictures"
+    cp -r data scripts "$tools/srv/quorven/"
+    for name in quorven simbox; do # run in $clean, without the capability to enter it
+        printf '#!/bin/sh\nexec %s "$PWD" %s "$@"\n' \
+            "chroot /clean setpriv --ambient-caps=-all --inh-caps=-all -- sh -c 'cd \"\$0\" && exec \"\$@\"'" \
+            "/usr/bin/$name" >"$tools/srv/quorven/bin/$name"
+        chmod +x "$tools/srv/quorven/bin/$name"
+    done
+    # Without a display, the first start only prepares the user's folder.
+    as_user /srv/quorven/bin/quorven >"$cache/first-start.log" 2>&1 || true
+    diff -r "$clean/usr/share/quorven" "$clean$folder" || fail "the first start"
+    as_user mkdir "$user_home/pictures"
+    as_user env PATH=/usr/sbin:/usr/bin:/bin /srv/quorven/scripts/demo.py /srv/quorven/bin/quorven \
+        /srv/quorven/bin/simbox "$folder" "$user_home/pictures"
     cp "$tools$user_home"/pictures/* "$cache/pictures/"
     rm -r "$tools$user_home/pictures"
 }
