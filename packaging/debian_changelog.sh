@@ -1,12 +1,12 @@
 #!/bin/sh
-# debian_changelog.sh PACKAGE MAINTAINER <CHANGELOG.md: the same in Debian's form.
+# debian_changelog.sh PACKAGE MAINTAINER <CHANGELOG.md: writes the change log in Debian's format.
 #
-# A release begins with "## VERSION, YEAR-MONTH-DAY"; each of its items begins with "- " and may
-# go on over several lines.
+# In CHANGELOG.md each release begins with "## VERSION, YEAR-MONTH-DAY"; each of its items begins
+# with "- " and may continue over several lines.
 set -eu
 
 awk -v package="$1" -v maintainer="$2" '
-    # Words of the item so far, in lines of at most 76 characters.
+    # Prints the item that has been read, in lines of at most 76 characters.
     function end_item(    i, count, word, line) {
         count = split(item, word, " ")
         line = "  *"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures a release build on a virtual screen and prints one table, in about 75 seconds. Run it on
-# an idle machine: other load distorts the figures.
+# Measures a release build on a virtual screen for about 75 seconds and prints one table. Run this
+# script on an idle machine, because other load distorts the figures.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,12 +1,13 @@
 #!/usr/bin/python3
-# Demo: a job with the real program and the simulated programmer. An Auto sequence is built and run,
-# the image is edited and saved, the chip is read back, and another device is selected. Each step is
-# checked against what the windows show and against the files as other tools read them. It is also
-# the end-to-end test, so it runs in a Latin-1 locale with a decimal comma.
+# Demo: runs a job with the real program and the simulated programmer. The job builds and runs an
+# Auto sequence, edits and saves the image, reads the chip back and selects another device. Each
+# step is checked against what the windows show and against the files as other tools read them. This
+# demo is also the end-to-end test, so it runs in a Latin-1 locale with a decimal comma.
 #
 #   demo.py QUORVEN SIMBOX FOLDER [PICTURES [SCALE]]
 #
-# FOLDER is recreated. With PICTURES, takes a picture of each window, at 200 % if SCALE is 2.
+# FOLDER is deleted and recreated. If PICTURES is given, a picture of each window is saved in that
+# folder, at a screen scale of 200 % if SCALE is 2.
 
 import pathlib
 import re
@@ -28,19 +29,21 @@ def same(what, found, expected):
         raise AssertionError(f"{what}: {found!r}, not {expected!r}")
 
 
-# The contents of an Intel HEX file as 64 KiB from address 0, FF where the file has no data.
+# Returns the contents of an Intel HEX file as 64 KiB from address 0, with FF where the file has no
+# data.
 def read_hex(path):
     subprocess.run(["objcopy", "-I", "ihex", "-O", "binary", "--gap-fill", "0xFF", "--pad-to",
                     "0x10000", path, f"{path}.bin"], check=True)
     return bytearray(pathlib.Path(f"{path}.bin").read_bytes())
 
 
-# The meaning of each frame that the simulated programmer in this folder has received.
+# Returns the meaning of each frame in the trace that the simulated programmer has written to this
+# folder.
 def frames(folder):
     return re.findall(" > .*  (.*)", (folder / "trace.txt").read_text())
 
 
-# Starts the simulated programmer at port 5 of a program with this folder.
+# Starts the simulated programmer as port 5 of a program that runs in this folder.
 def start_simbox(screen, command, folder, *options):
     box = screen.start([*command, "--link", folder / "com5", "--trace", folder / "trace.txt",
                         *options], folder, "simbox.txt")
@@ -48,7 +51,7 @@ def start_simbox(screen, command, folder, *options):
     return box
 
 
-# "take" is called once with the name of each window.
+# Calls `take` with the name of each window when it is shown, for some windows more than once.
 def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="edited.hex"):
     def opens(menu, entry, title, picture):
         app.menu(menu, entry)
@@ -77,7 +80,7 @@ def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="e
     def shows(image):
         app.item(f"{sum(image[:CHIP_BYTES]) % 65536:04X}", LABEL)  # the checksum
 
-    # Not blank, so that programming succeeds only after an erase.
+    # The chip is not blank, so that programming succeeds only after an erase.
     box = start_simbox(screen, simbox, folder, "--fill", "A5", "--chip", folder / "chip.bin")
     app = screen.start(quorven, folder, env=env)
     image = read_hex(folder / sample)
@@ -107,12 +110,12 @@ def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="e
     app.menu("Buffer", "Edit")
     app.keys("7", "1")
     shows(edited)
-    (folder / copy).write_text("old")  # overwritten without a confirmation
+    (folder / copy).write_text("old")  # is overwritten without a confirmation
     file("Save", "Save As", copy, "file-options")
     same(copy, read_hex(folder / copy), edited[:CHIP_BYTES].ljust(65536, b"\xff"))
     app.menu("Device", "Function")
     app.select("Function", "Read")
-    app.press("Run")  # which closes the window
+    app.press("Run")  # the window closes after a successful Read
     app.window(MAIN, 60)
     shows(image)
     app.until("power-down", lambda: frames(folder)[-2:] == POWER_DOWN)

@@ -7,20 +7,23 @@
 #       assert app.wait(20) == 0 and app.output() == ""
 #
 # A Screen is an X server with a window manager and an accessibility bus; a Python process can have
-# one. What was started on it is stopped with it, in reverse order, even if Python is killed.
+# only one. At its end, a Screen stops the processes that were started on it, in reverse order. If
+# Python is killed, they are killed too.
 #
-# A process is a subprocess.Popen. Its windows are found by process group, so a wrapper may fork.
-# Each method waits until it can act, and raises TimeoutError after its time limit (seconds) or as soon
-# as the process has ended. Controls are found by their accessible name, as a screen reader says it,
-# and their Role, where BUTTON, TEXT and LABEL have a short name.
+# A process is a subprocess.Popen. Its windows are those of its process group, so the command may be
+# a wrapper that forks. Each method waits until it can act, and raises TimeoutError after its time
+# limit (in seconds) or as soon as the process has ended. Controls are found by their accessible
+# name, which is what a screen reader says, and by their Role; BUTTON, TEXT and LABEL are short
+# names of three roles.
 #
 #   screen.env                       the environment of its processes; start(env=...) adds to it
 #   screen.server                    the X server's process
-#   screen.picture(path)             of the active window without its frame
+#   screen.picture(path)             saves a picture of the active window without its frame
 #   process.output(), .stop(signal=SIGTERM) -> exit status
 #   app.until(what, condition, seconds=20)    polls; returns the first true value
-#   app.window(title)                waits until that window is active; app.front(): the active one
-#   app.find(name, role=None)        a visible item of any window, or None; .item waits
+#   app.window(title)                waits until this window is active
+#   app.front()                      the active window, or None
+#   app.find(name, role=None)        a visible item of any window, or None; app.item() waits for it
 #   app.press(name), .select(list, row), .fill(text box, text), .menu(menu, entry)
 #   app.keys("ctrl+a", "Down")
 #   app.message(title, text)         waits for this message box, then presses OK
@@ -37,7 +40,7 @@ import time
 import gi
 
 gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi, GLib  # noqa: E402  (the version comes first)
+from gi.repository import Atspi, GLib  # noqa: E402  (the version must be set first)
 
 Role, State = Atspi.Role, Atspi.StateType
 BUTTON = getattr(Role, "BUTTON", None) or Role.PUSH_BUTTON  # renamed in at-spi 2.56
@@ -56,13 +59,13 @@ def children(item):
 def shown(item):
     if has(item, State.SHOWING):
         yield item
-        if item.get_role() not in (Role.TABLE, Role.TREE):  # many files in the file dialog
+        if item.get_role() not in (Role.TABLE, Role.TREE):  # the file dialog may list many files
             for child in children(item):
                 yield from shown(child)
 
 
 class Process(subprocess.Popen):
-    active = 0  # when one of its windows was last active, seconds
+    active = 0  # time in seconds when one of its windows was last active
 
     def __init__(self, screen, command, folder, log, env):
         self.ask, self.log = screen.ask, pathlib.Path(folder, log)
@@ -78,7 +81,7 @@ class Process(subprocess.Popen):
         return self.log.read_text("utf-8", "replace")
 
     def stop(self, number=signal.SIGTERM):
-        self.send_signal(number)  # unless it has ended
+        self.send_signal(number)  # no effect if it has ended
         return self.wait(10)
 
     def until(self, what, condition, seconds=20):
@@ -86,7 +89,7 @@ class Process(subprocess.Popen):
         while True:
             while GLib.MainContext.default().iteration(False):
                 pass
-            with contextlib.suppress(GLib.Error, ProcessLookupError):  # gone while being read
+            with contextlib.suppress(GLib.Error, ProcessLookupError):  # deleted while being read
                 if value := condition():
                     return value
             if time.monotonic() > end or self.poll() is not None:
@@ -129,7 +132,7 @@ class Process(subprocess.Popen):
             (item for item in shown(window) if item.get_name() == name
              and item.get_role() == BUTTON and has(item, State.ENABLED)), None))
         button.do_action(0)
-        with contextlib.suppress(GLib.Error):  # its window is closed
+        with contextlib.suppress(GLib.Error):  # the window has been closed
             while has(button, State.PRESSED):
                 time.sleep(0.02)
 
@@ -144,7 +147,8 @@ class Process(subprocess.Popen):
         Atspi.EditableText.set_text_contents(self.item(name, TEXT), text)
 
     # Opens the menu by its access key, moves down to the entry and presses Return. A window that
-    # accepts no input at the moment loses keys, so the first is repeated.
+    # accepts no input at the moment ignores keys, so the access key is repeated until the menu is
+    # open.
     def menu(self, name, entry):
         def opened():
             self.keys("alt+" + name[0].lower())
@@ -163,7 +167,7 @@ class Process(subprocess.Popen):
 class Screen(contextlib.ExitStack):
     def __init__(self, size="1024x768"):
         super().__init__()
-        signal.signal(signal.SIGTERM, signal.default_int_handler)  # runs every __exit__
+        signal.signal(signal.SIGTERM, signal.default_int_handler)  # to run every __exit__
         # A short name, because the paths of the sockets in it are limited in length.
         home = self.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
         bus = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={home}/bus"
@@ -171,9 +175,10 @@ class Screen(contextlib.ExitStack):
         self.env |= {"PATH": os.environ["PATH"], "HOME": home, "LC_ALL": "C.UTF-8",
                      "XDG_RUNTIME_DIR": home, "DBUS_SESSION_BUS_ADDRESS": bus,
                      "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-                     # Qt 6.8 prints a line when asked for a control that has just gone.
+                     # Qt 6.8 prints a line when asked for a control that has just been deleted.
                      "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
-        # If the bus started its services on demand, they might be too late for the client library.
+        # If the bus started its services on demand, they might start too late for the client
+        # library.
         for command, sign in (
                 (["dbus-daemon", "--session", "--print-address", "--address=" + bus], bus),
                 (["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], ""),
@@ -191,12 +196,13 @@ class Screen(contextlib.ExitStack):
     def start(self, command, folder, log="console.txt", env=None):
         return self.enter_context(Process(self, command, folder, log, self.env | (env or {})))
 
-    # The tool's output. Failure is ignored: the tool fails if no window is active.
+    # Runs the tool and returns its output. Its failure is ignored: it fails if no window is active.
     def ask(self, *words, tool="xdotool"):
         return subprocess.run([tool, *words], env=self.env, check=False, capture_output=True,
                               timeout=20).stdout
 
-    # Waits until two successive screenshots are equal.
+    # Saves the first screenshot that is equal to the one before it, so that the window is fully
+    # drawn.
     def picture(self, path):
         def shot():
             return self.ask("-silent", "-window", self.ask("getactivewindow").strip(), "+dither",

@@ -1,17 +1,19 @@
 #!/usr/bin/env bash
 # fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzzers with Clang and runs each target (by default
 # all in fuzz/) for that many seconds or executions: "fuzz.sh 60", "fuzz.sh 1000000x intel_hex".
-# Prints a line for each target; the status is 0 only if nothing was found. A target consists of a
-# source in fuzz/, an entry in fuzz/CMakeLists.txt and in max_bytes below, and a folder in
-# fuzz/corpus/, which every test run replays: ctest --preset dev -R replay.
+# Prints a line for each target; the exit status is 0 only if no fault was found. A target consists
+# of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in max_bytes below, and a folder
+# of inputs in fuzz/corpus/. Every test run replays these inputs: ctest --preset dev -R replay.
 #
-# New inputs are kept in build/fuzz/corpus/. The input of a finding is kept and its path printed.
-# Reproduce the finding, minimise it, fix the cause, and copy the input to fuzz/corpus/TARGET:
+# New inputs are kept in build/fuzz/corpus/. An input that reveals a fault is kept in
+# build/fuzz/findings/ and its path is printed. Reproduce the fault with the first of these
+# commands, minimise the input with the second, fix the cause, and copy the minimised input to
+# fuzz/corpus/TARGET:
 #
 #   build/fuzz/fuzz-build/fuzz_TARGET INPUT
 #   build/fuzz/fuzz-build/fuzz_TARGET -minimize_crash=1 -runs=100000 INPUT
 #
-# To reduce a corpus to the minimum of files that reach all known code:
+# To copy to fuzz/corpus/TARGET only those new inputs that reach code that its inputs do not reach:
 #
 #   build/fuzz/fuzz-build/fuzz_TARGET -merge=1 -use_counters=0 fuzz/corpus/TARGET build/fuzz/corpus/TARGET
 set -euo pipefail
@@ -30,11 +32,11 @@ limit=-max_total_time=$1
 shift
 found=0
 
-# statistic LOG NAME: one of the final statistics in libFuzzer's log.
+# statistic LOG NAME: prints one of the final statistics in libFuzzer's log.
 statistic() { sed -n "s/^stat::$2: *//p" "$1"; }
 
 scripts/setup.sh clang libclang-rt-dev
-cmake --preset fuzz >/dev/null # errors go to the error output
+cmake --preset fuzz >/dev/null # errors are still printed
 cmake --build --preset fuzz -- --quiet
 (($# > 0)) || set -- "${!max_bytes[@]}"
 for target in "$@"; do

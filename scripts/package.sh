@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the Debian package from the release build: build/package/quorven_VERSION_ARCHITECTURE.deb.
-# The same source gives the same bytes on the same Debian release; all timestamps in it are the
-# changelog's. Then runs all lintian checks, and checks the hardening that lintian does not check.
+# The same sources give the same bytes on the same Debian release; every timestamp in the package is
+# the date of the newest entry in the change log.
+# Then runs all lintian checks, and checks the hardening that lintian does not check.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -9,7 +10,7 @@ scripts/build.sh
 
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l build/packaging-build/changelog -S Timestamp)
 export SOURCE_DATE_EPOCH
-umask 022 # directories get their mode from it
+umask 022 # determines the mode of the directories in the package
 rm -rf build/package
 (cd build && cpack >package.log 2>&1) || { cat build/package.log >&2; exit 1; }
 rm -r build/package/_CPack_Packages

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Sets up, builds, and runs the program with the simulated programmer at port 5, in build/run; the
-# exit status is the program's. Without a display it runs the demo of scripts/demo.py on a virtual
-# one instead, with pictures in build/run/pictures.
+# Installs missing packages, builds the release, and runs the program in build/run with the
+# simulated programmer as port 5. The exit status is that of the program. Without a display, this
+# script instead runs scripts/demo.py on a virtual screen and saves the pictures in
+# build/run/pictures.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -17,7 +18,7 @@ exec {ready}< <(exec ../simbox --link com5 --trace trace.txt --chip chip.bin --f
 started=$!
 trap 'kill $started 2>/dev/null || true; wait' EXIT
 read -ru "$ready"
-# In the background, so that a signal to this script is handled at once.
+# The program runs in the background, so that this script handles a signal at once.
 ../quorven &
 started="$! $started"
 wait "$!"

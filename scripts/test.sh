@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Sets up, builds with sanitizers and warnings as errors, runs every test, checks the formatting,
-# runs clang-tidy on the sources, builds the release and its package, and checks the package. The
-# last line counts the tests; the status is 0 only if nothing failed.
+# Installs missing packages, builds with sanitizers and warnings as errors, runs every test, checks
+# the formatting, runs clang-tidy on the sources, builds the release and its package, and checks the
+# package. The last line states how many tests passed and failed; the exit status is 0 only if
+# nothing failed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -15,18 +16,18 @@ lint_status=0
 package_status=0
 
 build() {
-    cmake --preset ci >/dev/null # errors go to the error output
+    cmake --preset ci >/dev/null # errors are still printed
     cmake --build --preset ci -- --quiet
 }
 
-# Two at a time: most tests wait for clocks and pseudo-terminals.
+# Runs two tests at a time, because most tests spend their time waiting.
 run_tests() {
     rm -f "$results"
     ctest --test-dir build/ci --parallel 2 --output-on-failure --no-tests=error \
         --output-junit "$results" </dev/null || test_status=$?
 }
 
-# C++ sources and headers in the given folders; missing folders are skipped.
+# Prints the names of the C++ sources and headers in the given folders; missing folders are skipped.
 sources() {
     local folder
     for folder in "$@"; do
@@ -46,7 +47,7 @@ check_format() {
     fi
 }
 
-# Its findings are errors, see .clang-tidy.
+# All findings of clang-tidy are errors (see .clang-tidy).
 check_lint() {
     echo
     local files
@@ -69,8 +70,8 @@ check_package() {
     fi
 }
 
-# Counts the lines, in the files listed on standard input, that are neither blank nor only a
-# comment; $1 is what begins a comment.
+# Counts the lines that are neither blank nor only a comment, in the files listed on standard input;
+# $1 is the start of a comment.
 count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
 # Test lines include everything used only for testing, except images and corpora.
@@ -83,10 +84,11 @@ show_test_share() {
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 
-# A number from the root element of the results, 0 if it is missing.
+# Prints the number in attribute $1 of the root element of the results, 0 if the attribute is
+# missing.
 counted() { printf '%d\n' "$(sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1)"; }
 
-# A skipped or disabled test counts as a failed run.
+# Prints the last line. A skipped or disabled test makes the whole run fail.
 count() {
     local all failed skipped
     all=$(counted tests)

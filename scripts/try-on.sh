@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
-# try-on.sh RELEASE [PACKAGE]: tests QUORVEN on a Debian release (bookworm or trixie).
-# In minimal roots, builds it and runs scripts/test.sh; builds the package again in another folder, as
-# another user, and compares the bytes; installs it in a clean root, uses the program, removes the
-# package and looks for files left. With PACKAGE, begins with installing that file.
+# try-on.sh RELEASE [PACKAGE]: tests QUORVEN on a Debian release (bookworm or trixie) in minimal
+# root file systems. Runs scripts/test.sh; builds the package again in another folder as another
+# user and compares the two packages; installs the package in a clean root, uses the program,
+# removes the package and looks for files left. With PACKAGE, skips the builds and tests and starts
+# by installing that file.
 #
-# Needs root and the network; the tested programs have no network. build/try-on/RELEASE keeps the
-# roots, builds, package and pictures. Mounts and processes end with the script, however it ends.
+# Needs root and the network; the tested programs have no network. The roots, builds, package and
+# pictures are kept in build/try-on/RELEASE. Mounts and processes end with this script.
 set -euo pipefail
 
 if [[ $(id -u) != 0 || $# == 0 ]]; then
-    sed -n '2,8s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,9s/^# \{0,1\}//p' "$0" >&2
     exit 1
 fi
 [[ ${QUORVEN_NAMESPACES:-} ]] || QUORVEN_NAMESPACES=1 exec unshare --mount --pid --fork --kill-child \
@@ -20,7 +21,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cache=$PWD/build/try-on/$release
 work=$cache/work
 tools=$work/tools      # a root with everything that setup.sh installs
-clean=$tools/clean     # a root with only the package; inside $tools, whose programs can enter it
+clean=$tools/clean     # a root with only the package; inside $tools for its programs to enter
 user_home="/home/Zoë Müller" # a space and a non-ASCII letter, as in real names
 folder=$user_home/.local/share/quorven
 user=59871
@@ -28,7 +29,7 @@ user=59871
 step() { printf '\n== %s\n' "$*"; }
 fail() { echo "try-on: FAILED: $*" >&2 && exit 1; }
 
-# in_root ROOT COMMAND...: as root, with the network.
+# in_root ROOT COMMAND...: runs the command in ROOT as root, with the network.
 in_root() {
     local root=$1
     shift
@@ -36,21 +37,23 @@ in_root() {
         DEBIAN_FRONTEND=noninteractive "$@"
 }
 
-# as_user COMMAND...: without the network and without root's capabilities, except to enter $clean.
+# as_user COMMAND...: runs the command in $tools as the user, without the network and without any of
+# root's capabilities except the one to enter $clean.
 as_user() {
     unshare --net chroot "$tools" setpriv --reuid="$user" --regid="$user" --clear-groups \
         --bounding-set=-all,+sys_chroot --inh-caps=-all,+sys_chroot --ambient-caps=+sys_chroot \
         env -i PATH=/usr/bin:/bin HOME="$user_home" LC_ALL=C.UTF-8 "$@"
 }
 
-# logged NAME COMMAND...: writes the output to NAME.log; shows its end only on failure.
+# logged NAME COMMAND...: runs the command with its output in NAME.log; on failure, prints the end
+# of the log.
 logged() {
     local log=$cache/$1.log
     shift
     "$@" >"$log" 2>&1 </dev/null || { tail -n 30 "$log" >&2 && fail "$*"; }
 }
 
-# mount_root ROOT LOWER UPPER: mounts LOWER at ROOT, with changes kept in UPPER.
+# mount_root ROOT LOWER UPPER: mounts LOWER at ROOT; changes are stored in UPPER.
 mount_root() {
     mkdir -p "$1" "$3" "$3.work"
     mount -t overlay overlay -o "lowerdir=$2,upperdir=$3,workdir=$3.work" "$1"
@@ -94,8 +97,8 @@ mount_roots() {
     done
 }
 
-# copy_sources FOLDER BUILD: copies them to FOLDER in $tools; its build folder is BUILD in the
-# cache.
+# copy_sources FOLDER BUILD: copies the sources to FOLDER in $tools and mounts the folder BUILD of
+# the cache as their build folder.
 copy_sources() {
     mkdir -p "$tools$1/build" "$cache/$2"
     mount --bind "$cache/$2" "$tools$1/build"
@@ -105,7 +108,7 @@ copy_sources() {
 test_and_build() {
     step "scripts/test.sh on $release"
     copy_sources "$user_home/quorven" build
-    copy_sources /srv/again again # now, as the sources might change during the tests
+    copy_sources /srv/again again # before the tests, during which the sources might change
     chown -R "$user:$user" "$tools$user_home/quorven"
     as_user sh -c 'cd ~/quorven && scripts/test.sh'
 
@@ -123,7 +126,7 @@ files_in_clean() {
     find "$clean" -xdev -path "$clean/var/cache/apt/archives" -prune -o -printf '/%P\n' | sort
 }
 
-# Without recommended packages: the dependencies alone must suffice.
+# Installs no recommended packages, because the dependencies alone must suffice.
 install_package() {
     step "apt install ./$(basename "$package") on $release"
     logged update in_root "$clean" apt-get update
@@ -156,7 +159,7 @@ use_program() {
     rm -r "$tools$user_home/pictures"
 }
 
-# The only new files may be records of apt and debconf and the user's folder; no file may be
+# Only records of apt and debconf may be left, and the user's folder must be left; no file may be
 # missing.
 remove_package() {
     step "apt purge quorven, and what came with it"

@@ -59,21 +59,21 @@ Taker firmware(std::string& target) {
 std::vector<Option> optionsFor(Settings& s) {
     return {
         {"--link PATH", "create the symbolic link PATH to the terminal", path(s.linkPath)},
-        {"--chip FILE", "keep the chip in FILE (64 KiB, plain bytes) and FILE.lock",
+        {"--chip FILE", "keep the chip's contents in FILE, its lock state in FILE.lock",
          path(s.chipFile)},
-        {"--trace FILE", "trace frames, replies and protocol errors to FILE; - is stdout",
+        {"--trace FILE", "trace frames, replies and protocol errors to FILE (-: stdout)",
          path(s.traceFile)},
-        {"--baud N", "speed of the line, 57600 if not given",
+        {"--baud N", "speed of the line, default 57600",
          number(s.options.baud, 10, 1, 4'000'000, "a number from 1 to 4000000 expected")},
         {"--no-pace", "unthrottled: bytes take no time on the line", flag(s.unthrottled)},
-        {"--write-time US", "microseconds from a write frame to its reply, 0 if not given",
+        {"--write-time US", "microseconds from a write frame to its reply, default 0",
          number(s.options.writeTimeUs, 10, 0, 60'000'000,
                 "microseconds from 0 to 60000000 expected")},
-        {"--fill HH", "value of every byte of a new chip, A5 if not given",
+        {"--fill HH", "value of every byte of a new chip, default A5",
          number(s.options.fill, 16, 0, 0xFF, "a byte in hexadecimal expected")},
         {"--firmware TEXT", "firmware text, 12 characters", firmware(s.options.firmware)},
-        {"--fault TEXT", "a fault (see below), can be repeated", fault(s.options.faults)},
-        {"--help", "this text", flag(s.help)},
+        {"--fault TEXT", "inject a fault (see below); can be repeated", fault(s.options.faults)},
+        {"--help", "print this text and exit", flag(s.help)},
     };
 }
 
@@ -85,10 +85,9 @@ std::string HelpText() {
     for (const Option& option : optionsFor(unused))
         text += HelpLine(option.text, option.meaning);
     return text + "\nFaults:\n" + FaultHelp() +
-           "\nIt runs until it receives SIGTERM, SIGINT or SIGHUP, or its cable is pulled. Exit\n"
-           "status: 0 success, 1 the terminal or a file failed, 2 invalid option, 3 protocol "
-           "errors\n"
-           "(see the trace, lines with !).\n";
+           "\nsimbox runs until it receives SIGTERM, SIGINT or SIGHUP, or until the fault \"pull\" "
+           "occurs.\nExit status: 0 success, 1 error of the pseudo-terminal or of a file, 2 "
+           "invalid option,\n3 protocol errors (in the trace, the lines with !).\n";
 }
 
 std::variant<Settings, std::string> ParseCommandLine(std::span<const std::string_view> arguments) {

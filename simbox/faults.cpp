@@ -22,7 +22,7 @@ struct Form {
 
 constexpr std::array<Form, 13> forms{{
     {"silent@F", Silent, "no reply to the frame"},
-    {"silent-from@F", SilentFrom, "no reply to the frame and to all later ones"},
+    {"silent-from@F", SilentFrom, "no reply to the frame or to any later frame"},
     {"short@F:K", Short, "reply truncated to K bytes"},
     {"long@F:K", Long, "K extra bytes after the reply"},
     {"late@F:Tms", Late, "reply T milliseconds late"},
@@ -33,7 +33,7 @@ constexpr std::array<Form, 13> forms{{
     {"identify:K", Identify, "every identify reply has K bytes"},
     {"program-error:A", ProgramError,
      "every write that includes chip address A (4 hex digits) fails there"},
-    {"lie:A", Lie, "every write skips the byte at A and reports success"},
+    {"lie:A", Lie, "every write that includes A skips that byte but reports success"},
     {"pull@F", Pull, "the cable is pulled after the frame, before its reply"},
 }};
 
@@ -132,8 +132,9 @@ std::string FaultHelp() {
     std::string text;
     for (const Form& form : forms)
         text += HelpLine(form.text, form.meaning);
-    return text + "F is the frame: 7 is the 7th frame, W3 the 3rd \"W\", R every \"R\". Counting "
-                  "starts at 1\nand includes every whole frame, the identify frame too.\n";
+    return text +
+           "F selects frames: 7 is the 7th frame, W3 the 3rd \"W\" frame, R every \"R\" frame. "
+           "Counting\nstarts at 1 and includes every complete frame, also the identify frame.\n";
 }
 
 std::string HelpLine(std::string_view text, std::string_view meaning) {
