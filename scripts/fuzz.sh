@@ -13,7 +13,7 @@
 #   build/fuzz/fuzz-build/fuzz_TARGET INPUT
 #   build/fuzz/fuzz-build/fuzz_TARGET -minimize_crash=1 -runs=100000 INPUT
 #
-# To copy to fuzz/corpus/TARGET only those new inputs that reach code that its inputs do not reach:
+# To add to fuzz/corpus/TARGET only those new inputs that reach additional code:
 #
 #   build/fuzz/fuzz-build/fuzz_TARGET -merge=1 -use_counters=0 fuzz/corpus/TARGET build/fuzz/corpus/TARGET
 set -euo pipefail
