@@ -10,23 +10,19 @@
 # folder, at a screen scale of 200 % if SCALE is 2.
 
 import pathlib
-import re
 import shutil
 import subprocess
 import sys
 
-from driver import BUTTON, LABEL, Screen, State, has
+from driver import (BUTTON, LABEL, POWER_DOWN, ROOT, Screen, State, frames, has, same,
+                    start_simbox)
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
 SETTINGS = (ROOT / "data/quorven.cfg").read_text().split()
-MAIN = "QUORVEN ~ USB Programmer - Ver." + SETTINGS[3].strip('"')
 CHIP_BYTES = 4096
-POWER_DOWN = ["set supplies 0 0 0", "release socket"]
-
-
-def same(what, found, expected):
-    if found != expected:
-        raise AssertionError(f"{what}: {found!r}, not {expected!r}")
+quorven, simbox, folder = [pathlib.Path(path).resolve() for path in sys.argv[1:4]]
+pictures, scale = [*sys.argv[4:], None, "1"][:2]
+sample, copy = (("sample.hex", "edited.hex") if pictures else
+                ("Gerät № 1.hex", "Kopie für später.hex"))
 
 
 # Returns the contents of an Intel HEX file as 64 KiB from address 0, with FF where the file has no
@@ -37,52 +33,52 @@ def read_hex(path):
     return bytearray(pathlib.Path(f"{path}.bin").read_bytes())
 
 
-# Returns the meaning of each frame in the trace that the simulated programmer has written to this
-# folder.
-def frames(folder):
-    return re.findall(" > .*  (.*)", (folder / "trace.txt").read_text())
+def take(name):
+    if pictures:
+        screen.picture(pathlib.Path(pictures, f"{name}{'-2x' * (scale == '2')}.png"))
 
 
-# Starts the simulated programmer as port 5 of a program that runs in this folder.
-def start_simbox(screen, command, folder, *options):
-    box = screen.start([*command, "--link", folder / "com5", "--trace", folder / "trace.txt",
-                        *options], folder, "simbox.txt")
-    box.until("programmer", lambda: "simbox ready" in box.output())
-    return box
+def opens(menu, entry, title, picture):
+    app.menu(menu, entry)
+    app.window(title)
+    take(picture)
 
 
-# Calls `take` with the name of each window when it is shown, for some windows more than once.
-def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="edited.hex"):
-    def opens(menu, entry, title, picture):
-        app.menu(menu, entry)
-        app.window(title)
-        take(picture)
+def file(entry, title, name, picture):
+    app.menu("File", entry)
+    app.window(title)
+    app.fill("File name:", name)
+    app.keys("Return")
+    app.window("")
+    take(picture)
+    app.press("OK")
+    app.item(f"File: {folder}/{name}", LABEL)
 
-    def file(entry, title, name, picture):
-        app.menu("File", entry)
-        app.window(title)
-        app.fill("File name:", name)
-        app.keys("Return")
-        app.window("")
-        take(picture)
-        app.press("OK")
-        app.item(f"File: {folder}/{name}", LABEL)
 
-    def run(name, *lines):
-        app.menu("Device", "Function")
-        app.select("Function", name)
-        app.press("Run")
-        app.until(lines, lambda: all(app.find(line, LABEL) for line in lines), 60)
-        app.until("end", lambda: has(app.find("Run", BUTTON), State.ENABLED))
-        take("function")
-        app.press("Close")
+def run(name, *lines):
+    app.menu("Device", "Function")
+    app.select("Function", name)
+    app.press("Run")
+    app.until(lines, lambda: all(app.find(line, LABEL) for line in lines), 60)
+    app.until("end", lambda: has(app.find("Run", BUTTON), State.ENABLED))
+    take("function")
+    app.press("Close")
 
-    def shows(image):
-        app.item(f"{sum(image[:CHIP_BYTES]) % 65536:04X}", LABEL)  # the checksum
 
+def shows(image):
+    app.item(f"{sum(image[:CHIP_BYTES]) % 65536:04X}", LABEL)  # the checksum
+
+
+shutil.rmtree(folder, ignore_errors=True)
+shutil.copytree(ROOT / "data", folder)
+(folder / "sample.hex").rename(folder / sample)
+with Screen("2048x1536") as screen:
+    home = screen.env["HOME"]
+    subprocess.run(["localedef", "-i", "de_DE", "-f", "ISO-8859-1", home + "/de_DE"], check=True)
+    env = {"LOCPATH": home, "LC_ALL": "de_DE", "QT_SCALE_FACTOR": scale}
     # The chip is not blank, so that programming succeeds only after an erase.
     box = start_simbox(screen, simbox, folder, "--fill", "A5", "--chip", folder / "chip.bin")
-    app = screen.start(quorven, folder, env=env)
+    app = screen.start([quorven], folder, env=env)
     image = read_hex(folder / sample)
     edited = b"\x71" + image[1:]
     app.item("USB Programmer", LABEL)
@@ -90,7 +86,6 @@ def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="e
     app.window("Device Found!")
     take("device-found")
     app.message("Device Found!", "Firmware: SimBox v1.00")
-    app.window(MAIN)
     opens("Options", "Edit Auto", "Edit Auto", "edit-auto")
     app.press("Remove all")
     for name in ("Erase", "Blank", "Program", "Verify"):
@@ -116,7 +111,7 @@ def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="e
     app.menu("Device", "Function")
     app.select("Function", "Read")
     app.press("Run")  # the window closes after a successful Read
-    app.window(MAIN, 60)
+    app.until("closed window", lambda: not app.find("Run", BUTTON), 60)
     shows(image)
     app.until("power-down", lambda: frames(folder)[-2:] == POWER_DOWN)
     for window in (("Buffer", "Fill", "Buffer Fill", "fill"), ("Help", "About", "", "about"),
@@ -133,23 +128,3 @@ def job(screen, quorven, simbox, folder, env, take, sample="sample.hex", copy="e
     same("status, console, status of simbox", (app.wait(20), app.output(), box.stop()), (0, "", 0))
     same("settings", (folder / "quorven.cfg").read_text().split(),
          [*SETTINGS[:2], "22", *SETTINGS[3:]])
-
-
-def main(quorven, simbox, folder, pictures=None, scale="1"):
-    def take(name):
-        if pictures:
-            screen.picture(pathlib.Path(pictures, f"{name}{'-2x' * (scale == '2')}.png"))
-    names = ("sample.hex", "edited.hex") if pictures else ("Gerät № 1.hex", "Kopie für später.hex")
-    quorven, simbox, folder = [pathlib.Path(path).resolve() for path in (quorven, simbox, folder)]
-    shutil.rmtree(folder, ignore_errors=True)
-    shutil.copytree(ROOT / "data", folder)
-    (folder / "sample.hex").rename(folder / names[0])
-    with Screen("2048x1536") as screen:
-        home = screen.env["HOME"]
-        subprocess.run(["localedef", "-i", "de_DE", "-f", "ISO-8859-1", home + "/de_DE"], check=True)
-        env = {"LOCPATH": home, "LC_ALL": "de_DE", "QT_SCALE_FACTOR": scale}
-        job(screen, [quorven], [simbox], folder, env, take, *names)
-
-
-if __name__ == "__main__":
-    main(*sys.argv[1:])

@@ -45,6 +45,8 @@ from gi.repository import Atspi, GLib  # noqa: E402  (the version must be set fi
 Role, State = Atspi.Role, Atspi.StateType
 BUTTON = getattr(Role, "BUTTON", None) or Role.PUSH_BUTTON  # renamed in at-spi 2.56
 TEXT, LABEL = Role.TEXT, Role.LABEL
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+POWER_DOWN = ["set supplies 0 0 0", "release socket"]
 
 
 def has(item, state):
@@ -64,13 +66,32 @@ def shown(item):
                 yield from shown(child)
 
 
+def same(what, found, expected):
+    if found != expected:
+        raise AssertionError(f"{what}: {found!r}, not {expected!r}")
+
+
+# Returns the meaning of each frame in the trace that the simulated programmer has written to this
+# folder.
+def frames(folder):
+    return re.findall(" > .*  (.*)", (folder / "trace.txt").read_text())
+
+
+# Starts the simulated programmer as port 5 of a program that runs in this folder.
+def start_simbox(screen, simbox, folder, *options):
+    box = screen.start([simbox, "--link", folder / "com5", "--trace", folder / "trace.txt",
+                        *options], folder, "simbox.txt")
+    box.until("programmer", lambda: "simbox ready" in box.output())
+    return box
+
+
 class Process(subprocess.Popen):
     active = 0  # time in seconds when one of its windows was last active
 
     def __init__(self, screen, command, folder, log, env):
         self.ask, self.log = screen.ask, pathlib.Path(folder, log)
         with open(self.log, "wb") as output:
-            super().__init__(["setpriv", "--pdeathsig", "KILL", *command], cwd=folder, env=env,
+            super().__init__(["setpriv", "--pdeathsig", "TERM", *command], cwd=folder, env=env,
                              stdin=subprocess.DEVNULL, stdout=output, stderr=output,
                              process_group=0)
 
@@ -82,7 +103,10 @@ class Process(subprocess.Popen):
 
     def stop(self, number=signal.SIGTERM):
         self.send_signal(number)  # no effect if it has ended
-        return self.wait(10)
+        try:
+            return self.wait(10)
+        finally:
+            self.kill()
 
     def until(self, what, condition, seconds=20):
         end = time.monotonic() + seconds

@@ -15,8 +15,7 @@ import signal
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
-from demo import POWER_DOWN, ROOT, frames, same, start_simbox  # noqa: E402
-from driver import Screen  # noqa: E402
+from driver import POWER_DOWN, ROOT, Screen, frames, same, start_simbox  # noqa: E402
 
 # What ends the program, its state and any obstacle: the exit status and a text on the console.
 CASES = {"SIGTERM-idle": (0, ""), "SIGINT-run": (0, ""), "SIGHUP-message": (0, ""),
@@ -51,7 +50,7 @@ shutil.copytree(ROOT / "data", folder)
 (folder / "quorven.cfg").write_bytes(OLD_SETTINGS)
 with Screen() as screen:
     # 0.1 s for each of 256 blocks, so that no run ends before the test has acted.
-    box = start_simbox(screen, [simbox], folder, "--fill", "FF", "--write-time", "100000",
+    box = start_simbox(screen, simbox, folder, "--fill", "FF", "--write-time", "100000",
                        *(["--fault", "silent-from@W3"] if state == "message" else []))
     lock = pathlib.Path("/run/lock/LCK..pts_" + os.readlink(folder / "com5")[9:])
     # Signals that the parent process ignores stay ignored. Arguments, even Qt's, have no effect.
