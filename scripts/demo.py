@@ -20,7 +20,7 @@ from driver import (BUTTON, LABEL, POWER_DOWN, ROOT, Screen, State, frames, has,
 SETTINGS = (ROOT / "data/quorven.cfg").read_text().split()
 CHIP_BYTES = 4096
 quorven, simbox, folder = [pathlib.Path(path).resolve() for path in sys.argv[1:4]]
-pictures, scale = [*sys.argv[4:], None, "1"][:2]
+pictures, scale = sys.argv[4:] + [None, "1"][len(sys.argv) - 4:]
 sample, copy = (("sample.hex", "edited.hex") if pictures else
                 ("Gerät № 1.hex", "Kopie für später.hex"))
 
