@@ -16,10 +16,10 @@ bool isLineEnd(char character) {
     return character == '\r' || character == '\n';
 }
 
-// The item in quotes, truncated to fit a message.
+// How an error message shows the item: in double quotes, truncated if it is long.
 std::string shown(std::string_view item) {
     std::size_t maxBytes = 40;
-    if (item.find('\0') != std::string_view::npos) // would truncate the message
+    if (item.find('\0') != std::string_view::npos) // a zero byte would truncate the message
         return "a zero byte, so the file is not plain text";
     if (item.size() <= maxBytes)
         return "\"" + std::string(item) + "\"";

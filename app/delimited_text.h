@@ -1,5 +1,5 @@
-// Delimited text: the format of the settings file, the device list, the Auto sequence and the
-// records of an Intel HEX file.
+// Delimited text: the format of the settings file, the device list, the Auto file and an Intel HEX
+// file, in which each record is one item.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
 // Blanks before an item are skipped. An item that starts with a double quote is returned without
@@ -14,7 +14,7 @@ namespace modFunc {
 
 class DelimitedReader {
 public:
-    // `fileName` is used in error messages. The reader keeps the text.
+    // `fileName` is used in error messages. The reader stores `text`.
     DelimitedReader(std::string fileName, std::string text);
     DelimitedReader(const DelimitedReader&) = delete;
     DelimitedReader& operator=(const DelimitedReader&) = delete;
@@ -22,10 +22,10 @@ public:
     // True if no item is left.
     bool atEnd() const { return position_ >= text_.size(); }
 
-    // The next item. The view is valid as long as the reader exists. Each of these throws
-    // platform::FileError if the file has ended, a quote is not closed on its line, or the item is
-    // not valid. The message contains the file, the item's line, number and `meaning` (such as
-    // "device count"), what was expected and what was found.
+    // The next item. The view is valid as long as the reader exists. NextString, NextNumber and
+    // NextInt16 throw platform::FileError if the file has ended, a quote is not closed on its line,
+    // or the item is not valid. The message contains the file name, the item's line, number and
+    // `meaning` (such as "device count"), what was expected and what was found.
     std::string_view NextString(std::string_view meaning);
     // A decimal integer from `min` to `max`, inclusive, with an optional sign.
     std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);

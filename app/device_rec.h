@@ -5,9 +5,10 @@
 
 namespace modFunc {
 
-// One row of the device catalogue, in the order of the file. An empty row has empty strings and
-// zeros. The file may contain numbers outside the ranges given here; the device functions reject
-// such a device.
+// One row of the device catalogue. The fields are in the order of the file. An empty row has empty
+// strings and zeros. The file may contain numbers outside the ranges given here. The device
+// functions reject a device whose Family or Size is outside its range, and Program also rejects a
+// PageSize outside its range.
 struct DeviceRec {
     std::string Name;        // shown to the user
     std::string Text2;       // not used

@@ -13,36 +13,36 @@ struct FamilyGroup {
     std::uint8_t Reserved = 0;
     std::uint8_t PinP = 0;        // pin pattern, first byte, sent in "S" or "T"
     std::uint8_t PinQ = 0;        // pin pattern, second byte
-    std::uint8_t LockA = 0;       // first byte of "L"
-    std::uint8_t LockB = 0;       // second byte of "L"
+    std::uint8_t LockA = 0;       // first parameter of "L"
+    std::uint8_t LockB = 0;       // second parameter of "L"
     std::uint8_t WriteOption = 0; // write option of "W"
     std::uint8_t SupplyV1 = 0;    // supply bytes of "V"
     std::uint8_t SupplyV2 = 0;
     std::uint8_t SupplyV3 = 0;
 };
 
-// One row: ten groups, then five bytes common to the family. The order of the fields is the order
-// of the table's offsets 0 to 94.
+// One row: ten groups, then five bytes common to the family. The fields are in the order of their
+// offsets in the row, 0 to 94.
 struct FamilyRec {
-    FamilyGroup Program{}; // offsets 0-8
-    FamilyGroup Read{};    // 9-17; also Blank check and Verify, and the set-up of page writing
-    FamilyGroup Lock1{};   // 18-26; the supplies of all lock steps
-    FamilyGroup Lock2{};   // 27-35; its supplies are not sent
-    FamilyGroup Lock3{};   // 36-44
-    FamilyGroup Spare5{};  // 45-53; not sent
-    FamilyGroup Erase{};   // 54-62
-    FamilyGroup Spare7{};  // 63-71; not sent
-    FamilyGroup Spare8{};  // 72-80; zero
-    FamilyGroup Spare9{};  // 81-89; zero
-    std::uint8_t SetupByte1 = 0; // 90; in every long "S" and every "T"
+    FamilyGroup Program{};       // offsets 0-8
+    FamilyGroup Read{};          // 9-17; also for Blank check, Verify and the set-up for writing
+    FamilyGroup Lock1{};         // 18-26; its supplies are used for all lock steps
+    FamilyGroup Lock2{};         // 27-35; its supplies are not sent
+    FamilyGroup Lock3{};         // 36-44; its supplies are not sent
+    FamilyGroup Spare5{};        // 45-53; not sent
+    FamilyGroup Erase{};         // 54-62
+    FamilyGroup Spare7{};        // 63-71; not sent
+    FamilyGroup Spare8{};        // 72-80; zero
+    FamilyGroup Spare9{};        // 81-89; zero
+    std::uint8_t SetupByte1 = 0; // 90; in every "T" and in every "S" except the release
     std::uint8_t SetupByte2 = 0; // 91; likewise
-    std::uint8_t ChipCode = 0;   // 92; in "R" and "W", and in "E" with a chip code
+    std::uint8_t ChipCode = 0;   // 92; in "R", "W" and the form of "E" that has a chip code
     std::uint8_t WriteMode = 0;  // 93; last byte of "W" in block form
     std::uint8_t ClassByte = 0;  // 94; class of the family, first parameter of "S" and "T"
 };
 static_assert(sizeof(FamilyRec) == 95);
 
-// Fills State::FamilyTable. Rows whose number is not a family contain zeros.
+// Fills State::FamilyTable. Rows that belong to no family contain zeros.
 void InitFamilyTable();
 
 } // namespace modFunc

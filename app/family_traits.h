@@ -1,5 +1,5 @@
-// Everything that depends on a chip family's number, except the bytes of its row in FamilyTable.
-// This is the only place where family numbers are compared.
+// Everything that depends on a chip family's number, except the bytes of the family's row in
+// FamilyTable. This is the only place where family numbers are compared.
 #pragma once
 
 #include "app/family_table.h"
@@ -10,14 +10,14 @@ namespace modFunc {
 enum class ErasePath {
     None,    // not supported
     Pulses,  // supplies and socket set up, then two erase frames with parameter 00
-    ChipCode // socket set up, then one erase frame with the chip code and two replies
+    ChipCode // socket set up, then one erase frame with the chip code, which has two replies
 };
 
 // How Program works after the supplies are set.
 enum class WritePath {
-    None,   // nothing is written: Program ends there
+    None,   // Program ends without writing anything
     Blocks, // 256 bytes at a time
-    Pages   // the device's PageSize at a time
+    Pages   // as many bytes at a time as the device's PageSize
 };
 
 // The frame that sets up the socket for Program.
@@ -30,9 +30,9 @@ enum class WriteSetUp {
 enum class ChipOutline { Long, Middle, Short };
 
 struct FamilyTraits {
-    bool inTable = false; // FamilyTable has a row with this number, even an empty one
+    bool inTable = false; // FamilyTable has a row with this number; the row may be empty
     ErasePath erase = ErasePath::None;
-    int erasePasses = 1; // when Erase runs on its own; as an Auto entry it makes one
+    int erasePasses = 1; // when Erase runs on its own; as an Auto entry it makes one pass
     WritePath write = WritePath::None;
     WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
     bool canLock = false;
@@ -40,7 +40,7 @@ struct FamilyTraits {
     ChipOutline outline = ChipOutline::Short;
 };
 
-// Accepts any number; the device functions reject one that is not in the table.
+// Accepts any number. The device functions reject a number that is not in the table.
 constexpr FamilyTraits TraitsOf(int family) {
     FamilyTraits traits;
     traits.inTable = family >= 0 && family <= lastFamily;

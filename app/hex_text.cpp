@@ -10,7 +10,7 @@ std::string HexByte(std::uint8_t value) {
 }
 
 namespace {
-// With leading zeros up to `minDigits`.
+// The digits of `value`, with leading zeros if there are fewer than `minDigits`.
 std::string digitsOf(std::int32_t value, std::ptrdiff_t minDigits) {
     std::array<char, 8> text;
     text.fill('0');

@@ -11,7 +11,7 @@ namespace modFunc {
 
 inline constexpr char hexDigits[] = "0123456789ABCDEF";
 
-// The value of each character as a digit; -1 if it is not a digit.
+// The value of each character as a hexadecimal digit; -1 if it is not a digit.
 inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
@@ -24,8 +24,8 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     return values;
 }();
 
-// The value of one digit, 0..15, or -1. This and the next function are inline because a call per
-// digit would double the time for files and pages.
+// The value of one digit, 0..15; -1 if the character is not a digit. This and the next function are
+// inline because a call per digit would double the time that files and pages take.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }
@@ -39,18 +39,19 @@ inline void PutHexByte(char* at, std::uint8_t value) {
 // The value as exactly two upper-case digits.
 std::string HexByte(std::uint8_t value);
 
-// The value in upper-case digits, with leading zeros up to four and never truncated: five digits
-// from 65536 up, eight digits of two's complement for a negative value.
+// The value in upper-case digits, at least four, with leading zeros if needed. From 65536 up there
+// are more than four digits. A negative value is shown as the eight digits of its two's complement.
 std::string HexWord(std::int32_t value);
 
-// The value in upper-case digits without leading zeros; 0 for 0.
+// The value in upper-case digits without leading zeros; "0" for 0.
 std::string HexDigits(std::int32_t value);
 
 // Tolerant parsing: reads digits of either case from the left up to the first other character; no
 // digits give 0. A value above 2147483647 becomes 2147483647.
 std::int32_t TolerantHex(std::string_view text);
 
-// Strict parsing: the whole text must be one to four digits of either case; otherwise nullopt.
+// Strict parsing: the whole text must be one to four digits of either case; otherwise the result is
+// nullopt.
 std::optional<std::int32_t> StrictHex(std::string_view text);
 
 } // namespace modFunc

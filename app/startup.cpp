@@ -31,7 +31,8 @@ std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     return std::string(text);
 }
 
-// Settings texts are written back in double quotes at exit, so they must not contain one.
+// Settings texts are written back in double quotes at exit, so they must not contain a double
+// quote.
 std::string settingsText(DelimitedReader& reader, const char* meaning) {
     std::string text = boundedText(reader, meaning);
     if (text.find('"') != std::string::npos)

@@ -25,12 +25,12 @@ struct State {
 
     // Folder of all data files: the current directory at start.
     std::string AppPath;
-    // Serial port number, 1..16. The settings file may contain any other number; no port opens
-    // then.
+    // Serial port number, 1..16. The settings file may contain any other number; then no port can
+    // be opened.
     std::int16_t ComPort = 0;
-    // Rows of DeviceList in use, 0..50.
+    // Number of rows of DeviceList in use, 0..50.
     std::int16_t DeviceCount = 0;
-    // Row of DeviceList in use, 0..50.
+    // The selected device's row of DeviceList, 0..50.
     std::int16_t SelectedDevice = 0;
     // Version text, such as "1.0".
     std::string ProgramVersion;
@@ -40,27 +40,27 @@ struct State {
     std::array<DeviceRec, lastDeviceRow + 1> DeviceList{};
     // The family parameters, rows 0..50; constant after the start.
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
-    // Entries of the Auto sequence, 0..20.
+    // Number of entries of the Auto sequence, 0..20.
     std::int16_t AutoCount = 0;
-    // The Auto sequence, entries 1..AutoCount, each a FunctionCode below Auto; entry 0 is not used.
-    // auto.cfg may hold other numbers, which run nothing.
+    // The Auto sequence: entries 1..AutoCount, each a FunctionCode below Auto; entry 0 is not used.
+    // auto.cfg may contain other numbers; they run nothing.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.
 
-    // The image, bytes 0..70000 whatever the device; chip address n is byte n.
+    // The image: bytes 0..70000, whichever device is selected. Byte n belongs to chip address n.
     Bytes BufferData = Bytes(lastBufferIndex + 1);
-    // Sum of the selected device's bytes, 0..65535.
+    // Sum of the first Size bytes of BufferData (Size of the selected device), modulo 65536.
     std::int32_t BufferCheckSum = 0;
 
     // Result of frmBufferFill.
 
-    // True if OK closed it.
+    // True if frmBufferFill was closed with OK.
     bool FillConfirmed = false;
     std::uint8_t FillByte = 0;
     // First index to fill, 0..65535.
     std::int32_t FillStart = 0;
-    // Bytes to fill, 0..65535.
+    // Number of bytes to fill, 0..65535.
     std::int32_t FillLength = 0;
 
     // File exchange.
@@ -68,13 +68,14 @@ struct State {
     // The records of the Intel HEX file being read, from element 1 on. Saving builds each line in
     // element 0.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
-    // Data records in HexRecords, 0..9999.
+    // Number of data records in HexRecords, 0..9999.
     std::int16_t HexRecordCount = 0;
-    // Result of frmFileLoad: the type is Intel HEX, not binary.
+    // Result of frmFileLoad: true if the file type is Intel HEX, false if it is binary.
     bool FileIsHex = false;
-    // Result of frmFileLoad: it was closed by Cancel.
+    // Result of frmFileLoad: true if it was closed with Cancel.
     bool FileCancelled = false;
-    // Result of frmFileLoad: lowest address taken from the file, 0 or above.
+    // Result of frmFileLoad: the lowest address in the file from which bytes are loaded, 0 or
+    // above.
     std::int32_t FileAddress = 0;
     // Result of frmFileLoad: added to every address of the file, 0 or above.
     std::int32_t BufferAddress = 0;
@@ -91,7 +92,7 @@ struct State {
     std::int16_t RxExpected = 0;
     // totmr has ticked since this was last cleared.
     bool TimedOut = false;
-    // The last discovery found a programmer, and its port is open.
+    // The last discovery found a programmer and left its port open.
     bool ProgrammerFound = false;
 };
 
@@ -100,8 +101,8 @@ State& state();
 // Sets every field to zero, false or empty.
 void ResetState();
 
-// The catalogue row in use and its row of family parameters. selectedFamily() throws
-// std::out_of_range when the device's Family is outside 0..50.
+// The selected device's row of the catalogue and the row of its family parameters. selectedFamily()
+// throws std::out_of_range when the device's Family is outside 0..50.
 const DeviceRec& selectedDevice();
 const FamilyRec& selectedFamily();
 

@@ -73,8 +73,8 @@ void DeviceRun::RunFunction(int code) {
 }
 
 // A late reply to an earlier function would be taken as the reply to this function's first frame,
-// and every later reply would be off by one: a Read would store the chip's bytes shifted and say
-// "OK!".
+// and every later reply would be off by one: a Read would store the chip's bytes shifted by one
+// position and show "OK!".
 void DeviceRun::DropStaleBytes() {
     ReadReply();
 }
@@ -111,7 +111,8 @@ void DeviceRun::NotSupported() {
     SetLine("Function not supported!");
 }
 
-// The chip stays powered while the message box is open; the power-down follows the procedure.
+// The chip stays powered while the message box is open. EndFunction powers it down after the
+// procedure has returned.
 void DeviceRun::CommunicationFailure() {
     machine().msgBox.Show("Device Error", "Communication Error!",
                           platform::MessageBox::Icon::Critical);

@@ -2,7 +2,8 @@
 //
 // The data of the function procedures belongs to the run, not to the window, because a successful
 // Read closes the window while the run continues. Each procedure returns normally on every outcome,
-// writes only to the line `MsgLine` and leaves the power-down to EndFunction, which always follows.
+// writes only to message line `MsgLine` and leaves the power-down to EndFunction, which is always
+// called afterwards.
 #pragma once
 
 #include <array>
@@ -12,7 +13,7 @@
 
 namespace modFunc {
 
-// Positions in listFunction; those below Auto are also the values in AutoList.
+// Positions in listFunction. The positions below Auto are also the values in AutoList.
 enum class FunctionCode { Read, Erase, Blank, Program, Verify, Lock, Auto };
 
 inline constexpr int messageLines = 6;
@@ -31,7 +32,7 @@ struct RunWindow {
 class DeviceRun {
 public:
     struct Function {
-        const char* name;               // in listFunction and in the Auto editor
+        const char* name;               // shown in listFunction and in the Auto editor
         void (DeviceRun::*procedure)(); // null for Auto, which runs the others
         bool inAutoEditor;              // frmEditAuto offers it
     };
@@ -43,21 +44,22 @@ public:
     DeviceRun(const DeviceRun&) = delete;
     DeviceRun& operator=(const DeviceRun&) = delete;
 
-    // Runs row `index` of listFunction on the selected device and returns after its last frame and
-    // pause. Call it once per object. Does nothing for any other index and while the link is in
-    // use. If an exception escapes, the power-down frames are sent before it is passed on.
+    // Runs row `index` of listFunction on the selected device and returns after the last frame of
+    // the run and the pause that follows it. Call it once per object. Sends no frame if there is no
+    // such row, and does nothing at all while the link is in use. If an exception escapes, the
+    // power-down frames are sent before it is passed on.
     void Run(int index);
 
 private:
-    // Fields with the window's own names; ranges in parentheses.
+    // The ranges of these fields are in parentheses.
     std::int16_t Percent = 0;    // progress (0..100)
-    std::int32_t ByteIndex = 0;  // counter inside a block
-    std::int32_t BlockIndex = 0; // counter of the blocks
+    std::int32_t ByteIndex = 0;  // index of a byte in its block
+    std::int32_t BlockIndex = 0; // index of a block or page
     std::int32_t AddrHigh = 0;   // address of the current block, high byte (0..255)
-    std::int32_t AddrLow = 0;    // low byte (0..255)
+    std::int32_t AddrLow = 0;    // address of the current block, low byte (0..255)
     std::int16_t AutoIndex = 0;  // position in AutoList, from 1
     std::int16_t MsgLine = 0;    // line the procedures write to (0..5)
-    bool StopAuto = false;       // ends an Auto sequence after the current entry
+    bool StopAuto = false;       // true: an Auto sequence ends after the current entry
     bool WaitDone = false;       // tmrWait has ticked
     std::array<std::string, messageLines> lblMsg;
 
@@ -72,10 +74,10 @@ private:
     void EndFunction();
 
     void RunChosen(int index);
-    // Runs the procedure of a function code, then EndFunction. Does nothing for Auto and other
-    // numbers.
+    // Runs the procedure of a function code, then EndFunction. Does nothing for Auto and for any
+    // number that is not a function code.
     void RunFunction(int code);
-    void DropStaleBytes(); // before the chosen function and before each entry of Auto
+    void DropStaleBytes(); // called before a single function and each entry of Auto
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();
@@ -83,31 +85,33 @@ private:
     void SetLine(const std::string& text);
     void AppendToLine(const std::string& text);
     void SetPercent(std::int32_t percent);
-    // True if the device is within the limits of the catalogue; if not, the line says so.
+    // True if the selected device's Family and Size are within the limits of the catalogue.
+    // Otherwise the message line becomes "Function not supported!".
     bool DeviceFits();
     void NotSupported();
     void CommunicationFailure();
     void SetBlockAddress(std::int32_t address);
     std::int32_t BlockAddress() const { return AddrHigh * 256 + AddrLow; }
 
-    // The part that Read, Blank check and Verify share: sets up the socket, then reads the device
-    // block by block into RxBytes and passes each to `take`, which returns whether to continue.
-    // True when all blocks were taken and the line says so.
+    // The part that Read, Blank check and Verify share. Sets the supplies and the socket up, shows
+    // `openingText`, then reads the device block by block into RxBytes. Calls `take` after each
+    // block; `take` returns whether to continue. If all blocks were taken, appends "OK!" to the
+    // message line and returns true.
     bool ReadBlocks(const std::string& openingText, const std::function<bool()>& take);
     // Byte ByteIndex of the block in RxBytes.
     std::uint8_t ReplyByte() const;
-    // Compares the block in RxBytes byte by byte with what `expected` gives for ByteIndex. At the
-    // first difference the line becomes `errorText` and the address, an Auto sequence stops, and
-    // the result is false.
+    // Compares the block in RxBytes byte by byte with the bytes that `expected` returns for
+    // ByteIndex. At the first difference the message line becomes `errorText` followed by the
+    // address, an Auto sequence stops, and the result is false.
     bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
-    // Writes the device in blocks or pages of `bytes` bytes. Stops at the first failure: the line
-    // shows it, and the result is false.
+    // Writes the device in blocks or pages of `bytes` bytes. Stops at the first failure: the
+    // message line shows it, and the result is false.
     bool WriteBlocks(std::int32_t bytes);
     bool WriteBlock(std::int32_t bytes);
     bool WriteSucceeded();
 
-    RunWindow* window_; // null once closed
+    RunWindow* window_; // null after Read has closed the window
 };
 
 inline constexpr std::array<DeviceRun::Function, DeviceRun::functionCount> DeviceRun::functions = {{

@@ -5,8 +5,8 @@
 
 namespace modFunc {
 
-// Powers the socket down after every outcome. Its reads also remove late replies of an earlier
-// failure.
+// Powers the socket down after every outcome. Its reads also discard replies that arrive late after
+// a failure.
 void DeviceRun::EndFunction() {
     constexpr int restMs = 500;
     Exchange(SuppliesOffFrame(), 1);

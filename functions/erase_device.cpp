@@ -7,8 +7,8 @@
 
 namespace modFunc {
 
-// Erases the chip. The replies are used only for timing: they do not show whether the chip is
-// erased. Blank check does.
+// Erases the chip. The replies are used only for timing. They do not show whether the chip is
+// erased; Blank check shows that.
 void DeviceRun::EraseDevice() {
     constexpr int settleMs = 200;
     if (!DeviceFits())
@@ -34,11 +34,11 @@ void DeviceRun::EraseDevice() {
         WaitTimer(settleMs);
         Exchange(EraseFrame(family.ChipCode), 1);
         SetLine("Erasing ...");
-        // A second reply comes when the chip is erased.
+        // A second reply arrives when the chip has been erased.
         state().RxExpected = 1;
         WaitReply();
         ReadReply();
-        // A third byte, if any, stays on the port for the next exchange.
+        // A third byte, if any, is left for the next exchange to read.
         WaitReply();
         break;
     }

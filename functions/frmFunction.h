@@ -11,8 +11,8 @@ class QListWidget;
 class QPushButton;
 class ProgressValue;
 
-// Starts a run and shows it. After a Read has closed this window, the run continues; the object
-// lives until the run has ended.
+// Starts a run and shows its progress. After a Read has closed this window, the run continues; this
+// object lives until the run has ended.
 class frmFunction : public Form, private modFunc::RunWindow {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
     void reject() override; // Escape and close requests press Close if it is enabled
 
 protected:
-    // A request during a run is carried out after its last frame.
+    // A close request during a run is carried out after the run's last frame.
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -50,5 +50,5 @@ private:
     QPushButton* cmdRun;
     QPushButton* cmdClose;
     int shownPercent_ = 0;
-    bool closeRequested_ = false; // during a run
+    bool closeRequested_ = false; // a close request has arrived during the run
 };

@@ -13,7 +13,8 @@ void DeviceRun::LockPasses() {
         LockDevice();
 }
 
-// One pass of three lock steps. The supplies are set once, from the first step, and stay.
+// One pass of three lock steps. The supplies are set once, to the values of the first step, and
+// then stay unchanged.
 void DeviceRun::LockDevice() {
     constexpr int supplyMs = 500;
     constexpr int stepMs = 100;
@@ -43,7 +44,7 @@ void DeviceRun::LockDevice() {
 
     SendAndWait(SocketFrame(family, family.Lock3), 1);
     WaitTimer(stepMs);
-    ReadReply(); // after the pause, so that a late reply to this frame is not left for the next
+    ReadReply(); // after the pause, so that the next exchange does not read a late reply
     Exchange(LockFrame(family.Lock3), 1);
     WaitTimer(stepMs);
     AppendToLine("   OK!");

@@ -12,8 +12,9 @@ namespace modFunc {
 
 namespace {
 
-// A block that crosses a 256-byte boundary cannot be addressed, a page above 128 bytes does not fit
-// its one-byte length field, and a last partial block would not be written.
+// A page that crosses a 256-byte boundary cannot be addressed, so the page size must divide 256. A
+// page of 256 bytes does not fit the one-byte page size of the frame. A last partial block or page
+// would not be written.
 bool canBeWritten(const DeviceRec& device, WritePath path) {
     if (path == WritePath::Blocks)
         return device.Size % blockBytes == 0;
@@ -23,8 +24,8 @@ bool canBeWritten(const DeviceRec& device, WritePath path) {
 
 } // namespace
 
-// Writes the device's bytes from the image to the chip. No byte is skipped and nothing is retried:
-// the first failed block ends the function.
+// Writes the first Size bytes of the image (Size of the selected device) to the chip. No byte is
+// skipped and nothing is retried: the first failed block ends the function.
 void DeviceRun::ProgramDevice() {
     constexpr int supplyMs = 500;
     constexpr int settleMs = 200;
@@ -83,7 +84,7 @@ bool DeviceRun::WriteBlock(std::int32_t bytes) {
     return WriteSucceeded();
 }
 
-// Checks the status of a write in RxBytes.
+// Checks the write status in RxBytes and shows a failure.
 bool DeviceRun::WriteSucceeded() {
     constexpr std::uint8_t written = 'N';
     constexpr std::uint8_t failed = 'E';
@@ -99,8 +100,8 @@ bool DeviceRun::WriteSucceeded() {
         StopAuto = true;
         return false;
     }
-    // The failing address may have arrived with the status. This wait then times out although the
-    // reply is complete, so the bytes are counted and TimedOut is not checked.
+    // The failing address may have been read together with the status. This wait then times out
+    // although the reply is complete, so the bytes are counted and TimedOut is not checked.
     s.RxExpected = 2;
     WaitReply();
     ReadReplyTail();

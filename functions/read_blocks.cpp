@@ -21,8 +21,8 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     WaitTimer(settleMs);
     SetLine(openingText);
 
-    // A last partial block is not read. The percentage is relative to the size in blocks, rounded
-    // to the nearest whole number.
+    // A last partial block is not read. The divisor of the percentage is the size in blocks,
+    // rounded to the nearest whole number.
     const std::int32_t size = selectedDevice().Size;
     const std::int32_t blocks = size / blockBytes;
     const auto divisor =
@@ -30,7 +30,7 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     for (BlockIndex = 0; BlockIndex < blocks; ++BlockIndex) {
         SetBlockAddress(BlockIndex * blockBytes);
         SendAndWait(ReadBlockFrame(family, BlockAddress()), readReplyBytes);
-        if (s.TimedOut) { // a partial reply stays on the port for the next exchange
+        if (s.TimedOut) { // a partial reply is left for the next exchange to read
             CommunicationFailure();
             return false;
         }

@@ -6,8 +6,9 @@
 
 namespace modFunc {
 
-// Copies the chip into BufferData block by block; blocks read before a failure stay. On success the
-// function window closes and the data is shown; the rest of the run has no window.
+// Copies the chip's contents into BufferData block by block; blocks read before a failure stay
+// there. On success the function window closes and the hex view shows the data. The rest of the run
+// has no window.
 void DeviceRun::ReadDevice() {
     const bool done = ReadBlocks("Reading ...", [this] {
         for (ByteIndex = 0; ByteIndex < blockBytes; ++ByteIndex)

@@ -1,6 +1,6 @@
 // The transport layer: sends a frame, waits for its reply and reads it. The program is always the
-// master and at most one frame is outstanding. Nothing is sent twice, and only a read empties the
-// receive queue.
+// master and at most one frame is outstanding. A frame is not sent again if its reply is missing.
+// Received bytes stay queued until they are read or the port is closed.
 #pragma once
 
 #include "platform/bytes.h"
@@ -18,7 +18,8 @@ inline bool LinkInUse() {
     return CurrentLinkUser() != LinkUser::Nobody;
 }
 
-// Makes `user` the link's user while this object exists. The main window takes no input meanwhile.
+// Makes `user` the link's user while this object exists. During that time the main window takes no
+// input.
 class LinkUse {
 public:
     explicit LinkUse(LinkUser user);
@@ -30,24 +31,25 @@ public:
 // Tick of totmr: sets TimedOut and stops the timer, so it fires only once.
 void totmr_Timer();
 
-// Yields until at least RxExpected bytes wait on the port or replyTimeoutMs have passed since the
-// call. The bytes are not read; stale bytes count too. On return
-//   exactly RxExpected bytes wait: totmr is stopped;
-//   more wait: totmr still runs and will set TimedOut later unless it is started again;
-//   fewer wait: TimedOut is true.
-// A last byte that arrives in the same Yield as the tick leaves TimedOut true.
+// Yields until at least RxExpected bytes are waiting at the port or replyTimeoutMs have passed
+// since the call. The bytes are not read; stale bytes count too. On return, if
+//   exactly RxExpected bytes are waiting: totmr is stopped;
+//   more are waiting: totmr still runs and will set TimedOut later unless it is started again;
+//   fewer are waiting: TimedOut is true.
+// If the last byte arrives in the same Yield as the tick, TimedOut stays true.
 void WaitReply();
 
-// Sends `frame` as TxFrame, sets RxExpected and waits for the reply, which stays on the port.
+// Stores `frame` in TxFrame and sends it, stores `replyBytes` in RxExpected and waits for the
+// reply, which is not read.
 void SendAndWait(Bytes frame, std::int16_t replyBytes);
 
-// Reads all bytes that wait on the port into RxText.
+// Reads all bytes waiting at the port into RxText.
 void ReadReply();
-// Appends all bytes that wait on the port to RxText.
+// Appends all bytes waiting at the port to RxText.
 void ReadReplyTail();
 
-// SendAndWait, then ReadReply: for every frame whose time-out is not checked before the reply is
-// read.
+// SendAndWait, then ReadReply: for every frame after which the reply is read without checking for a
+// time-out first.
 void Exchange(Bytes frame, std::int16_t replyBytes);
 
 } // namespace modFunc

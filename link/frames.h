@@ -1,17 +1,19 @@
-// The frames of the wire protocol, one function each: values in, the whole frame out.
+// The frames of the wire protocol. Each function takes the values of one kind of frame and returns
+// the whole frame.
 //
-// A frame, program to programmer, multi-byte fields most significant byte first:
+// The layout of a frame from the program to the programmer. Multi-byte fields have the most
+// significant byte first.
 //
 //   offset  size        field       meaning
-//   0       4           Length      bytes after this field, the command code included
+//   0       4           Length      number of bytes after this field, including the command code
 //   4       1           Command     command code, an ASCII letter
 //   5       Length - 1  Parameters  listed at each function, from offset 5 on
 //
-// The parameters come byte for byte from the device's family row (app/family_table.h). Nothing is
-// escaped, and frames have no checksum.
+// Parameters named after a field of FamilyRec or FamilyGroup are copied unchanged from the device's
+// family row (app/family_table.h). No byte is escaped, and frames have no checksum.
 //
-// A reply is a fixed number of bytes without framing, given at each function. Order, time-outs and
-// examples: docs/protocol.md.
+// A reply has no framing; its length is given at each function. For the order of frames, time-outs
+// and examples, see docs/protocol.md.
 #pragma once
 
 #include "app/family_table.h"
@@ -26,7 +28,7 @@ inline constexpr int blockBytes = 256;       // of every "R", and of "D" and "W"
 inline constexpr int largestPageBytes = 128; // of "D" and "W" in page form
 inline constexpr int identifyReplyBytes = 12;
 inline constexpr int readReplyBytes = 260;
-inline constexpr int readReplyHeaderBytes = 4; // before the 256 data bytes, ignored
+inline constexpr int readReplyHeaderBytes = 4; // ignored; they precede the 256 data bytes
 
 // "I": identify. No parameters. Reply: 12 characters of firmware text.
 Bytes IdentifyFrame();
@@ -39,20 +41,20 @@ Bytes SuppliesFrame(const FamilyGroup& step);
 // "V" 00 00 00: all supplies off.
 Bytes SuppliesOffFrame();
 
-// "S": set up socket with the pin pattern of a step. Reply: 1 byte.
+// "S": set up the socket with the pin pattern of a step. Reply: 1 byte.
 //   5  ClassByte
 //   6  SetupByte1
 //   7  SetupByte2
 //   8  PinP of the step
 //   9  PinQ of the step
 Bytes SocketFrame(const FamilyRec& family, const FamilyGroup& step);
-// "S" 00: release the socket; Length 2, the class byte is 00 and nothing follows it.
+// "S" 00: release the socket. Length is 2: the class byte is 00, and no other parameter follows it.
 Bytes ReleaseFrame();
 
 // SuppliesOffFrame, then ReleaseFrame: powers the socket down from any state.
 Bytes PowerDownFrames();
 
-// "T": set up socket for writing. Reply: 1 byte.
+// "T": set up the socket for writing. Reply: 1 byte.
 //   5   ClassByte
 //   6   SetupByte1
 //   7   SetupByte2
@@ -66,8 +68,8 @@ Bytes WriteSocketFrame(const FamilyRec& family);
 //   5 on  the data: 256 bytes in block form, a page in page form
 Bytes DataFrame(std::span<const std::uint8_t> data);
 
-// "W": write the data loaded before, a 256-byte block. Reply: 1 status byte: "N" written, or "E",
-// followed by the failing address in 2 bytes, high byte first.
+// "W": write the 256-byte block loaded by the last "D". Reply: 1 byte "N" if it was written;
+// otherwise "E" and the failing address in 2 bytes, high byte first.
 //   5   first address, high byte
 //   6   first address, low byte: 00
 //   7   last address, high byte
@@ -78,7 +80,7 @@ Bytes DataFrame(std::span<const std::uint8_t> data);
 // `address` is the first address, 0..65280, a multiple of 256.
 Bytes WriteBlockFrame(const FamilyRec& family, std::int32_t address);
 
-// "W": write a page; as the block form, except
+// "W": write the page loaded by the last "D". As the block form, except for these parameters:
 //   6   first address, low byte
 //   8   last address, low byte
 //   11  bytes per page
@@ -94,7 +96,8 @@ Bytes WritePageFrame(const FamilyRec& family, std::int32_t address, int pageByte
 //   9  ChipCode
 Bytes ReadBlockFrame(const FamilyRec& family, std::int32_t address);
 
-// "E": erase. Reply: 1 byte; with a chip code a second byte follows when the chip is erased.
+// "E": erase. Reply: 1 byte; if a chip code is sent, a second byte follows when the chip has been
+// erased.
 //   5  ChipCode, or 00 for a pulse (ErasePath in app/family_traits.h)
 Bytes EraseFrame(std::uint8_t chipCode);
 
