@@ -2,14 +2,14 @@
 
 namespace modFunc {
 
-// The hex view `frmBuffer`, for the procedures that change the image.
+// The hex view `frmBuffer`, as used by the procedures that change the image.
 struct BufferView {
     virtual ~BufferView() = default;
-    // Closes the view if it is open and opens it again, at the top of the image.
+    // Closes the view if it is open, then opens it at the top of the image.
     virtual void Reopen() = 0;
 };
 
-// The view in use; the main window sets it. Calling bufferView() without one is a programming
+// The view in use; the main window sets it. Calling bufferView() before that is a programming
 // error.
 BufferView& bufferView();
 void useBufferView(BufferView* inUse);

@@ -48,7 +48,7 @@ HexEditor::Key editorKey(int key) {
     }
 }
 
-// Centred, white on navy.
+// A label with centred white text on navy.
 QLabel* addHexLabel(QWidget* parent, const char* name, const TwipsRect& rect) {
     QLabel* label =
         addLabel(parent, name, QStringLiteral("0000"), rect, fixedFont(points9_75, QFont::Bold));
@@ -119,7 +119,7 @@ void PageBox::selectCharacter(int row, int column) {
     setTextCursor(caret);
 }
 
-// The arrows act with any modifier; with Ctrl, Alt or Meta no character is typed.
+// The arrow keys act with any modifier; with Ctrl, Alt or Meta no character is typed.
 void PageBox::keyPressEvent(QKeyEvent* event) {
     const HexEditor::Key key = editorKey(event->key());
     Q_EMIT keyDown(key);
@@ -130,8 +130,8 @@ void PageBox::keyPressEvent(QKeyEvent* event) {
     event->setAccepted(key != HexEditor::Key::Other);
 }
 
-// The lines are lower than the font and overlap, so Qt's own hit test misses some pixel rows. The
-// line is computed from the y coordinate alone.
+// The line height is smaller than the font's, so the lines overlap and Qt's own hit test misses
+// some pixel rows. This function therefore computes the line from the y coordinate alone.
 void PageBox::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;

@@ -11,13 +11,14 @@ class QScrollBar;
 
 // The page's text box: read-only, without its own scroll bar. It reports keys and clicks and
 // changes nothing itself; the mouse wheel moves the view's scroll bar. A row is 0..15, or -1 for
-// the heading; columns are those of buffer/page_text.h. HexEditor::Click ignores all others.
+// the heading; columns are those of buffer/page_text.h. `clicked` may report other rows and
+// columns, which HexEditor::Click ignores.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 
 public:
     explicit PageBox(QWidget* parent);
-    // Replaces the lines that differ, each at the fixed height that lets all 17 fit.
+    // Replaces the lines that differ. Each line gets the fixed height at which all 17 lines fit.
     void showPage(const std::string& text);
     void selectCharacter(int row, int column);
     QAccessibleInterface* makeAccessible() override;
@@ -27,7 +28,7 @@ public:
 Q_SIGNALS:
     void clicked(int row, int column);
     void keyDown(modFunc::HexEditor::Key key);
-    void keyPress(char character); // after keyDown, for a key that produces one character
+    void keyPress(char character); // follows keyDown if the key produces one character
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -41,7 +42,8 @@ private:
     int lineHeight() const;
 };
 
-// The hex view: a page of 256 bytes, its scroll bar, the address under the caret and the checksum.
+// The hex view: a page of 256 bytes, its scroll bar, the address of the byte under the caret and
+// the checksum.
 class frmBuffer : public QWidget {
     Q_OBJECT
 
@@ -60,8 +62,8 @@ private:
 
     void showPage();
     void showCaret();
-    // If the caret's address is no longer `from`, makes a screen reader say the caret's line
-    // (`line` true) or its address and byte.
+    // If the caret's address is no longer `from`, makes a screen reader say the text of the caret's
+    // line (if `line` is true) or the caret's address and the byte there.
     void announceMove(std::int32_t from, bool line = false);
 
     modFunc::HexEditor editor_;

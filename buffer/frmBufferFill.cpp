@@ -14,7 +14,7 @@ using namespace modFunc;
 
 frmBufferFill::frmBufferFill(QWidget* owner)
     : Form(owner, "frmBufferFill", tr("Buffer Fill"), 3195, 1695, Frame::TitleAndCloseBox) {
-    // The buttons come first in the tab order, so they are made first.
+    // The buttons come first in the tab order, so they are created first.
     cmdCancel = addButton(this, "cmdCancel", tr("Cancel"), {360, 1200, 1095, 375});
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1680, 1200, 1095, 375});
     cmdOk->setDefault(true);
@@ -43,7 +43,7 @@ frmBufferFill::frmBufferFill(QWidget* owner)
         addLabel(this, row.unit, QStringLiteral("H"), {2040, top, 255, 255});
         top += 360;
     }
-    txtFillWith->setFocus(); // ready for typing
+    txtFillWith->setFocus(); // so that the user can type at once
     txtFillWith->selectAll();
 
     state().FillConfirmed = false;
@@ -79,7 +79,7 @@ void frmBufferFill::cmdOk_Click() {
     accept();
 }
 
-// The dialog stays open with the text box in question selected.
+// Shows the cause and selects the text of the text box in question. The dialog stays open.
 void frmBufferFill::rejectInput(QLineEdit* textBox, const std::string& cause) {
     platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
     textBox->setFocus();

@@ -6,7 +6,7 @@ class QLineEdit;
 class QPushButton;
 
 // Asks what Buffer Fill writes and where. Sets FillConfirmed and, on OK, FillByte, FillStart and
-// FillLength; the range is within the image.
+// FillLength; the range that they describe is within the image.
 class frmBufferFill : public Form {
     Q_OBJECT
 

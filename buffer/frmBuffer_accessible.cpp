@@ -1,5 +1,5 @@
-// The hex view's page for assistive programs: text that is edited digit by digit, with the caret on
-// the selected digit.
+// The hex view's page as assistive programs see it: text that is edited digit by digit, with the
+// caret on the selected digit.
 #include "buffer/frmBuffer.h"
 
 #include <QAccessibleWidget>
@@ -30,7 +30,8 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
 
-    // The selected digit is the caret; a selection would be announced in addition.
+    // The selected digit is reported as the caret. If it were also reported as a selection, a
+    // screen reader would announce it twice.
     int selectionCount() const override { return 0; }
     void selection(int, int* start, int* end) const override { *start = *end = 0; }
     void addSelection(int, int) override {}
@@ -66,7 +67,7 @@ public:
         return {};
     }
 
-    // Sent as key presses, so that whatever blocks keys blocks this too.
+    // Sends key presses, so that anything that blocks keys also blocks this.
     void insertText(int offset, const QString& text) override {
         setCursorPosition(offset);
         if (cursorPosition() != offset) // not a digit

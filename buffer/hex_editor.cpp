@@ -62,7 +62,8 @@ bool HexEditor::Type(char character) {
     return true;
 }
 
-// At the top of the page the caret moves to the first digit of the line above, not the last.
+// From the first digit of the page, the caret moves to the first digit of the line above, not to
+// its last digit.
 void HexEditor::left() {
     if (digit_ > 0) {
         --digit_;

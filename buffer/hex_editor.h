@@ -1,5 +1,6 @@
-// The rules of the hex view: where the caret can be and what keys, clicks and digits do. No pixels
-// and no text positions (those are in buffer/page_text.h): the window converts and draws.
+// The rules of the hex view: where the caret can be and what keys, clicks and digits do. Nothing
+// here depends on pixels, and text positions are defined in buffer/page_text.h: the window converts
+// and draws.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,8 @@ namespace modFunc {
 
 class HexEditor {
 public:
-    // What a key does, whatever its modifiers. Other only shows the caret again.
+    // The keys that move the caret, with or without modifiers. Other is any other key; it moves
+    // nothing.
     enum class Key { Other, Left, Up, Right, Down };
 
     // Starts at the top of `image`, for a device of `size` bytes. The image must outlive the
@@ -18,7 +20,7 @@ public:
 
     // The 16-byte line at the top of the page, 0..LastLine().
     std::int32_t TopLine() const { return topLine_; }
-    // Range of the scroll bar.
+    // Highest value of the scroll bar, whose range starts at 0.
     std::int32_t LastLine() const { return lastLine_; }
     // The caret: row of the page, 0..15, and digit of the row, 0..31.
     int Row() const { return row_; }
@@ -30,13 +32,13 @@ public:
     void ScrollTo(std::int32_t topLine);
     // The caret goes to the first digit of the page.
     void Home();
-    // A click on a row and column of the page's text; row -1 is the heading. The caret goes there
-    // if it is a digit of a byte, and stays otherwise.
+    // A click on a row and column of the page's text; row -1 is the heading. If there is a digit of
+    // a byte at that position, the caret goes there; otherwise it does not move.
     void Click(int row, int column);
     void Press(Key key);
-    // Stores a typed hexadecimal digit of either case in the image, moves the caret one digit on
-    // and returns true. Any other character, and a digit past the end of the image, changes nothing
-    // and returns false.
+    // Stores a typed hexadecimal digit of either case in the image, moves the caret as Key::Right
+    // does and returns true. Any other character, and a digit past the end of the image, changes
+    // nothing and returns false.
     bool Type(char character);
 
 private:
@@ -44,8 +46,8 @@ private:
     void up();
     void right();
     void down();
-    // Scrolls down by one line if the device has the byte at offset `byte` of the line below the
-    // page and the scroll bar's range allows it.
+    // Scrolls down by one line and returns true if the device has the byte at offset `byte` of the
+    // line below the page and the range of the scroll bar allows it. Otherwise returns false.
     bool scrollDown(int byte);
 
     std::int32_t size_;

@@ -1,4 +1,4 @@
-// The text of the hex view: a heading and 16 rows of fixed length, each of 16 bytes.
+// The text of the hex view: a heading and 16 rows. A row has a fixed length and shows 16 bytes:
 //
 //   column      content
 //   0 to 3      the row's address
@@ -25,9 +25,9 @@ inline constexpr int lineDigits = 2 * lineBytes;
 // LastTopLine() of a device; bytes past the end of the image show as FF.
 std::string PageText(std::int32_t topLine, std::span<const std::uint8_t> image);
 
-// The column of a row's digit, 0..31: digit 2 * b is the high digit of byte b.
+// The column of digit number `digit` (0..31) in its row. Digit 2 * b is the high digit of byte b.
 int DigitColumn(int digit);
-// The digit at a column; nothing where the column has no digit of a byte.
+// The number of the digit at a column; nullopt if there is no digit of a byte at that column.
 std::optional<int> DigitAtColumn(int column);
 
 // Highest line that may be at the top of the page for a device of `size` bytes: size / 16 - 16,

@@ -27,7 +27,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
     throw FileError(machine().cdia.FileName + ": " + what + ": " + std::strerror(errno) + ".");
 }
 
-// Opens for reading and writing without truncation; creates a missing file.
+// Opens cdia.FileName for reading and writing without truncation. Creates a missing file.
 File openForBoth() {
     platform::RejectSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();
@@ -74,7 +74,7 @@ void SaveBinFile() {
     const auto bytes = static_cast<std::size_t>(size);
     if (std::fwrite(s.BufferData.data(), 1, bytes, file.get()) != bytes)
         fail("the file cannot be written");
-    if (std::fclose(file.release()) != 0) // a write of buffered bytes may fail only here
+    if (std::fclose(file.release()) != 0) // writes the remaining bytes, which may fail
         fail("the file cannot be written");
     ShowFileName();
 }

@@ -15,7 +15,7 @@ using namespace modFunc;
 
 namespace {
 
-constexpr int indicatorPixels = 22; // the button's circle and its gap
+constexpr int indicatorPixels = 22; // the option button's circle and the gap after it
 
 QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
                         const TwipsRect& rect) {

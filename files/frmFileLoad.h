@@ -14,7 +14,7 @@ class frmFileLoad : public Form {
 public:
     explicit frmFileLoad(QWidget* owner);
 
-    void reject() override; // Escape is Cancel
+    void reject() override; // Escape acts as Cancel
 
 private:
     void connectHandlers();

@@ -25,12 +25,12 @@ constexpr std::size_t checkCharacters = 2;
 constexpr std::size_t maxLineCharacters =
     headerCharacters + std::size_t{2} * hexRecordDataBytes + checkCharacters;
 
-// Up to `count` characters of the line from `position`, counted from 1.
+// Up to `count` characters of the line from position `position` on; positions are counted from 1.
 std::string_view field(std::string_view line, std::size_t position, std::size_t count) {
     return line.substr(std::min(position - 1, line.size()), count);
 }
 
-// The byte of the two characters at `position`, parsed tolerantly.
+// The byte that the two characters at `position` represent, parsed tolerantly.
 std::uint8_t byteAt(std::string_view line, std::size_t position) {
     const auto digitAt = [line](std::size_t index) {
         return index < line.size() ? HexDigitValue(line[index]) : -1;
@@ -67,7 +67,7 @@ void readData(HexRec& record, const std::string& fileName, int number) {
         record.Data[i] = byteAt(line, 10 + 2 * i);
 }
 
-// The sum covers the whole line, whatever its byte count.
+// The sum covers the whole line, whatever the byte count field says.
 bool checkSumIsRight(const HexRec& record, std::string_view line) {
     int sum = record.CheckSum;
     for (std::size_t position = 2; position + 2 <= line.size(); position += 2)
@@ -93,7 +93,8 @@ void storeRecords() {
     }
 }
 
-// A data record with its line end. The line is built in the text of element 0.
+// The data record for the 16 bytes from `address` on, with its line end. HexRecords[0].Line
+// contains the text.
 const std::string& writtenRecord(std::int32_t address) {
     State& s = state();
     std::string& line = s.HexRecords[0].Line;
