@@ -5,8 +5,8 @@
 
 namespace platform {
 
-// A file that cannot be read, understood or written. what() is a message for the user: the file's
-// name, where it helps the line and item, and after a colon a sentence with the cause.
+// Thrown when a file cannot be read, understood or written. what() is a message for the user: the
+// file's name, the line and item where that helps, a colon, and a sentence that states the cause.
 struct FileError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

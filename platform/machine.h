@@ -14,14 +14,15 @@
 
 namespace platform {
 
-// The port could not be opened. what() is a message for the user: the port's path, if it has one,
-// and the cause.
+// Thrown when the port cannot be opened. what() is a message for the user: the port's path, if it
+// has one, and the cause.
 struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the programmer: 57600 baud, byte transparent, no flow control, polled. If the
-// line is lost while open, no error is raised; it then neither accepts nor delivers bytes.
+// The serial line to the programmer: 57600 baud, no flow control, every byte value passed on
+// unchanged, polled. If the line is lost while the port is open, no error is raised; the port then
+// neither accepts nor delivers bytes.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
@@ -37,11 +38,11 @@ struct SerialPort {
 
     // Passes all bytes to the system at once and returns without waiting for their transmission.
     virtual void Output(const Bytes& frame) = 0;
-    // Number of received bytes that have not been read, including the system's own queue; at most
-    // 32767.
+    // Number of received bytes that have not been read, including those in the system's own queue;
+    // at most 32767.
     virtual std::int16_t InBufferCount() = 0;
-    // Removes and returns all received bytes; empty if there are no bytes. Stops at about 32767
-    // bytes if they keep arriving.
+    // Removes and returns all received bytes; the result is empty if no bytes have been received.
+    // Stops at about 32767 bytes if they keep arriving.
     virtual Bytes Input() = 0;
 
     // Sets the power-down frames to send if the process crashes. Empty: no frames.
@@ -52,7 +53,7 @@ struct SerialPort {
 // message boxes and dialogs.
 struct Timer {
     virtual ~Timer() = default;
-    // `milliseconds` is at least 1. A running timer starts counting again.
+    // `milliseconds` is at least 1. If the timer is running, the interval starts again.
     virtual void setInterval(int milliseconds) = 0;
     // Starts or stops the timer. Enabling a running timer has no effect.
     virtual void setEnabled(bool enabled) = 0;
@@ -85,7 +86,7 @@ struct StatusBar {
 // before overwriting and appends nothing to a name.
 struct FileDialog {
     virtual ~FileDialog() = default;
-    // Lets the user choose a name; FileName is the initial one. Returns false on Cancel, which
+    // Lets the user choose a name; FileName is the initial name. Returns false on Cancel, which
     // leaves FileName unchanged.
     virtual bool ShowOpen() = 0;
     virtual bool ShowSave() = 0;
@@ -93,11 +94,10 @@ struct FileDialog {
     std::string FileName; // the last name chosen; kept between calls
 };
 
-// The machine as the core uses it: the non-visual controls of the main window and the function
-// window. main() creates it before the main window.
+// The machine as the core uses it. main() creates it before the main window.
 struct Machine {
     SerialPort& cm;
-    Timer& totmr;   // reply time-out; also the splash's duration
+    Timer& totmr;   // reply time-out; also times the splash window
     Timer& tmrWait; // settling pauses between frames
     EventQueue& events;
     MessageBox& msgBox;

@@ -13,8 +13,9 @@ inline constexpr int portCount = 16;
 //      or its own path if the link is dangling;
 //   2. otherwise from a fixed table: 1-4 /dev/ttyS0-3, 5-12 /dev/ttyUSB0-7, 13-16 /dev/ttyACM0-3;
 //      on Windows COM<number>.
-// The connected devices affect the name only through the link com<number>. They do affect which
-// device the system assigns to a ttyUSB or ttyACM name.
+// Connecting or removing a device can change the result only if it changes the target of the link
+// com<number>. The system decides which device a ttyUSB or ttyACM name refers to, and that does
+// depend on the connected devices.
 std::string PortName(int number, const std::string& directory);
 
 } // namespace platform

@@ -24,7 +24,7 @@ std::string ReadWholeFile(const std::string& path) {
     if (!file)
         throw FileError(path + ": the file cannot be opened: " + std::strerror(errno) + ".");
 
-    // Allocate the file's size and one byte at once: growing step by step takes twice the memory.
+    // Allocate the file's size plus one byte at once: growing step by step takes twice the memory.
     // The extra byte stays unused unless the file has grown.
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(path, unknown);

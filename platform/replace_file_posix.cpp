@@ -24,12 +24,13 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
     return file.has_parent_path() ? file.parent_path() : ".";
 }
 
-// The name of the current temporary file, for RemoveTemporaryFile; empty or null: no temporary
-// file.
+// The name of the current temporary file, for RemoveTemporaryFile. Empty or null means that there
+// is no temporary file.
 std::atomic<const char*> temporaryName = nullptr;
 
-// The file that receives the new contents: a temporary file in the target's folder, removed unless
-// it was renamed over the target; or the target itself if no file can be created there.
+// The file that receives the new contents: a temporary file in the folder of the target, removed
+// unless it has been renamed over the target. If no file can be created in that folder, the target
+// itself.
 class Replacement {
 public:
     explicit Replacement(const std::filesystem::path& target)
@@ -92,7 +93,8 @@ public:
     }
 
 private:
-    static constexpr char shortName[] = ".quorven.XXXXXX"; // appending could exceed the name limit
+    // Not the target's name with a suffix: that could exceed the limit for file names.
+    static constexpr char shortName[] = ".quorven.XXXXXX";
     static constexpr char cannotBeWritten[] = "the file cannot be written";
 
     bool inPlace() const { return name_.empty(); }
@@ -117,7 +119,7 @@ private:
     }
 
     std::string target_;
-    std::string name_; // of the temporary file; empty: not created, or renamed
+    std::string name_; // of the temporary file; empty if not created or after the rename
     int descriptor_ = -1;
 };
 
@@ -133,8 +135,8 @@ std::filesystem::path linkedTarget(std::filesystem::path path) {
     return path;
 }
 
-// Owner and permissions for the new file: those of the old one, or the defaults. A file without
-// write permission is rejected, although the rename would succeed.
+// Owner and permissions for the new file: those of the old file if it exists, otherwise the
+// defaults. An old file without write permission is rejected, although the rename would succeed.
 FileRights rightsFor(const std::string& target) {
     constexpr mode_t permissionBits = 07777;
     struct stat old{};

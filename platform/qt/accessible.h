@@ -9,19 +9,20 @@ class QAccessibleInterface;
 // A widget with an accessible interface of its own.
 struct OwnAccessible {
     virtual ~OwnAccessible() = default;
-    virtual QAccessibleInterface* makeAccessible() = 0; // Qt deletes it
+    virtual QAccessibleInterface* makeAccessible() = 0; // Qt deletes the result
 };
 
-// Makes Qt use OwnAccessible, and makes a label's text its accessible name if the label is in a
-// frame: Qt would use the frame's title for an empty label. Call once, before the first window.
+// Makes Qt use OwnAccessible. Also makes the text of a label in a frame its accessible name:
+// otherwise Qt would use the title of the frame if the label is empty. Call once, before the first
+// window.
 void useOwnAccessibles();
 
 // Makes a screen reader say `text`, whichever window has the focus. No effect if `window` is null
 // or not visible, or `text` is empty.
 void announce(QWidget* window, const QString& text);
 
-// Reports the value of the progress bar that `track` draws to assistive programs: at most four
-// times a second, and always the last value.
+// The accessible interface of the progress bar drawn on `track`. It reports the value to assistive
+// programs at most four times a second, and always reports the last value.
 class ProgressValue : public QWidget, public OwnAccessible {
 public:
     ProgressValue(QWidget* track, const QString& name);

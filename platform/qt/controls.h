@@ -1,4 +1,4 @@
-// The controls of the windows. `name` becomes the objectName.
+// Creates and adapts the controls of the windows. `name` becomes the objectName.
 #pragma once
 
 #include "platform/qt/fonts.h"
@@ -22,25 +22,25 @@ QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text,
                       const TwipsRect& rect);
 QPushButton* addButton(QWidget* parent, const char* name, const QString& text,
                        const TwipsRect& rect);
-// A frame with its caption on the top line, so that its contents keep their geometry; `ground`
+// A frame whose caption is drawn on its top line and takes no space from its contents. `ground`
 // fills the area inside the lines.
 QGroupBox* addFrame(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
                     const QBrush& ground = {});
 QWidget* addRectangle(QWidget* parent, const char* name, const QColor& colour,
                       const TwipsRect& rect);
 
-// Shows `text` in the label's own font, adapted by fittedFont() where it does not fit.
+// Shows `text` in the label's own font. If the text does not fit, fittedFont() adapts the font.
 void showText(QLabel* label, const QString& text);
-// Adapts the font of a button or option button so that its text fits; `extraPixels` is the width of
-// everything else that it shows.
+// Adapts the font of a button or option button so that its text fits. `extraPixels` is the width of
+// everything on the button except the text.
 void fitText(QAbstractButton* button, int extraPixels);
 
 void setTextColour(QWidget* widget, const QColor& colour);
-// Background for colours that are chosen for a light desktop: a light brush on a dark desktop, no
-// brush on a light one.
+// Background for text and lines whose colours are chosen for a light desktop: a light brush on a
+// dark desktop, no brush on a light one.
 QBrush lightGround();
-// `edges` reduced by half a pen width on each side: a line drawn along it with a pen of one unit
-// lies inside `edges` at every screen scale.
+// `edges` reduced by half a pen width on each side: a line drawn along the result with a pen of one
+// unit lies inside `edges` at every screen scale.
 QRectF insidePen(const QRect& edges);
 
 // Sets the tab order of the widgets to the order of the list.

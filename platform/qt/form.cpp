@@ -29,8 +29,8 @@ Qt::WindowFlags flagsFor(Form::Frame frame) {
 int minTitleBarWidth(const QString& title) {
     if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
         return 0;
-    // Qt centres the title and clips it before the space of three buttons, whatever the window's
-    // flags.
+    // Qt centres the title and clips it where the space for three buttons begins, whatever the
+    // window's flags.
     constexpr int titlePixelSize = 14;
     constexpr int buttonsWidth = 75;
     QFont font = QGuiApplication::font();
@@ -49,8 +49,8 @@ Form::Form(QWidget* owner, const char* name, const QString& caption, int width, 
     setObjectName(QString::fromLatin1(name));
     setWindowTitle(caption);
     setFixedSize(std::max(pixels(width), minTitleBarWidth(caption)), pixels(height));
-    // Set before the native window exists: a window without a title bar that is moved later may
-    // never receive its position.
+    // The position is set before the native window exists: a window without a title bar may never
+    // be moved to a position that is set later.
     QRect centred = geometry();
     centred.moveCenter((owner ? owner : this)->screen()->availableGeometry().center());
     setGeometry(centred);

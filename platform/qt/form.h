@@ -6,8 +6,8 @@
 // draws on Wayland; 0 elsewhere.
 int minTitleBarWidth(const QString& title);
 
-// Asks the desktop to draw attention to this program (a flashing taskbar entry, for instance)
-// unless it is the active one.
+// Asks the desktop to draw attention to this program (by a flashing taskbar entry, for instance)
+// unless it is the active program.
 void callUser();
 
 // A dialog of fixed size in the middle of the screen.
@@ -15,7 +15,7 @@ class Form : public QDialog {
     Q_OBJECT
 
 public:
-    // A window without a frame ignores requests to close; Escape calls reject() in all windows.
+    // A window without a frame ignores requests to close; Escape calls reject() in every window.
     enum class Frame { TitleAndCloseBox, Title, None };
 
     // `width` and `height` are those of the client area in twips; on Wayland the window is widened

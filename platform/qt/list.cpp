@@ -13,7 +13,8 @@ public:
     using QListWidget::QListWidget;
 
 protected:
-    // Modifiers are ignored: any input selects the row it reaches; elsewhere it changes nothing.
+    // Modifiers are ignored. Any input that reaches a row selects that row; other input changes
+    // nothing.
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent*) const override {
         return index.isValid() ? QItemSelectionModel::ClearAndSelect
@@ -39,7 +40,7 @@ protected:
     // Leaves a strip empty below the last row, so that no row is partly visible.
     void showEvent(QShowEvent* event) override {
         QPalette colours = palette();
-        colours.setBrush(QPalette::Window, colours.base()); // of the strip left below the last row
+        colours.setBrush(QPalette::Window, colours.base()); // for the strip below the last row
         setPalette(colours);
         setAutoFillBackground(true);
         if (const int row = sizeHintForRow(0); row > 0)

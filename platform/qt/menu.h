@@ -4,6 +4,6 @@ class QMenu;
 class QMenuBar;
 class QString;
 
-// A menu in which a letter that is not an access key moves to the next entry that begins with it,
-// and triggers that entry if it is the only one.
+// A menu in which typing a letter that is not an access key moves to the next entry that begins
+// with that letter. If only one entry begins with it, that entry is triggered.
 QMenu* addMenu(QMenuBar* bar, const QString& caption);

@@ -40,8 +40,9 @@ void QtEventQueue::Yield() {
 
 namespace {
 
-// The owner of a message box, also while another program is active: a message box hidden by the
-// window would go unnoticed and keep the socket powered.
+// The window that owns a message box, even while another program is active. Without an owner, the
+// message box could be hidden by the main window: it would go unnoticed, and the socket would stay
+// powered.
 QWidget* messageOwner() {
     if (QWidget* active = QApplication::activeWindow(); active && active->isVisible())
         return active;
@@ -65,7 +66,7 @@ void QtMessageBox::Show(const std::string& title, const std::string& text, Icon 
                       grid->columnCount());
     message.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     if (auto* label = message.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-        label->setFocusPolicy(Qt::StrongFocus); // or the keyboard could not reach it
+        label->setFocusPolicy(Qt::StrongFocus); // otherwise the keyboard could not reach it
         message.button(QMessageBox::Ok)->setFocus();
     }
     QTimer::singleShot(0, &message, callUser);
@@ -89,7 +90,7 @@ bool QtFileDialog::ShowSave() {
     return show(true);
 }
 
-// Uses Qt's own dialog, because the desktop's would check names and ask before overwriting.
+// Uses Qt's own dialog, because the desktop's dialog would check names and ask before overwriting.
 bool QtFileDialog::show(bool saving) {
     constexpr int maxNameCharacters = 260;
     QFileDialog dialog(owner);

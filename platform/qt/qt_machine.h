@@ -1,4 +1,5 @@
-// The machine on Qt: timers, event queue, message box, status bar and file dialog.
+// The Qt implementation of the machine: timers, event queue, message box, status bar and file
+// dialog.
 #pragma once
 
 #include "platform/machine.h"
@@ -43,10 +44,10 @@ private:
     bool show(bool saving);
 };
 
-// All of the above in one object, which is the machine in use during its lifetime.
+// All of the above and the serial port in one object. While it exists, it is the machine in use.
 class QtMachine {
 public:
-    // `dataFolder` is the folder that is searched for com<n> links to ports.
+    // `dataFolder` is the folder that is searched for the links com<n> to ports.
     explicit QtMachine(std::string dataFolder);
     QtMachine(const QtMachine&) = delete;
     QtMachine& operator=(const QtMachine&) = delete;

@@ -28,8 +28,8 @@ struct QtSerialPort::Line {
 };
 
 // After a hang-up, QSerialPort keeps the port open and its read notifier fires endlessly: with a
-// read error each time in Qt 6.4, without any signal in Qt 6.8. Our own notifier detects the error
-// condition in both. A queued call closes the port outside every notifier's handler.
+// read error each time in Qt 6.4, without any signal in Qt 6.8. Our own notifier detects the
+// hang-up in both versions. A queued call closes the port outside the handlers of all notifiers.
 void QtSerialPort::Line::watchForHangUp() {
     hangUp = std::make_unique<QSocketNotifier>(port.handle(), QSocketNotifier::Exception);
     QObject::connect(
@@ -98,7 +98,7 @@ void QtSerialPort::Open() {
     }
     GuardPort(port.handle(), lockFileOf(name));
     line_->watchForHangUp();
-    // A pseudo-terminal has neither line, so a failure here is not an error.
+    // A pseudo-terminal has neither DTR nor RTS, so a failure here is not an error.
     port.setDataTerminalReady(true);
     port.setRequestToSend(false);
 }

@@ -5,16 +5,18 @@
 #include <functional>
 #include <memory>
 
-// The serial port on QSerialPort. A port whose line hangs up is closed when the next events are
-// handled; it then neither accepts nor delivers bytes until it is opened again.
+// The serial port, implemented with QSerialPort. A port whose line hangs up is closed when the next
+// events are handled; it then neither accepts nor delivers bytes until it is opened again.
 class QtSerialPort final : public platform::SerialPort {
 public:
-    // `portName` returns the system's name of a port number, empty if there is no such port.
+    // `portName` returns the system's name for a port number; the name is empty if there is no such
+    // port.
     explicit QtSerialPort(std::function<std::string(int)> portName);
     ~QtSerialPort() override;
 
-    // Call each once, before the first Open(). Each has only one valid value: "57600,N,8,1", 0 (the
-    // port is polled, there are no receive events) and binary, the only mode of QSerialPort.
+    // Call each of the next three once, before the first Open(). setSettings() accepts only
+    // "57600,N,8,1". setRThreshold() accepts only 0, because the port is polled and has no receive
+    // events. Binary is the only mode of QSerialPort.
     void setSettings(const std::string& settings);
     void setRThreshold(int bytes);
     void setInputModeBinary() {}

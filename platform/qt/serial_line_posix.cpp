@@ -68,9 +68,9 @@ std::string lockFileOf(const std::string& path) {
     return {};
 }
 
-// A lock file begins with a process ID. Most programs write nothing else, some append their name
-// and their user, and QSerialPort writes its program's name on the next line. An ID without a name
-// may be that of any program, so the lock counts as long as a process has that ID.
+// A lock file begins with a process ID. Most programs write nothing else, some append their own
+// name and the user's name, and QSerialPort writes its program's name on the next line. An ID
+// without a name may be that of any program, so the lock counts as long as a process has that ID.
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
     constexpr off_t maxBytes = 1024;
@@ -85,7 +85,7 @@ std::string lockedByAnother(const std::string& path) {
     pid_t holder = 0;
     std::string writer;
     if (!(text >> holder) || holder <= 0)
-        return {}; // perhaps still incomplete: QSerialPort waits until it is old
+        return {}; // the file may be incomplete: QSerialPort waits until it is old
     std::getline(text >> std::ws, writer);
     const std::vector<std::string> names = namesOf(holder);
     const bool sameProgram = writer.empty() || names.empty() ||
@@ -95,7 +95,7 @@ std::string lockedByAnother(const std::string& path) {
     if (holder != getpid() && isRunning(holder) && sameProgram)
         return "process " + std::to_string(holder) + (names.empty() ? "" : " (" + names[0] + ")") +
                " has locked it with the lock file " + file + ".";
-    unlink(file.c_str()); // QSerialPort would respect some forms of it for half a minute
+    unlink(file.c_str()); // QSerialPort would respect some lock files for half a minute
     return {};
 }
 

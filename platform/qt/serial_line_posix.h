@@ -1,18 +1,18 @@
-// What QSerialPort does not report about its line.
+// Facts about a serial line that QSerialPort does not report.
 #pragma once
 
 #include <string>
 
-// The path of the lock file by which programs reserve the port `path`, whatever kind of file it is;
+// The path of the lock file, of whatever file type, by which programs reserve the port `path`;
 // empty if there is no lock file.
 std::string lockFileOf(const std::string& path);
 
 // Describes, for the user, the lock file that bars the port `path`; empty if no lock file does. A
 // lock file bars the port while a process other than this one has the ID in the file and, if the
-// file names a program, that name. A file that cannot be read or is not a small regular file also
-// bars it. A lock file whose process has ended is removed. Call before opening the port:
-// QSerialPort waits forever for a pipe, and removes a lock file older than half a minute even if
-// its owner is running.
+// file names a program, that name. A lock file that cannot be read or is not a small regular file
+// also bars it. Any other lock file that contains a process ID is removed. Call before opening the
+// port: QSerialPort waits forever if the lock file is a pipe, and removes a lock file older than
+// half a minute even if its owner is running.
 std::string lockedByAnother(const std::string& path);
 
 // Why the port `path` could not be opened, in sentences for the user: there is no device, it is not

@@ -86,8 +86,8 @@ void giveCrashesAStack() {
 
 } // namespace
 
-// Replaces the C library's _exit(), for libraries too: when the compositor is lost, Qt's Wayland
-// plugin calls it, and exit handlers do not run. Child processes do not clean up.
+// Replaces the C library's _exit(), also for calls from libraries: when the compositor is lost,
+// Qt's Wayland plugin calls _exit(), which runs no exit handlers. Child processes do not clean up.
 extern "C" void _exit(int status) { // NOLINT(bugprone-reserved-identifier)
     if (getpid() == handledProcess)
         cleanUp();
@@ -114,7 +114,7 @@ void HandleSignals(std::function<void()> save) {
             break;
         case SIGPIPE: // the failed write returns an error instead
         case SIGXFSZ:
-        case SIGTTIN: // a stopped window looks hung
+        case SIGTTIN: // a stopped program looks hung
         case SIGTTOU:
             installHandler(signal, SIG_IGN, 0);
             break;

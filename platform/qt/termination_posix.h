@@ -1,5 +1,5 @@
 // Terminations that the user did not choose: signals, crashes, a lost display. They must not leave
-// a chip powered; only SIGKILL, which cannot be handled, may.
+// a chip powered. The only exception is SIGKILL, which cannot be handled.
 #pragma once
 
 #include <functional>
@@ -13,16 +13,16 @@ void OpenStandardDescriptors();
 // Installs the signal handlers for the rest of the process. Requires the application object.
 // SIGTERM, SIGINT and SIGHUP are handled in the running event loop: the crash frames are sent,
 // `save` is called, and the process ends with status 0. If `save` throws, the cause is printed to
-// stderr and the status is 1. Every other signal that ends a process sends the crash frames first.
-// SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the process during a
-// run. A signal that was ignored at the start stays ignored.
+// stderr and the status is 1. For every other signal that ends a process, the crash frames are sent
+// first. SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the process
+// during a run. A signal that was ignored when the process started stays ignored.
 void HandleSignals(std::function<void()> save);
 
 // Registers the open port and its lock file (empty: no lock file) for clean-up at termination.
 // Descriptor -1: the port has been closed.
 void GuardPort(int descriptor, const std::string& lockFile = {});
-// Sets the power-down frames to send on a crash; used while a run is in progress. The bytes must
-// stay valid until the next call; null: no frames.
+// Sets the power-down frames to send on a crash; used while a run is in progress. `bytes` must stay
+// valid until the next call; if it is null, no frames are sent.
 void SetCrashFrames(const char* bytes, int byteCount);
 
 // Sends the crash frames, if any, to the guarded port. Further calls send nothing.
