@@ -58,12 +58,13 @@ void row(const char* what, const char* format, double value, const std::string& 
 
 // A frame or reply in simbox's trace.
 struct TraceLine {
-    double seconds = 0; // when the frame had arrived or the reply began
+    double seconds = 0; // when the frame or the first portion of the reply had arrived
     bool reply = false;
     int bytes = 0;
 };
 
-// "0.001234 > 00 00 00 01 49  identify"; more than 16 bytes: "00 ... 1A ... (260 bytes)  meaning".
+// Parses a line such as "0.001234 > 00 00 00 01 49  identify". A line for more than 16 bytes reads
+// "0.001234 < 06 ... 1A ... (260 bytes)  meaning".
 TraceLine parseTraceLine(const std::string& line) {
     TraceLine parsed;
     char direction = 0;
@@ -79,7 +80,7 @@ TraceLine parseTraceLine(const std::string& line) {
     return parsed;
 }
 
-// simbox with an erased chip, connected as com5 in a folder.
+// simbox with an erased chip, connected through the link com5 in `folder`.
 class Simbox {
 public:
     Simbox(const TemporaryFolder& folder, const QStringList& options)
@@ -141,8 +142,9 @@ struct Program {
     mdiMain window{machine};
 };
 
-// In the child process: prints the milliseconds since it was started, at `epochMs`, and its
-// resident memory in MiB with an image loaded and the hex view open.
+// Runs in the child process, which was started at `epochMs`. Prints the milliseconds from then
+// until the main window was visible, and the resident memory in MiB with an image loaded and the
+// hex view open.
 void startAndPrint(double epochMs) {
     Program program;
     const duration<double, std::milli> now = system_clock::now().time_since_epoch();
@@ -197,7 +199,7 @@ RunTimes runFunction(Program& program, const char* function) {
     return {passed.count(), double(cpu) * 1000 / CLOCKS_PER_SEC};
 }
 
-// The minimum is the transmission time of all bytes, 10 bits each, plus the pauses.
+// The minimum duration is the transmission time of all bytes, 10 bits each, plus the pauses.
 void measureRun(Program& program, Simbox& simbox, const char* function, double pausesMs) {
     constexpr double byteMs = 10'000.0 / 57600;
     simbox.newLines();
@@ -225,8 +227,9 @@ void measureRunsAt57600Baud(const TemporaryFolder& folder) {
     check(state().BufferData == image, "the chip does not hold the image");
 }
 
-// The gaps are taken from simbox's trace, so they include simbox's own work on a reply. Blank is
-// used because Read would open the hex view after its last block.
+// The gaps between a reply and the next frame are taken from simbox's trace, so they include
+// simbox's own work on a reply. Blank is used because Read would open the hex view after its last
+// block.
 void measureGaps(const TemporaryFolder& folder) {
     Simbox simbox(folder, {QStringLiteral("--no-pace")});
     Program program;

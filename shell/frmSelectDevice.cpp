@@ -58,10 +58,10 @@ frmSelectDevice::frmSelectDevice(QWidget* owner)
     connectHandlers();
 }
 
-// The socket and the chip outlines; a chip of any length is at the lower end.
+// The socket and the chip outlines. A chip of any length is at the lower end of the socket.
 void frmSelectDevice::addSocket() {
     const QColor blue(0, 0, 255);
-    constexpr TwipsRect stroke{3563, 2040, 75, 120}; // five pixels wide, centred at 3600
+    constexpr TwipsRect stroke{3563, 2040, 75, 120}; // five pixels wide, centred at 3600 twips
     new Outline(this, "Shape1", Qt::black, {3000, 120, 615, 1935}, lightGround());
     addRectangle(this, "Line1", palette().color(QPalette::WindowText), stroke);
     shp1[1] = new Outline(this, "shp1(1)", blue, {3120, 240, 375, 1695});
@@ -91,7 +91,8 @@ void frmSelectDevice::showOutline(int row) {
         length + tr(", at the lower end of the socket, its mark at that end too"));
 }
 
-// Catalogue rows are numbered from 1; without a highlighted row this is the empty row 0.
+// Catalogue rows are numbered from 1. If no row of the list is highlighted, catalogue row 0 is
+// used, which is empty.
 void frmSelectDevice::listDevice_Click() {
     showOutline(highlightedRow(listDevice) + 1);
 }

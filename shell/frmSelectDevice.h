@@ -8,7 +8,7 @@ class QListWidget;
 class QPushButton;
 
 // The device catalogue, with a drawing of the chip's position in the socket. OK or a double click
-// selects the highlighted device; the caller then closes the buffer view.
+// selects the highlighted device; the caller then closes the hex view.
 class frmSelectDevice : public Form {
     Q_OBJECT
 
@@ -20,7 +20,7 @@ private:
     void connectHandlers();
     void listDevice_Click();
     void cmdOk_Click();
-    // Shows the chip outline for the family of a row of the catalogue.
+    // Shows the outline of a chip of the family in catalogue row `row`.
     void showOutline(int row);
 
     QListWidget* listDevice;

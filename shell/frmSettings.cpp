@@ -27,11 +27,11 @@ frmSettings::frmSettings(QWidget* owner)
     cmbCOM->setAccessibleName(tr("Port"));
     cmbCOM->setEditable(true);
     cmbCOM->setInsertPolicy(QComboBox::NoInsert); // typed text is not added to the list
-    cmbCOM->setCompleter(nullptr);                // and not completed
+    cmbCOM->setCompleter(nullptr);                // typed text is not completed
     cmbCOM->setMaxVisibleItems(portCount);
     for (int port = 1; port <= portCount; ++port)
         cmbCOM->addItem(QStringLiteral("COM%1").arg(port));
-    const int entry = state().ComPort - 1; // from the settings file: may be any number
+    const int entry = state().ComPort - 1; // ComPort may be any number in the settings file
     cmbCOM->setCurrentIndex(entry >= 0 && entry < portCount ? entry : 0);
     cmbCOM->setFocus();
     connectHandlers();

@@ -58,13 +58,14 @@ protected:
     }
 };
 
-// The system menu of a window that can only be closed; Qt's own would also offer resizing.
+// The system menu of a window that can be closed but not resized; Qt's own menu would also offer
+// resizing.
 QMenu* closeMenu(QMdiSubWindow* window) {
     auto* menu = new QMenu(window);
     QAction* close = menu->addAction(QObject::tr("&Close"), window, &QWidget::close);
     close->setShortcuts(QKeySequence::Close);
     close->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    window->addAction(close); // otherwise the shortcut would not work outside the menu bar
+    window->addAction(close); // needed for the shortcut, because no menu bar contains the menu
     return menu;
 }
 
@@ -166,7 +167,7 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
-    // Assistive programs trigger an action without input events, so InputBlock cannot stop them.
+    // Assistive programs trigger an action without input events, so InputBlock cannot prevent that.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
                 [this, handler] {
@@ -186,7 +187,7 @@ void mdiMain::connectHandlers() {
     on("HelpContents", &mdiMain::HelpContents_Click);
     on("HelpAbout", &mdiMain::HelpAbout_Click);
     connect(findChild<QAction*>(QStringLiteral("FileExit")), &QAction::triggered, this,
-            &mdiMain::FileExit_Click); // closeEvent() defers it while the link is in use
+            &mdiMain::FileExit_Click); // closeEvent() defers closing while the link is in use
 }
 
 void mdiMain::Load() {
@@ -219,7 +220,8 @@ void mdiMain::closeEvent(QCloseEvent* event) {
     QCoreApplication::exit(0);
 }
 
-// A failure ends the command without a message; the loaders and savers document the state after it.
+// A failure ends the command without a message. The headers of the loaders and savers describe what
+// a failure leaves.
 void mdiMain::transferFile(bool (platform::FileDialog::*ask)(), void (*hex)(), void (*binary)()) {
     try {
         if (!(machine_.cdia.*ask)())
@@ -263,7 +265,7 @@ void mdiMain::BufferFill_Click() {
         Reopen();
 }
 
-// Closes the view, because its range and checksum are those of the previous device.
+// Closes the hex view, because its range and checksum are those of the previous device.
 void mdiMain::DeviceSelect_Click() {
     if (frmSelectDevice(this).exec() == QDialog::Accepted)
         delete bufferWindow_;
@@ -276,7 +278,7 @@ void mdiMain::DeviceFunction_Click() {
     closeIfRequested();
 }
 
-// Carries out a request to close that came while the link was in use.
+// Carries out a close request that arrived while the link was in use.
 void mdiMain::closeIfRequested() {
     if (closeRequested_)
         close();
@@ -286,8 +288,8 @@ void mdiMain::OptionsEditAuto_Click() {
     frmEditAuto(this).exec();
 }
 
-// Discovery follows even after Cancel: this is the only way to find a programmer plugged in later.
-// It begins before exec() returns, so that no request to close is handled in between.
+// Discovery follows even after Cancel: this is the only way to find a programmer that is plugged in
+// later. Discovery begins before exec() returns, so that no close request is handled in between.
 void mdiMain::OptionsSettings_Click() {
     frmSettings settings(this);
     connect(&settings, &QDialog::finished, FindProgrammer);
@@ -316,8 +318,9 @@ void mdiMain::Reopen() {
     bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));
     bufferWindow_->move(0, 0);
     bufferWindow_->show();
-    // The frame must not take the focus, not even by Tab: assistive programs would stay on it. The
-    // view gets the focus before it is filled, or they would not read out its contents.
+    // The window frame must not take the focus, not even by Tab: assistive programs would stay on
+    // it. The view gets the focus before it is filled; otherwise these programs would not read out
+    // its contents.
     bufferWindow_->setFocusPolicy(Qt::NoFocus);
     view->setFocus();
     view->UpdateBuffer();

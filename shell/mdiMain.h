@@ -12,7 +12,7 @@ class QLabel;
 class QMdiArea;
 class QMdiSubWindow;
 
-// The one top-level window: menus, status bar, and the hex view as its only child window.
+// The main window: menus, status bar, and the hex view as its only child window.
 class mdiMain : public QMainWindow, private modFunc::BufferView {
     Q_OBJECT
 
@@ -20,13 +20,13 @@ public:
     explicit mdiMain(QtMachine& machine);
     ~mdiMain() override;
 
-    // To be called before the window is shown: shows the splash, erases the image, sets up the port
+    // Call before the window is shown. Shows the splash window, erases the image, sets up the port
     // and runs discovery.
     void Load();
 
 protected:
-    // Writes the settings and ends the program. While a run or discovery uses the link, the request
-    // is kept and carried out afterwards.
+    // Writes the settings and ends the program. While a run or discovery uses the link, the close
+    // request is kept and carried out afterwards.
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -7,13 +7,14 @@
 
 namespace simbox {
 
-// How the memory cells of a chip behave. It follows from the class byte of the last socket set-up.
+// How the memory cells of a chip behave. The class byte of the last socket set-up selects the kind.
 enum class CellKind {
     Flash,    // programming can only clear bits; erase sets every byte to FF; can be locked
     PageWrite // every write replaces the byte; neither erase nor lock
 };
 
-// The chip in the socket: 64 KiB of memory and a lock. It knows no frames and no time.
+// The chip in the socket: 64 KiB of memory and a lock. This class depends on neither frames nor
+// time.
 class Chip {
 public:
     static constexpr std::size_t sizeBytes = 65536;
@@ -21,27 +22,29 @@ public:
     // A new chip, not locked, with `fill` in every byte.
     explicit Chip(std::uint8_t fill) { memory_.fill(fill); }
 
-    // The cells as they are, whether locked or not. Index = chip address, 0..FFFF.
+    // The contents of the cells, whether the chip is locked or not. The index is the chip address,
+    // 0..FFFF.
     const std::array<std::uint8_t, sizeBytes>& memory() const { return memory_; }
     bool locked() const { return locked_; }
 
     // Increases whenever memory or lock is written.
     std::uint64_t revision() const { return revision_; }
 
-    // Changes from outside the socket, whatever the cell kind and the lock.
+    // These change the chip directly, whatever the cell kind and the lock.
     void Set(std::uint16_t address, std::uint8_t value);
     void Fill(std::uint8_t value);
-    // Puts `bytes` at address 0 upward; the rest is unchanged. Only the first sizeBytes bytes
-    // count.
+    // Stores `bytes` from address 0 upward; the rest is unchanged. Bytes after the first sizeBytes
+    // are ignored.
     void Load(std::span<const std::uint8_t> bytes);
     void setLocked(bool locked);
 
     // What the programmer reads: the cell, or 00 from a locked flash chip.
     std::uint8_t Read(std::uint16_t address, CellKind kind) const;
-    // Programs one cell. True when the cell then contains `data`; false when that would set bits,
-    // which only an erase can, or (cell unchanged) when a flash chip is locked.
+    // Programs one cell. Returns true if the cell then contains `data`. Returns false if `data` has
+    // a bit set that only an erase can set, or if a flash chip is locked; a locked cell is
+    // unchanged.
     bool Write(std::uint16_t address, std::uint8_t data, CellKind kind);
-    // Every byte FF, not locked.
+    // Sets every byte to FF and unlocks the chip.
     void Erase();
 
 private:

@@ -6,21 +6,23 @@
 
 namespace simbox {
 
-// Keeps a chip on disk: the file at `path` contains the memory as plain bytes, chip address = file
-// offset; a file `path`.lock beside it exists exactly while the chip is locked. An empty path keeps
-// nothing.
+// Keeps a chip's contents on disk. The file at `path` contains the memory as raw bytes; the file
+// offset of a byte is its chip address. The file `path`.lock exists while the chip is locked. If
+// the path is empty, nothing is kept.
 class ChipFile {
 public:
-    // Fills the chip from the file, then saves it. A shorter file leaves the bytes past its end as
-    // they are; a missing one leaves the whole chip as it is, not locked. Throws an exception
-    // naming file and cause when the file is longer than a chip or cannot be read or written.
+    // Loads the chip from the file, then saves it. If the file is shorter than the chip, the rest
+    // of the chip is unchanged. If there is no file, the whole chip is unchanged, including its
+    // lock. Throws an exception that names the file and the cause if the file is longer than a chip
+    // or cannot be read or written.
     ChipFile(std::string path, Chip& chip);
 
-    // The chip has been written since the last Save.
+    // True if the chip has been written since the last Save.
     bool outdated() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
-    // When outdated: writes all 64 KiB to a temporary file beside it and renames that over the
-    // file, so that a reader always finds a whole chip. Throws an exception naming file and cause.
+    // If outdated, writes all 64 KiB to a temporary file in the same folder and renames it over
+    // the file, so that a reader always finds the complete contents of the chip. Also creates or
+    // removes the lock file. Throws an exception that names the file and the cause.
     void Save();
 
 private:

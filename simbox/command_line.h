@@ -12,7 +12,7 @@ namespace simbox {
 struct Settings {
     Options options;
     std::string linkPath;  // empty: no link
-    std::string chipFile;  // empty: the chip is not kept
+    std::string chipFile;  // empty: the chip's contents are not kept
     std::string traceFile; // empty: no trace; "-": standard output
     bool unthrottled = false;
     bool help = false;

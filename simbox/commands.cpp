@@ -11,7 +11,7 @@ constexpr std::uint8_t acknowledge = 0x06;
 constexpr std::size_t readHeaderBytes = 4;
 constexpr std::size_t blockBytes = 256;
 constexpr int lockStepsOfAPass = 3;
-constexpr std::int64_t eraseTimeUs = 50'000; // between the two bytes of a class 4 erase
+constexpr std::int64_t eraseTimeUs = 50'000; // between the two reply bytes of a class 4 erase
 
 std::uint16_t addressAt(std::span<const std::uint8_t> p) {
     return static_cast<std::uint16_t>(p[0] << 8U | p[1]);
@@ -96,7 +96,7 @@ void Commands::check(char commandCode, Parameters parameters) const {
 
 void Commands::setSupplies(Parameters p) {
     powered_ = std::any_of(p.begin(), p.end(), [](std::uint8_t value) { return value != 0; });
-    held_.clear(); // a failed function turns the supplies off; its data is void
+    held_.clear(); // a function that failed turns the supplies off; its data is not needed
     lockSteps_ = 0;
 }
 
@@ -118,8 +118,8 @@ Reply Commands::writeBlock(std::uint16_t first) {
             .delayUs = options_.writeTimeUs};
 }
 
-// Writes the held data up to the first byte that fails and returns its address; nullopt: none
-// failed.
+// Writes the held data up to the first byte that fails. Returns the address of that byte; nullopt
+// if no byte fails.
 std::optional<std::uint16_t> Commands::program(std::uint16_t first) {
     std::uint16_t address = first;
     for (const std::uint8_t data : held_) {

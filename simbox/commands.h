@@ -21,25 +21,27 @@ struct Options {
     std::vector<Fault> faults;             // several may apply to one frame, in this order
 };
 
-// What goes back to the program for one frame.
+// The reply to one frame.
 struct Reply {
-    std::vector<std::uint8_t> bytes; // at least one, faults aside
+    std::vector<std::uint8_t> bytes; // at least one, unless a fault removes them
     std::string meaning;             // for the trace
     std::int64_t delayUs = 0;        // from the frame's arrival to the reply's start
-    // Bytes from this index on come `gapUs` after the earlier ones; past the end: no gap.
+    // Bytes from this index on start `gapUs` after the end of the earlier ones. If the index is
+    // past the end, there is no gap.
     std::size_t gapIndex = SIZE_MAX;
     std::int64_t gapUs = 0;
 };
 
-// Why a frame is rejected.
+// Thrown when a frame is rejected. what() is the reason.
 struct ProtocolError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Executes frames, without line and time: the supplies, the socket, the data held for the next
-// write, and the chip.
+// Executes frames. Keeps the state of the supplies and the socket, the data held for the next
+// write, and the chip. Does not deal with the line or with time.
 //
-// The class byte of the last set-up selects the class: 1, 2 and 4 are flash, 3 is a page device.
+// The class byte of the last socket set-up selects the class: 1, 2 and 4 are flash, 3 is a page
+// device.
 class Commands {
 public:
     explicit Commands(const Options& options);
@@ -49,7 +51,7 @@ public:
     Reply Run(const Frame& frame);
 
     Chip& chip() { return chip_; }
-    // True if the last "V" had a byte other than zero.
+    // True if a parameter of the last "V" was not zero.
     bool powered() const { return powered_; }
     bool socketReleased() const { return setUp_ == SetUp::None; }
 
@@ -76,8 +78,8 @@ private:
     SetUp setUp_ = SetUp::None;
     std::uint8_t class_ = 0;         // 1..4 while the socket is set up
     std::vector<std::uint8_t> held_; // data of a "D" that waits for its "W"
-    int lockSteps_ = 0;              // steps done of a pass of three; "V" and erase reset it
-    bool freshSetUp_ = false;        // no lock step since the last "S"
+    int lockSteps_ = 0;              // steps done in a pass of three; "V" and "E" set this to 0
+    bool freshSetUp_ = false;        // no lock step since the last "S" or "T"
 };
 
 } // namespace simbox

@@ -10,10 +10,11 @@
 namespace simbox {
 
 // The kinds of fault. In brackets: the fields of Fault that the kind uses in addition to those that
-// select a frame. A late reply delays those after it, because the line keeps the order. A rejected
-// frame has no reply that a fault could change.
+// select a frame; "no frame" means that the kind ignores the fields that select a frame. A late
+// reply delays the replies after it, because the line keeps their order. A rejected frame has no
+// reply that a fault could change.
 enum class FaultKind {
-    Silent,       // no reply to the frame, which is carried out all the same
+    Silent,       // no reply to the frame, which is still executed
     SilentFrom,   // as Silent, for that frame and every later one
     Short,        // reply truncated to `count` bytes (0: silence) [count]
     Long,         // `count` extra bytes EE after the reply [count]
@@ -22,17 +23,17 @@ enum class FaultKind {
     Double,       // the whole reply twice, end to end
     Chatter,      // `count` unrequested bytes EE, `delayUs` after the reply [count, delayUs]
     Status,       // `bytes` instead of the reply, whatever the frame did [bytes]
-    Identify,     // the reply is `count` bytes: truncated, or padded with EE [count]
-    ProgramError, // every write across `address` stops there and reports it [address, no frame]
-    Lie, // every write across `address` skips that byte and reports success [address, no frame]
-    Pull // the cable is pulled when the frame has arrived; the frame is not executed
+    Identify,     // the reply has `count` bytes: truncated, or padded with EE [count]
+    ProgramError, // every write that includes `address` fails there [address, no frame]
+    Lie,          // every write skips the byte at `address` and reports success [address, no frame]
+    Pull          // the cable is pulled when the frame has arrived; the frame is not executed
 };
 
 struct Fault {
     FaultKind kind = FaultKind::Silent;
-    // Selects the frame: `number` counts from 1, either all frames (commandCode 0) or those with
-    // this command code. Every whole frame counts, rejected ones included. Number 0 selects all of
-    // them.
+    // Selects the frame. `number` counts whole frames from 1, rejected ones included: all frames if
+    // commandCode is 0, otherwise those with this command code. Number 0 selects every frame that
+    // would be counted.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes
@@ -41,17 +42,17 @@ struct Fault {
     std::vector<std::uint8_t> bytes; // at least one for Status
 };
 
-// Reads the text form, for instance "late@I1:101ms" (FaultHelp lists all of them).
+// Reads the text form of a fault, for instance "late@I1:101ms" (FaultHelp lists all forms).
 // Returns the fault, or what is wrong with the text.
 std::variant<Fault, std::string> ParseFault(std::string_view text);
 
-// One line for each form of a fault's text.
+// One line for each form of a fault's text, then an explanation of the frame argument F.
 std::string FaultHelp();
 
 // One line of a help text: what the user types, at most 15 characters, and its meaning.
 std::string HelpLine(std::string_view text, std::string_view meaning);
 
-// Reads a number from 0 to `max`, digits only. False for any other text.
+// Reads a number from 0 to `max`, digits only. Returns false for any other text.
 template <typename Value>
 bool ParseNumber(std::string_view text, int base, std::uint32_t max, Value& value) {
     std::uint32_t number = 0;

@@ -15,49 +15,55 @@
 namespace simbox {
 
 // The simulated programmer as seen from its serial line: bytes and times in, bytes and times out.
-// It reads no clock and never sleeps; all times are microseconds of the caller's clock, which does
-// not go back.
+// It reads no clock and never sleeps; all times are microseconds of the caller's clock, which must
+// not go backwards.
 //
 // A frame is received when its last byte has arrived. The programmer then replies to it or rejects
 // it. A rejected frame changes nothing, has no reply and is a protocol error. An incomplete frame
-// is also a protocol error and is dropped one second after its first byte. No byte sequence does
-// harm.
+// is also a protocol error and is dropped one second after its first byte. Any byte sequence may be
+// sent safely.
 //
-// Unless unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes and a shorter
-// last one, each when its last byte has come over the wire. The two parts of a reply with a gap are
-// divided separately. Pulling the cable loses the incomplete portion.
+// Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes and
+// a shorter last one. Each portion arrives when its last byte has been transmitted. The two parts
+// of a reply with a gap are divided into portions separately. When the cable is pulled, the
+// incomplete portion is lost.
 class Programmer {
 public:
     explicit Programmer(const Options& options = {});
 
-    // Takes bytes that the program sends at `nowUs`. Each is received after its time on the wire,
-    // which starts after all earlier bytes. Ignored once the cable is pulled.
+    // Takes bytes that the program sends at `nowUs`. Each byte is received after its transmission
+    // time, which starts when all earlier bytes have been transmitted. Bytes are ignored once the
+    // cable has been pulled.
     void Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes);
 
-    // The time of the next event: a portion of a reply, a complete frame, or the drop of an
-    // incomplete frame. May be in the past. nullopt: no event without further bytes.
+    // The time of the next event: a portion of a reply arrives, a frame is complete, or an
+    // incomplete frame is dropped. May be in the past. nullopt if nothing happens without further
+    // bytes.
     std::optional<std::int64_t> nextEventUs() const;
 
-    // Advances time to `nowUs` and returns the reply bytes due by then, in order and only once.
-    // Frames complete by then are executed here (or in `Receive`), not before.
+    // Advances time to `nowUs` and returns the reply bytes due by then, in order and each only
+    // once. Frames that are complete by then are executed by this call unless `Receive` has already
+    // executed them.
     std::vector<std::uint8_t> Take(std::int64_t nowUs);
 
-    // True after a pull fault. `Take` still returns portions due before it, but nothing later.
+    // True after a pull fault. `Take` still returns the portions due by the time of the pull, but
+    // no others.
     bool cablePulled() const { return pulled_; }
 
     const std::vector<std::string>& protocolErrors() const { return protocolErrors_; }
-    // Every whole frame in order of arrival, rejected ones included.
+    // Every whole frame in order of arrival, including rejected frames.
     const std::vector<Frame>& frames() const { return frames_; }
 
-    // Replaces the faults that name a frame. Replies already on their way are unchanged.
+    // Replaces the faults that select a frame. Replies already being sent are unchanged.
     void setFaults(std::vector<Fault> faults);
 
     Chip& chip() { return commands_.chip(); }
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }
 
-    // `sink` gets one line, without line end, for each frame, reply and protocol error. A reply's
-    // line comes with its first portion. An empty function: no trace.
+    // `sink` gets one line, without line end, for each frame, each part of a reply and each
+    // protocol error. The line of a part is passed on when `Take` returns its first portion. If the
+    // function is empty, there is no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:
@@ -69,7 +75,7 @@ private:
     struct Portion {
         std::int64_t atUs;
         std::vector<std::uint8_t> bytes;
-        std::string traceText; // empty except in the first portion of a reply
+        std::string traceText; // empty except in the first portion of a part
     };
 
     void advance(std::int64_t nowUs);
@@ -78,7 +84,7 @@ private:
     void finishFrame(std::int64_t timeUs);
     void pull(std::int64_t timeUs);
     void queueReply(std::int64_t timeUs, const Reply& reply);
-    // Queues bytes that follow each other without a gap and returns the time of the last.
+    // Queues bytes that follow each other without a gap and returns the time of the last byte.
     std::int64_t queuePart(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
                            const std::string& meaning);
     void reportError(std::int64_t timeUs, const std::string& text);

@@ -33,7 +33,8 @@ std::runtime_error failure(const std::string& what) {
     return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// The signals are blocked except inside ppoll, so that none is lost between check and wait.
+// The signals are blocked except inside ppoll, so that no signal is lost between StopRequested()
+// and Wait().
 void catchSignals() {
     sigset_t stops;
     sigemptyset(&stops);
@@ -121,8 +122,8 @@ std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) 
             return {};
         throw failure("cannot read from " + path_);
     }
-    // Exclusive mode belongs to the terminal. Because this side stays open, it would outlast a
-    // crash of the program that set it, and nobody could open the line again.
+    // Exclusive mode belongs to the terminal. Because this side stays open, the mode would outlast
+    // a crash of the program that set it, and no program could open the line again.
     ioctl(slave_.value, TIOCNXCL);
     return {buffer.begin(), buffer.begin() + count};
 }

@@ -8,31 +8,34 @@
 
 namespace simbox {
 
-// A pseudo-terminal seen from the device's side: raw, all 256 byte values in both directions, no
-// echo. A program that closes its side and opens it again finds the line as it was.
+// A pseudo-terminal as seen from the device's side. It is raw: all 256 byte values pass in both
+// directions, without echo. A program that closes its side and opens it again finds the line
+// unchanged.
 class Terminal {
 public:
-    // Opens it and makes `linkPath` (empty: no link) a symbolic link to it, which replaces an
-    // existing link. Throws std::runtime_error with the cause, also if `linkPath` exists and is not
-    // a symbolic link. Only one per process, because it handles SIGTERM, SIGINT and SIGHUP.
+    // Opens the terminal and makes `linkPath` (empty: no link) a symbolic link to it. An existing
+    // symbolic link is replaced. Throws std::runtime_error with the cause on failure, or if
+    // `linkPath` exists and is not a symbolic link. Create only one Terminal per process, because
+    // it handles SIGTERM, SIGINT and SIGHUP.
     explicit Terminal(std::string linkPath);
-    // Removes the link, if it still leads here, then hangs up.
+    // Removes the link if it still points to this terminal, then hangs up.
     ~Terminal();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    // What the program opens, such as /dev/pts/3.
+    // The path that the program opens, such as /dev/pts/3.
     const std::string& path() const { return path_; }
 
     // Sleeps until bytes have arrived, `timeoutUs` (microseconds; nullopt: no limit) has passed, or
-    // one of the signals has come. Returns all bytes that have arrived, which may be none.
+    // one of the three signals has arrived. Returns the bytes that have arrived, at most 4096; the
+    // result may be empty.
     std::vector<std::uint8_t> Wait(std::optional<std::int64_t> timeoutUs);
 
-    // Bytes are lost if nobody reads and the system's queue is full, as on any line without flow
-    // control.
+    // Sends the bytes. If no program reads and the system's queue is full, bytes are lost, as on
+    // any line without flow control.
     void Write(std::span<const std::uint8_t> bytes);
 
-    // One of the signals has come.
+    // True if one of the three signals has arrived.
     static bool StopRequested();
 
 private:
@@ -47,7 +50,7 @@ private:
     std::string linkPath_;
     std::string path_;
     Descriptor master_;
-    Descriptor slave_; // held open: without it the line would hang up when the program closes it
+    Descriptor slave_; // kept open so that the line does not hang up when the program closes it
 };
 
 } // namespace simbox

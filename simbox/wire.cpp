@@ -85,7 +85,7 @@ std::string DescribeFrame(std::span<const std::uint8_t> frameBytes) {
     const char commandCode = static_cast<char>(content[0]);
     const auto p = content.subspan(1);
     const auto number = [p](std::size_t index) { return std::to_string(p[index]); };
-    const auto addressRange = [p] { // the first four parameters: first and last, high byte first
+    const auto addressRange = [p] { // four parameters: first and last address, high byte first
         return HexText(p[0], 2) + HexText(p[1], 2) + "-" + HexText(p[2], 2) + HexText(p[3], 2);
     };
     switch (commandCode) {

@@ -18,7 +18,7 @@ frmHelp::frmHelp(QWidget* owner)
     rtb->setFont(sansFont(points12)); // for the window's own messages
     rtb->setReadOnly(true);
     rtb->setUndoRedoEnabled(false);
-    // Black on white on any desktop: the colours in a file are chosen for paper.
+    // Black on white on any desktop: the colours in a help file are chosen for paper.
     QPalette colours = rtb->palette();
     colours.setColor(QPalette::Base, Qt::white);
     colours.setColor(QPalette::Text, Qt::black);

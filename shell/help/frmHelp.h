@@ -4,8 +4,8 @@
 
 class QTextEdit;
 
-// Shows the help file. A file that is missing, unreadable or not rich text is reported in the
-// text box itself, with its name and the cause.
+// Shows the help file. If the file is missing, unreadable or not rich text, the text box shows the
+// file's name and the cause instead.
 class frmHelp : public Form {
     Q_OBJECT
 

@@ -12,8 +12,8 @@
 
 namespace {
 
-// The page has a budget, counted in the layout time of one Latin character (less than a
-// microsecond). Everything else costs a multiple of it.
+// The page has a budget. Its unit is the layout time of one Latin character (less than a
+// microsecond). Everything else costs a multiple of that.
 constexpr qint64 room = 2'400'000;
 constexpr qint64 runCost = 20;
 constexpr qint64 tabCost = 40;
@@ -40,8 +40,8 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     const qint64 sharedLine = height * height / 280;
     qint64 cost = 0;
     for (const QChar c : text) {
-        // Greek and Cyrillic letters take longer than Latin ones; combining and mixed characters
-        // take the most time.
+        // Greek and Cyrillic letters take longer than Latin ones; other characters, such as
+        // combining ones, can take the most time.
         const bool simple = c >= u'\u0370' && c < u'\u0590';
         cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : simple ? 2 : 10;
         cost += inTable || c == u'\t' || c == QChar::LineSeparator ? ownLine : sharedLine;
@@ -49,7 +49,7 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     return cost;
 }
 
-// With Qt's decoder, the PNG library prints every error in a file to stderr. The library's own
+// With Qt's decoder, the PNG library prints every error in a PNG file to stderr. The library's own
 // interface for files in memory returns the error instead.
 QImage decodePng(const QByteArray& bytes) {
     png_image file{};
@@ -93,8 +93,8 @@ void HelpPage::AddPicture(const QByteArray& bytes, QSize size, bool inTable) {
     const bool png = bytes.startsWith("\x89PNG");
     if (!png && !bytes.startsWith("\xFF\xD8"))
         return;
-    // Charge the maximum now and refund the difference after decoding: a picture that cannot be
-    // decoded may take as long as the largest one.
+    // Charge the maximum cost now and refund the difference after decoding: a picture that cannot
+    // be decoded may take as long as the largest one.
     room_ -= objectCost + maxPicturePixels / decodedPixelsPerUnit;
     if (Full())
         return;
@@ -149,8 +149,8 @@ void HelpPage::End(Part part, const QTextBlockFormat& format, const QTextCharFor
         rowOpen_ = cellOpen_ = false;
 }
 
-// All rows of a table have the same number of columns: a row with a different number begins a new
-// table.
+// All rows of a table have the same number of columns, so a row with a different number begins a
+// new table.
 void HelpPage::openRow() {
     const int columns = std::max(int(row.cells.size()), 1);
     const bool newTable =

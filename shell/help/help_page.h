@@ -10,13 +10,13 @@
 #include <vector>
 
 // Accepts as much as a window can lay out in about a second. Anything added after that is left out,
-// and Finish() adds a line that says so.
+// and Finish() adds a line that states this.
 class HelpPage {
 public:
-    // Lengths in pixels from the left edge of the page.
+    // Positions are in pixels from the left edge of the page.
     struct Cell {
         int rightEdge = 0;
-        QColor background = {}; // invalid: the page's own
+        QColor background = {}; // invalid: the page's own background
     };
     struct Row {
         int left = 0;
@@ -29,19 +29,19 @@ public:
     HelpPage(QTextDocument& document, double pixelRatio);
 
     // AddText and AddPicture begin a paragraph if no paragraph is open: in a table cell if
-    // `inTable`, otherwise outside tables.
+    // `inTable` is true, otherwise outside tables.
     void AddText(const QString& text, const QTextCharFormat& format, bool inTable);
-    // `bytes`: a PNG or JPEG file; left out if it is damaged or of another kind. `size` in
-    // device-independent pixels; empty: the picture's own size.
+    // `bytes` is a PNG or JPEG file. A picture that is damaged or of another kind is left out.
+    // `size` is in device-independent pixels; if it is empty, the picture's own size is used.
     void AddPicture(const QByteArray& bytes, QSize size, bool inTable);
-    // Ends the paragraph. An empty paragraph is kept and has the height of `end`. Part::Cell also
-    // ends the cell. Part::Row ends the row and whatever is open in it, and adds no empty
-    // paragraph.
+    // Ends the paragraph. An empty paragraph is kept and has the height of the font of `end`.
+    // Part::Cell also ends the cell. Part::Row ends the row and whatever is open in it, but adds no
+    // empty paragraph.
     void End(Part part, const QTextBlockFormat& format, const QTextCharFormat& end, bool inTable);
     void Finish();
     bool Full() const { return room_ < 0; }
 
-    Row row; // describes each row that begins
+    Row row; // the layout of every row that begins from now on
 
 private:
     bool begin(bool inTable);
@@ -59,5 +59,5 @@ private:
     QTextTable* table_ = nullptr; // null outside of tables
     bool rowOpen_ = false;
     bool cellOpen_ = false;
-    int column_ = 0; // of the open cell, or of the next one
+    int column_ = 0; // column of the open cell, or of the next one
 };

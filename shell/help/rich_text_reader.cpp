@@ -10,7 +10,7 @@
 namespace {
 
 // Each group needs a copy of the state, and some files open thousands of groups without closing
-// any. Groups nested beyond this limit share the state of the last one within it.
+// any. Groups nested beyond this limit share the state of the deepest group within the limit.
 constexpr std::size_t maxGroups = 250;
 constexpr qsizetype maxColours = 1000;
 constexpr qsizetype maxFontName = 100;
@@ -66,7 +66,7 @@ bool RichTextReader::Read(std::string_view rtf, QTextDocument& document, double 
     return true;
 }
 
-// Line ends and other control characters are skipped.
+// Line ends and all other control characters except tabs are skipped.
 void RichTextReader::next() {
     const char c = rest_.front();
     rest_.remove_prefix(1);
@@ -106,7 +106,7 @@ void RichTextReader::controlWord() {
     const char* const end = std::from_chars(begin, begin + rest_.size(), number.value).ptr;
     number.given = end != begin;
     rest_.remove_prefix(static_cast<std::size_t>(end - begin));
-    if (rest_.starts_with(' ')) // the delimiter is part of the word
+    if (rest_.starts_with(' ')) // the delimiter is part of the control word
         rest_.remove_prefix(1);
     word(name, number);
 }
@@ -119,7 +119,7 @@ void RichTextReader::openGroup() {
 }
 
 void RichTextReader::closeGroup() {
-    if (groupsTooDeep_ > 0 || groups_.size() == 1) { // a surplus brace has no effect
+    if (groupsTooDeep_ > 0 || groups_.size() == 1) { // a surplus closing brace has no effect
         groupsTooDeep_ -= groupsTooDeep_ > 0 ? 1 : 0;
         return;
     }
@@ -215,7 +215,7 @@ void RichTextReader::addPicture() {
     page_.AddPicture(QByteArray::fromHex(picture.digits), size, group().paragraph.inTable);
 }
 
-// A font that is not installed is replaced by those of the other windows.
+// A font that is not installed is replaced by a font of the other windows.
 QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     static const QString sans = sansFont(points12).family();
     static const QString fixed = fixedFont(points12).family();
@@ -231,8 +231,8 @@ QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     return format;
 }
 
-// Tab stops are measured from the page's edge in the file but from the beginning of the line in Qt.
-// A hanging indent implies a tab stop at the left margin: lists rely on it.
+// The file measures tab stops from the page's edge, Qt from the beginning of the line. A hanging
+// indent implies a tab stop at the left margin, and lists rely on that tab stop.
 QTextBlockFormat RichTextReader::blockFormat() const {
     const Paragraph& paragraph = groups_.back().paragraph;
     QTextBlockFormat shown = paragraph.shown;

@@ -1,4 +1,4 @@
-// Rich text (RTF), read for display.
+// Reads rich text (RTF) for display.
 //
 // Supports what word processors write for a guide: fonts, sizes, colours, bold, italic, underline;
 // paragraphs with alignment, indents, spacing and tab stops; lists, whose numbers and bullets are
@@ -20,9 +20,9 @@
 class RichTextReader {
 public:
     // Returns false if `rtf` does not begin like rich text; `document`, which must be empty, then
-    // stays empty. Reading, layout and destruction take about a second at most: the rest of a
-    // larger file is left out, and the last line says so. `pixelRatio`: screen pixels per
-    // device-independent pixel.
+    // stays empty. Reading, layout and destruction of the document take about a second at most: the
+    // rest of a larger file is left out, and the last line of the document states this.
+    // `pixelRatio`: screen pixels per device-independent pixel.
     static bool Read(std::string_view rtf, QTextDocument& document, double pixelRatio);
 
 private:
@@ -43,13 +43,14 @@ private:
     // Where the text of a group goes.
     enum class Destination { Page, Fonts, Colours, Picture, Nowhere };
 
-    // The state that a group inherits; at its end, the outer group's state is in effect again.
+    // The state that a group inherits from the group around it. When a group ends, the state of the
+    // group around it is in effect again.
     struct Group {
         Destination destination = Destination::Page;
         QTextCharFormat text = {};
         Paragraph paragraph = {};
         bool hidden = false;
-        int fallbackLength = 1; // characters after a \u that replace it in old readers
+        int fallbackLength = 1; // number of characters after a \u that replace it in old readers
     };
 
     struct Picture {
@@ -58,7 +59,8 @@ private:
         QSize scale = {100, 100}; // percent
     };
 
-    // Property of a text format: its key in the font table, which may not contain that key.
+    // The property of a text format that contains the key of its font in the font table. The table
+    // may lack that key.
     static constexpr int fontProperty = QTextFormat::UserProperty;
     static constexpr qsizetype maxFonts = 1000;
 
@@ -117,11 +119,11 @@ private:
 
     QString run_; // text of one format that is not on the page yet
     QTextCharFormat runFormat_;
-    int runs_ = 0;     // in the paragraph; a tab begins a new run
+    int runs_ = 0;     // runs in the paragraph; a tab begins a new run
     int unbroken_ = 0; // characters since the last space or separator
 
     int defaultFont_ = 0;
-    int fontKey_ = 0; // of the font or font table entry selected last
+    int fontKey_ = 0; // key of the font or font table entry selected last
     QHash<int, Font> fonts_;
     QList<QColor> colours_;
     QColor mixedColour_;

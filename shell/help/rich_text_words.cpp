@@ -13,11 +13,12 @@ constexpr qsizetype maxTabStops = 32;
 constexpr std::size_t maxCells = 64; // of a row
 // Limits the text that a damaged file can hide with a large number.
 constexpr int maxFallback = 16;
-// Qt prints a warning for a font without a size, and a subscript has two thirds of the text's size.
+// Qt prints a warning for a font of size 0. A subscript has two thirds of the text's size, so a
+// text size of 1 would result in 0.
 constexpr int minPixelSize = 2;
 constexpr int maxPixelSize = 96;
 constexpr int twipsPerHalfPoint = 10;
-// Margins in pixels; they leave 250 pixels for the text.
+// Maximum margins in pixels. They leave about 250 pixels for the text.
 constexpr int maxLeft = 300;
 constexpr int maxRight = 100;
 
@@ -49,7 +50,7 @@ const std::unordered_map<std::string_view, char16_t>& characters() {
     return table;
 }
 
-// Control words that are treated like another one.
+// Control words that are treated like another control word.
 const std::unordered_map<std::string_view, std::string_view>& synonyms() {
     static const std::unordered_map<std::string_view, std::string_view> table = {
         {"sect", "par"},       {"deleted", "v"},      {"cb", "highlight"},     {"uld", "ul"},
@@ -89,7 +90,7 @@ void RichTextReader::word(std::string_view name, Number number) {
 
 const RichTextReader::Handlers& RichTextReader::handlers() {
     static const Handlers table = {
-        // Tables of fonts and colours, pictures, characters.
+        // Font and colour tables; pictures; characters.
         {"fonttbl", [](R& r, Number) { r.enter(Destination::Fonts); }},
         {"froman", [](R& r, Number) { r.fontEntry().serif = true; }},
         {"fmodern", [](R& r, Number) { r.fontEntry().fixed = true; }},
