@@ -127,7 +127,7 @@ void frmFunction::ShowLine(int line, const std::string& text) {
     announce(parentWidget(), label->text()); // this window may be about to close
 }
 
-// Most blocks of a large device do not change the percentage, and then cost nothing here.
+// Most blocks of a large device do not change the percentage. For these, nothing is drawn.
 void frmFunction::ShowProgress(int percent) {
     if (std::exchange(shownPercent_, percent) == percent)
         return;

@@ -23,8 +23,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // The caption with the tightest fit, and its label's width minus a gap, at the smallest type
-    // size.
+    // This caption has the tightest fit. captionWidth is the width of its label minus a gap, for
+    // the smallest type size.
     constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;
