@@ -49,9 +49,8 @@ QFont fittedFont(QFont font, const QString& text, QSize space) {
     constexpr int minPixelSize = 8;
     const auto fits = [&] {
         const QFontMetrics metrics(font);
-        const int lines = static_cast<int>(text.count(u'\n')) + 1;
         return metrics.size(0, text).width() <= space.width() &&
-               metrics.tightBoundingRect(text).height() <= space.height() * lines;
+               metrics.tightBoundingRect(text).height() <= space.height();
     };
     int stretch = font.stretch() == QFont::AnyStretch ? int(QFont::Unstretched) : font.stretch();
     while (!fits() && stretch > minStretch)

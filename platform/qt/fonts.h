@@ -20,6 +20,6 @@ QFont firstInstalled(const QStringList& families, int pixelSize);
 QFont sansFont(int pixelSize = points8_25);
 QFont fixedFont(int pixelSize, QFont::Weight weight = QFont::Normal);
 
-// `font`, condensed and then made smaller until every line of `text` fits into `space`, but not
-// below a readable size.
+// `font`, condensed and then made smaller until `text` fits into `space`, but not below a readable
+// size.
 QFont fittedFont(QFont font, const QString& text, QSize space);
