@@ -101,6 +101,7 @@ protected:
     QProcess simbox;
     QtMachine machine{folder.path()};
     std::unique_ptr<mdiMain> mdi;
+    Actions actions;
 
 private:
     void serveDialogs() {
@@ -120,7 +121,6 @@ private:
         QTimer::singleShot(0, window, actions.takeFirst());
     }
 
-    Actions actions;
     QTimer watch;
     QPointer<QWidget> served;
     std::string messages;
