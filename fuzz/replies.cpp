@@ -2,17 +2,9 @@
 #include "fuzz/fuzz.h"
 #include "tests/functions/fault_fixture.h"
 
-namespace {
-
-struct Run final : Faults {
-    void TestBody() override {}
-};
-
-} // namespace
-
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     GTEST_FLAG_SET(break_on_failure, true);
     std::size_t position = 0;
-    Run().runAny([&] { return position < size ? data[position++] : 0U; });
+    Faults().runAny([&] { return position < size ? data[position++] : std::uint8_t{0}; });
     return 0;
 }

@@ -3,13 +3,7 @@
 #include "app/family_traits.h"
 #include "tests/support/run_fixture.h"
 
-#include <bit>
-
 using namespace modFunc;
-
-namespace {
-
-using Families = RunTest;
 
 // The filled rows: their ten groups, "-" for one of zeros, and the last five bytes.
 const std::map<int, std::string> rows = {
@@ -34,46 +28,38 @@ const std::map<int, std::string> rows = {
     {32, "---------- 0000090004"},
 };
 
-std::string rowText(const FamilyRec& family) {
-    const auto bytes = std::bit_cast<std::array<std::uint8_t, 95>>(family);
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size(); at += 9) {
-        std::string group;
-        for (std::size_t i = at; i < std::min(at + 9, bytes.size()); ++i)
-            group += simbox::HexText(bytes[i], 2);
-        text += group.find_first_not_of('0') == std::string::npos ? "-" : " " + group;
-    }
-    return text;
-}
-
-// The outline, and the command codes that Erase and Lock send; each for the families up to its
-// number.
+// The outline (long, middle or short) and the command codes that Erase and Lock send; each for the
+// families up to its number.
 const std::string lock2 = " VSLSLSLVSLSLSLVS", lock3 = " VSLSLSLVSLSLSLVSLSLSLVS";
 const std::map<int, std::string> paths = {
-    {1, "Long VSEEVS" + lock2}, {2, "Long VSEEVS" + lock3},
-    {3, "Long VSEEVS" + lock2}, {4, "Long VSEEVSVSEEVS" + lock3},
-    {9, "Long VSEEVS" + lock2}, {19, "Middle VSEEVS" + lock2},
-    {29, "Short VS VS"},        {39, "Short SEVS VS"},
-    {50, "Short VS VS"},
+    {1, " L VSEEVS" + lock2}, {2, " L VSEEVS" + lock3},
+    {3, " L VSEEVS" + lock2}, {4, " L VSEEVSVSEEVS" + lock3},
+    {9, " L VSEEVS" + lock2}, {19, " M VSEEVS" + lock2},
+    {29, " S VS VS"},         {39, " S SEVS VS"},
+    {50, " S VS VS"},
 };
 
-} // namespace
-
-TEST_F(Families, HaveTheirBytesAndPaths) {
+TEST_F(RunTest, FamiliesHaveTheirBytesAndPaths) {
     for (int family = 0; family <= lastFamily; ++family) {
         SCOPED_TRACE(family);
-        EXPECT_EQ(rowText(state().FamilyTable[std::size_t(family)]),
-                  rows.contains(family) ? rows.at(family) : "-----------");
-        constexpr std::array outlines = {"Long", "Middle", "Short"};
-        std::string path = outlines.at(std::size_t(TraitsOf(family).outline));
+        const FamilyRec& row = state().FamilyTable.at(std::size_t(family));
+        std::string text;
+        for (std::size_t at = 0; at < sizeof row; at += 9) {
+            std::string group;
+            for (std::size_t i = at; i < std::min(at + 9, sizeof row); ++i)
+                group += simbox::HexText(reinterpret_cast<const std::uint8_t*>(&row)[i], 2);
+            text += group.find_first_not_of('0') == std::string::npos ? "-" : " " + group;
+        }
+        text += std::string(" ") + "LMS"[int(TraitsOf(family).outline)];
         for (const FunctionCode function : {Erase, Lock}) {
             programmer();
             device(family, 256);
-            run(function);
-            path += " ";
+            run({function});
+            text += " ";
             for (const simbox::Frame& frame : frames())
-                path += frame.commandCode;
+                text += frame.commandCode;
         }
-        EXPECT_EQ(path, paths.lower_bound(family)->second);
+        EXPECT_EQ(text, (rows.contains(family) ? rows.at(family) : "-----------") +
+                            paths.lower_bound(family)->second);
     }
 }

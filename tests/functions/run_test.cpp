@@ -15,100 +15,80 @@ struct Path {
     const char* name;
     int family;
     FunctionCode function;
-    const char* percents;
+    // The frames by command code and parameters, "D" by the number of its data bytes, each after
+    // the milliseconds since the one before; the pause after them; the percentages.
     std::string traffic;
 };
 
-const std::string powerDown = "0 V 00 00 00, 0 S 00, 500";
-const std::string erasePass = "V 4C 4D 4E, 200 S 01 6A 6B 47 48, 200 E 00, 200 E 00, "
-                              "200 V 00 00 00, 0 S 00, 700";
+const std::string powerDown = "V 00 00 00, 0 S 00, ";
+const std::string erasePass = "V 4C 4D 4E, 200 S 01 6A 6B 47 48, 200 E 00, 200 E 00, 200 ";
 const std::string lockPass = "V 28 29 2A, 500 S 01 6A 6B 23 24, 100 L 25 26, "
                              "100 S 01 6A 6B 2C 2D, 100 L 2E 2F, "
                              "100 S 01 6A 6B 35 36, 100 L 37 38, 100 ";
 
 // In the family rows here, every byte except the class byte is its offset plus 10 (hexadecimal).
 const Path paths[] = {
-    {"ReadFamily4", 4, Read, " 0 0 50 100",
-     "0 V 1F 20 21, 200 S 01 6A 6B 1A 1B, 200 R 00 00 00 FF 6C, 0 R 01 00 01 FF 6C, " + powerDown},
-    {"ProgramFamily4", 4, Program, " 0 0 50 100",
+    {"ReadFamily4", 4, Read,
+     "0 V 1F 20 21, 200 S 01 6A 6B 1A 1B, 200 R 00 00 00 FF 6C, 0 R 01 00 01 FF 6C, 0 " +
+         powerDown + "500: 0 0 50 100"},
+    {"ProgramFamily4", 4, Program,
      "0 V 16 17 18, 500 T 01 6A 6B 11 12 1A 1B, 200 D 256, 0 W 00 00 00 FF 6C 15 6D, "
-     "0 D 256, 0 W 01 00 01 FF 6C 15 6D, " +
-         powerDown},
-    {"LockFamily4", 4, Lock, " 0 33 66 100 33 66 100 33 66 100",
-     "0 " + lockPass + lockPass + lockPass + powerDown.substr(2)},
-    {"EraseFamily4", 4, Erase, " 0 100 100", "0 " + erasePass + " " + erasePass},
-    {"ProgramFamily20", 20, Program, " 0 0 25 50 75 100",
+     "0 D 256, 0 W 01 00 01 FF 6C 15 6D, 0 " +
+         powerDown + "500: 0 0 50 100"},
+    {"LockFamily4", 4, Lock,
+     "0 " + lockPass + lockPass + lockPass + powerDown + "500: 0 33 66 100 33 66 100 33 66 100"},
+    {"EraseFamily4", 4, Erase,
+     "0 " + erasePass + powerDown + "700 " + erasePass + powerDown + "700: 0 100 100"},
+    {"ProgramFamily20", 20, Program,
      "0 V 16 17 18, 500 S 03 6A 6B 1A 1B, 200 D 128, 0 W 00 00 00 7F 6C 15 80, "
      "0 D 128, 0 W 00 80 00 FF 6C 15 80, 0 D 128, 0 W 01 00 01 7F 6C 15 80, "
-     "0 D 128, 0 W 01 80 01 FF 6C 15 80, " +
-         powerDown},
-    {"EraseFamily31", 31, Erase, " 0 100",
-     "0 S 04 6A 6B 47 48, 200 E 6C, 1050 V 00 00 00, 0 S 00, 500"},
-    {"ProgramFamily31", 31, Program, " 0 0 50 100",
-     "0 V 16 17 18, 500 S 04 6A 6B 1A 1B, 200 D 256, 0 W 00 00 00 FF 6C 15 6D, "
-     "0 D 256, 0 W 01 00 01 FF 6C 15 6D, " +
-         powerDown},
+     "0 D 128, 0 W 01 80 01 FF 6C 15 80, 0 " +
+         powerDown + "500: 0 0 25 50 75 100"},
+    {"EraseFamily31", 31, Erase, "0 S 04 6A 6B 47 48, 200 E 6C, 1050 " + powerDown + "500: 0 100"},
 };
 
-using Runs = RunTest;
-
-class Paths : public RunTest, public testing::WithParamInterface<Path> {
-protected:
-    // The frames by command code and parameters, "D" by the number of its data bytes, each after
-    // the milliseconds since the one before.
-    std::string traffic() {
-        std::string text;
-        std::int64_t beforeMs = 0;
-        for (const simbox::Frame& frame : frames()) {
-            const Bytes parameters(frame.bytes.begin() + 5, frame.bytes.end());
-            const bool data = frame.commandCode == 'D';
-            text += std::to_string(frame.arrivedUs / 1000 - beforeMs) + " " + frame.commandCode +
-                    " " + (data ? std::to_string(parameters.size()) : hexText(parameters)) + ", ";
-            beforeMs = frame.arrivedUs / 1000;
-        }
-        return text + std::to_string(vm.nowUs / 1000 - beforeMs);
-    }
-};
+class Paths : public RunTest, public testing::WithParamInterface<Path> {};
 
 } // namespace
 
 TEST_P(Paths, SendTheirFrames) {
     const Path& path = GetParam();
-    FamilyRec& family = state().FamilyTable.at(std::size_t(path.family));
-    const std::uint8_t classByte = family.ClassByte;
-    auto* const bytes = reinterpret_cast<std::uint8_t*>(&family);
-    std::iota(bytes, bytes + sizeof family, std::uint8_t{0x10});
-    family.ClassByte = classByte;
+    auto* const bytes =
+        reinterpret_cast<std::uint8_t*>(&state().FamilyTable.at(std::size_t(path.family)));
+    std::iota(bytes, bytes + sizeof(FamilyRec) - 1, std::uint8_t{0x10});
     programmer();
     device(path.family, 512, 128);
-    run(path.function);
-    EXPECT_EQ(window.percents, path.percents);
-    EXPECT_EQ(traffic(), path.traffic);
+    run({path.function});
+    std::string traffic;
+    std::int64_t beforeMs = 0;
+    for (const simbox::Frame& frame : frames()) {
+        const Bytes parameters(frame.bytes.begin() + 5, frame.bytes.end());
+        traffic +=
+            std::to_string(frame.arrivedUs / 1000 - beforeMs) + " " + frame.commandCode + " " +
+            (frame.commandCode == 'D' ? std::to_string(parameters.size()) : hexText(parameters)) +
+            ", ";
+        beforeMs = frame.arrivedUs / 1000;
+    }
+    EXPECT_EQ(traffic + std::to_string(vm.nowUs / 1000 - beforeMs) + ":" + window.percents,
+              path.traffic);
 }
 
 INSTANTIATE_TEST_SUITE_P(, Paths, testing::ValuesIn(paths), rowName);
 
-TEST_F(Runs, ReadClosesTheWindowAndTheRunGoesOnAlone) {
+TEST_F(RunTest, KeepsLinkAndCrashFramesWithoutItsWindowAndPowersDownAfterAnError) {
     programmer();
     device(1, 256);
-    autoSequence({Read, Verify, Read});
     vm.actions.emplace(1000'000, [&] {
         EXPECT_TRUE(window.closed && CurrentLinkUser() == LinkUser::Run);
         EXPECT_EQ(hexText(vm.crashFrames), "00 00 00 04 56 00 00 00 00 00 00 02 53 00");
         DeviceRun(window).Run(int(Erase));
         FindProgrammer();
     });
-    run(Auto);
-    EXPECT_EQ(frames().size(), 3U * 5);
-    EXPECT_EQ(viewReopened, 2);
-    EXPECT_EQ(window.lines[1], ""); // not drawn after the window has closed
-}
+    run({Auto, Read, Verify, Read}); // no line is drawn after the first Read has closed the window
+    EXPECT_EQ(std::tuple(frames().size(), viewReopened, window.lines[1]), std::tuple(15U, 2, ""));
 
-TEST_F(Runs, AnErrorThatEscapesPowersTheSocketDownFirst) {
-    programmer();
-    device(1, 256);
-    vm.actions.emplace(300'000, [] { throw std::runtime_error("anything"); });
-    EXPECT_THROW(run(Blank), std::runtime_error);
+    vm.actions.emplace(vm.nowUs + 300'000, [] { throw std::runtime_error("anything"); });
+    EXPECT_THROW(run({Blank}), std::runtime_error);
     EXPECT_TRUE(vm.crashFrames.empty() && !LinkInUse());
     EXPECT_TRUE(!vm.programmer.powered() && vm.programmer.socketReleased());
 }

@@ -8,13 +8,12 @@
 
 // No file can grow beyond `bytes` bytes.
 struct FullDisk {
-    explicit FullDisk(rlim_t bytes) {
+    explicit FullDisk(rlim_t bytes) : limit{bytes, RLIM_INFINITY} {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, RLIM_INFINITY};
-        EXPECT_EQ(prlimit(0, RLIMIT_FSIZE, &limit, &old), 0);
+        EXPECT_EQ(prlimit(0, RLIMIT_FSIZE, &limit, &limit), 0); // `limit` is then the earlier one
     }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &old); }
-    rlimit old{};
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &limit); }
+    rlimit limit;
 };
 
 // Only an ordinary user's rights.

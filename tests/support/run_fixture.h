@@ -30,7 +30,6 @@ protected:
         modFunc::state().SelectedDevice = 1;
         modFunc::useBufferView(this);
     }
-    ~RunTest() override { modFunc::useBufferView(nullptr); }
 
     // A programmer with these faults and a fresh chip of FF, its port open. Unthrottled, so that a
     // reply arrives as soon as its frame has been sent.
@@ -40,30 +39,25 @@ protected:
         vm.open = true;
         vm.messages.clear();
     }
-    void programmer(const std::string& faults) { programmer(parseFaults(faults)); }
     void device(int family, int size, int pageSize = 0) {
-        modFunc::DeviceRec& row = modFunc::state().DeviceList[1];
-        row.Family = std::int16_t(family);
-        row.Size = size;
-        row.PageSize = std::int16_t(pageSize);
+        modFunc::state().DeviceList[1] = {"DIP40 8K",           "",   "",
+                                          std::int16_t(family), size, std::int16_t(pageSize)};
     }
     // Fills the image so that a shifted byte is detected.
     void image() {
         for (std::size_t i = 0; i < imageBytes.size(); ++i)
             imageBytes[i] = std::uint8_t(i * 7 + i / 256);
     }
-    void autoSequence(const std::vector<FunctionCode>& codes) {
-        modFunc::state().AutoCount = 0;
-        for (const FunctionCode code : codes)
-            modFunc::state().AutoList.at(++modFunc::state().AutoCount) = std::int16_t(code);
-    }
-    // Also expects what holds after every run: the buttons are on unless Read has closed the
-    // window, the link is free, and the socket has no power.
-    void run(FunctionCode code) {
+    // Runs one function, or Auto with the entries after it. Also expects what holds after every
+    // run: the buttons are on unless Read has closed the window, the link is free, and the socket
+    // has no power.
+    void run(const std::vector<FunctionCode>& functions) {
+        modFunc::state().AutoCount = std::int16_t(functions.size() - 1);
+        for (std::size_t i = 0; i < functions.size(); ++i)
+            modFunc::state().AutoList.at(i) = std::int16_t(functions[i]);
         window = {};
         window.lines.fill("of an earlier run");
-        startMs = vm.nowMs();
-        modFunc::DeviceRun(window).Run(int(code));
+        modFunc::DeviceRun(window).Run(int(functions[0]));
         EXPECT_EQ(window.buttons,
                   std::string("Run off, Close off, ") + (window.closed ? "" : "Run on, Close on"));
         EXPECT_TRUE(!modFunc::LinkInUse() && vm.crashFrames.empty());
@@ -76,7 +70,6 @@ protected:
     Bytes& imageBytes = (modFunc::ResetState(), modFunc::state().BufferData);
     VirtualMachine vm;
     RecordingWindow window;
-    double startMs = 0;
     int viewReopened = 0;
 };
 

@@ -29,22 +29,21 @@ inline std::vector<simbox::Fault> parseFaults(const std::string& text) {
     return faults;
 }
 
+inline constexpr std::int64_t never = INT64_MAX;
+
 struct VirtualTimer final : platform::Timer {
     explicit VirtualTimer(const std::int64_t& clock) : nowUs(clock) {}
     void setInterval(int milliseconds) override {
         intervalUs = std::int64_t{1000} * milliseconds;
-        dueUs = nowUs + intervalUs;
+        dueUs = dueUs == never ? never : nowUs + intervalUs;
     }
-    void setEnabled(bool on) override {
-        if (on && !enabled)
-            dueUs = nowUs + intervalUs;
-        enabled = on;
+    void setEnabled(bool on) override { // a running timer is due within its interval
+        dueUs = on ? std::min(dueUs, nowUs + intervalUs) : never;
     }
 
     const std::int64_t& nowUs;
     std::int64_t intervalUs = 7000; // nothing may rely on an earlier interval
-    std::int64_t dueUs = 0;
-    bool enabled = false;
+    std::int64_t dueUs = never;
 };
 
 struct VirtualMachine final : platform::EventQueue,
@@ -58,22 +57,17 @@ struct VirtualMachine final : platform::EventQueue,
     }
     ~VirtualMachine() override { platform::useMachine(nullptr); }
 
-    double nowMs() const { return double(nowUs) / 1000; }
-
     void Yield() override {
-        constexpr std::int64_t never = INT64_MAX;
-        std::int64_t next = programmer.nextEventUs().value_or(never);
-        for (const VirtualTimer* timer : {&totmr, &tmrWait})
-            next = timer->enabled ? std::min(next, timer->dueUs) : next;
-        if (!actions.empty())
-            next = std::min(next, actions.begin()->first);
+        const std::int64_t next =
+            std::min({programmer.nextEventUs().value_or(never), totmr.dueUs, tmrWait.dueUs,
+                      actions.empty() ? never : actions.begin()->first});
         if (next == never)
             throw std::logic_error("waiting for an event that never comes");
         nowUs = std::max(nowUs, next);
 
         InBufferCount();
         for (VirtualTimer* timer : {&totmr, &tmrWait}) {
-            if (timer->enabled && timer->dueUs <= nowUs) {
+            if (timer->dueUs <= nowUs) {
                 timer->dueUs += timer->intervalUs;
                 timer->Tick();
             }
@@ -85,8 +79,8 @@ struct VirtualMachine final : platform::EventQueue,
     void setCommPort(int number) override { commPort = number; }
     bool PortOpen() const override { return open; }
     void Open() override {
-        if (open || !openError.empty())
-            throw platform::PortError(openError);
+        if (open || commPort == 16)
+            throw platform::PortError("/dev/ttyUSB2: gone");
         open = true;
     }
     void Close() override { open = false; }
@@ -109,8 +103,7 @@ struct VirtualMachine final : platform::EventQueue,
     void setCrashFrames(const Bytes& frames) override { crashFrames = frames; }
     void Show(const std::string& title, const std::string& text, Icon icon) override {
         messages.push_back((icon == Icon::Critical ? "! " : "") + title + ": " + text);
-        if (onMessage)
-            onMessage();
+        onMessage();
     }
     void setPanel(int panel, const std::string& text) override { panels[panel] = text; }
     bool ShowOpen() override { return true; }
@@ -122,15 +115,14 @@ struct VirtualMachine final : platform::EventQueue,
     VirtualTimer totmr{nowUs}, tmrWait{nowUs};
     simbox::Programmer programmer; // at the other end of the line
     bool open = false;
-    int commPort = 0;
-    std::string openError; // if not empty, opening fails with this error
+    int commPort = 0; // 16 cannot be opened
     Bytes crashFrames;
     Bytes queue; // arrived and not read, kept while the port is closed
     // What was read, each time with the command code of the last frame sent.
     std::vector<std::pair<char, Bytes>> taken;
     char lastCommandCode = 0;
-    std::vector<std::string> messages; // "! Title: text", without "! " if not critical
-    std::function<void()> onMessage;   // while a message box is open
+    std::vector<std::string> messages;       // "! Title: text", without "! " if not critical
+    std::function<void()> onMessage = [] {}; // while a message box is open
     std::map<int, std::string> panels;
 
     platform::Machine machine{*this, totmr, tmrWait, *this, *this, *this, *this};
