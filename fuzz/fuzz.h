@@ -3,18 +3,15 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+#include <stdexcept>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 // Ends the process, naming the property, when it does not hold.
 inline void check(bool holds, const char* property) {
-    if (holds)
-        return;
-    std::fprintf(stderr, "does not hold: %s\n", property);
-    std::abort();
+    if (!holds)
+        throw std::logic_error(property);
 }
 
 inline std::string textOf(const std::uint8_t* data, std::size_t size) {

@@ -1,4 +1,3 @@
-#include "platform/file_error.h"
 #include "platform/files.h"
 #include "platform/port_names.h"
 #include "tests/support/limits.h"
@@ -9,35 +8,34 @@
 #include <sys/syscall.h>
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 namespace {
 
 const std::string shortText = "short", longText = "longer by some bytes";
 
+// Files in a folder.
+std::ptrdiff_t count(const std::string& path) {
+    return std::distance(fs::directory_iterator(path), {});
+}
+
 class ReplaceFile : public testing::Test {
 protected:
-    ~ReplaceFile() override { chmod(folder.path().c_str(), 0777); } // for its removal
     void file(const std::string& name, mode_t mode) {
         folder.write(name, longText);
         chmod(folder.file(name).c_str(), mode);
     }
-    // The error text after the name of the file; empty on success. A failure changes nothing and
-    // leaves no other file, and no descriptor stays open.
+    // The error text without the folder; empty on success. A failure changes nothing and leaves no
+    // other file, and no descriptor stays open.
     std::string attempt(const std::string& contents, const std::string& name = "file") {
-        const auto open = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
-        const auto before = std::tuple(folder.read(name), folder.names(), open());
-        const std::string start = folder.file(name) + ": ";
-        std::string text = start;
-        try {
-            platform::ReplaceFile(folder.file(name), contents);
-            EXPECT_EQ(folder.read(name), contents);
-            EXPECT_EQ(open(), std::get<2>(before));
-        } catch (const platform::FileError& error) {
-            EXPECT_EQ(std::tuple(folder.read(name), folder.names(), open()), before);
-            text = error.what();
-        }
-        EXPECT_TRUE(text.starts_with(start)) << text;
-        return text.substr(start.size());
+        auto after = std::tuple(folder.read(name), count(folder.path()), count("/proc/self/fd"));
+        const std::string path = folder.file(name),
+                          error = errorOf([&] { platform::ReplaceFile(path, contents); });
+        if (error.empty())
+            after = {contents, count(folder.path()), std::get<2>(after)};
+        EXPECT_EQ(std::tuple(folder.read(name), count(folder.path()), count("/proc/self/fd")),
+                  after);
+        return error.empty() ? "" : error.substr(folder.path().size() + 1);
     }
 
     TemporaryFolder folder;
@@ -61,11 +59,11 @@ extern "C" int close(int file) {
 
 TEST_F(ReplaceFile, ReportsACallThatFails) {
     file("file", 0666);
-    for (const char* call : {"fsync", "rename", "close"}) {
+    for (const auto& [call, verb] : {std::pair("fsync", "written"), std::pair("rename", "replaced"),
+                                     std::pair("close", "written")}) {
         failing = call;
-        EXPECT_EQ(attempt(shortText), failing == "rename"
-                                          ? "the file cannot be replaced: Input/output error."
-                                          : "the file cannot be written: Input/output error.");
+        EXPECT_EQ(attempt(shortText),
+                  "file: the file cannot be "s + verb + ": Input/output error.");
         failing = "";
     }
 }
@@ -74,22 +72,21 @@ TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
     file("file", 0640);
     const bool owned = chown(folder.file("file").c_str(), 65534, 65534) == 0;
     fs::create_symlink("new", folder.file("link")); // to a file that does not exist yet
-    const mode_t mask = umask(0002);
+    umask(0002);
     EXPECT_EQ(attempt(shortText) + attempt(shortText, "link"), "");
-    umask(mask);
     struct stat file{};
     stat(folder.file("file").c_str(), &file);
-    EXPECT_EQ(file.st_mode, mode_t{S_IFREG | 0640});
-    EXPECT_EQ(file.st_uid == 65534 && file.st_gid == 65534, owned);
+    EXPECT_EQ(std::tuple(file.st_mode, file.st_uid == 65534, file.st_gid == 65534),
+              std::tuple(S_IFREG | 0640, owned, owned));
     EXPECT_EQ(fs::status(folder.file("new")).permissions(), fs::perms(0664));
-    EXPECT_EQ(folder.names(), (std::set<std::string>{"file", "link", "new"}));
+    EXPECT_EQ(count(folder.path()), 3);
 }
 
 TEST_F(ReplaceFile, RejectsWhatIsNotAFile) {
     mknod(folder.file("socket").c_str(), S_IFSOCK | 0600, 0);
     fs::create_symlink("circle", folder.file("circle"));
-    EXPECT_EQ(attempt(shortText, "socket"), "it is not a regular file.");
-    EXPECT_EQ(attempt(shortText, "circle"), "too many levels of symbolic links.");
+    EXPECT_EQ(attempt(shortText, "socket"), "socket: it is not a regular file.");
+    EXPECT_EQ(attempt(shortText, "circle"), "circle: too many levels of symbolic links.");
 }
 
 // A disk full at any byte, for a write over the file and for a new file beside it.
@@ -100,30 +97,32 @@ TEST_F(ReplaceFile, WritesCompletelyOrNotAtAll) {
         file("locked", 0444);
         chmod(folder.path().c_str(), folderMode);
         const OrdinaryUser user;
-        for (rlim_t room = 0; room < longest.size(); ++room) {
+        for (rlim_t room = 0; room <= longest.size(); ++room) {
             const FullDisk disk(room);
-            EXPECT_EQ(attempt(longest), "the file cannot be written: File too large.") << room;
+            EXPECT_EQ(attempt(longest), room == longest.size()
+                                            ? ""
+                                            : "file: the file cannot be written: File too large.")
+                << room;
         }
-        const FullDisk disk(longest.size());
-        EXPECT_EQ(attempt(longest) + attempt(shortText), "");
-        EXPECT_EQ(attempt(shortText, "locked"), "the file cannot be written: Permission denied.");
-        EXPECT_EQ(attempt(shortText, "new"), folderMode == 0555
-                                                 ? "no file can be created in the folder " +
-                                                       folder.path() + ": Permission denied."
-                                                 : "");
+        EXPECT_EQ(attempt(shortText), "");
+        EXPECT_EQ(attempt(shortText, "locked"),
+                  "locked: the file cannot be written: Permission denied.");
+        EXPECT_EQ(attempt(shortText, "new"), folderMode == 0777
+                                                 ? ""
+                                                 : "new: no file can be created in the folder " +
+                                                       folder.path() + ": Permission denied.");
     }
 }
 
 TEST(PortNames, FollowTheTableButALinkOfThePortsOwnComesFirst) {
     const TemporaryFolder folder;
-    for (const auto& [number, name] :
-         {std::pair(1, "/dev/ttyS0"), std::pair(4, "/dev/ttyS3"), std::pair(5, "/dev/ttyUSB0"),
-          std::pair(12, "/dev/ttyUSB7"), std::pair(13, "/dev/ttyACM0"),
-          std::pair(16, "/dev/ttyACM3"), std::pair(0, ""), std::pair(17, "")}) {
-        EXPECT_EQ(platform::PortName(number, folder.path()), name);
-        fs::create_symlink("/", folder.file("com" + std::to_string(number)));
-        EXPECT_EQ(platform::PortName(number, folder.path()), *name ? "/" : "");
+    std::string names;
+    for (const int number : {0, 1, 4, 5, 12, 13, 16, 17}) {
+        names += platform::PortName(number, folder.path()) + " ";
+        fs::create_symlink(number == 4 ? "nowhere" : "/",
+                           folder.file("com" + std::to_string(number)));
+        names += platform::PortName(number, folder.path()) + " ";
     }
-    fs::create_symlink("nowhere", folder.file("com2"));
-    EXPECT_EQ(platform::PortName(2, folder.path()), folder.file("com2"));
+    EXPECT_EQ(names, "  /dev/ttyS0 / /dev/ttyS3 " + folder.file("com4") +
+                         " /dev/ttyUSB0 / /dev/ttyUSB7 / /dev/ttyACM0 / /dev/ttyACM3 /   ");
 }

@@ -1,9 +1,11 @@
-// Includes <filesystem>, <set> and <string> for its users.
+// A folder for the files of a test, and the errors of its file operations. Includes <filesystem>
+// and <string> for its users.
 #pragma once
+
+#include "platform/file_error.h"
 
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <string>
 
 // A folder for one test, removed with this object.
@@ -18,14 +20,7 @@ public:
     void write(const std::string& name, const std::string& contents) const {
         std::ofstream(file(name), std::ios::binary) << contents;
     }
-    void remove(const std::string& name) const { std::filesystem::remove(file(name)); }
     std::string read(const std::string& name) const { return readFile(file(name)); }
-    std::set<std::string> names() const {
-        std::set<std::string> all;
-        for (const auto& entry : std::filesystem::directory_iterator(path_))
-            all.insert(entry.path().filename().string());
-        return all;
-    }
     static std::string readFile(const std::string& path) {
         std::ifstream in(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
@@ -34,3 +29,13 @@ public:
 private:
     std::string path_ = (std::filesystem::temp_directory_path() / "quorven-XXXXXX").string();
 };
+
+// The text of the FileError that `command` throws; empty if there is none.
+inline std::string errorOf(const auto& command) {
+    try {
+        command();
+    } catch (const platform::FileError& error) {
+        return error.what();
+    }
+    return "";
+}
