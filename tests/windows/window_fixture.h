@@ -2,7 +2,6 @@
 // this needs no further header of Qt, of the standard library or of GoogleTest.
 #pragma once
 
-#include "app/family_table.h"
 #include "app/startup.h"
 #include "app/state.h"
 #include "shell/mdiMain.h"
@@ -14,35 +13,41 @@
 
 class Windows : public testing::Test {
 protected:
-    using Actions = QList<std::function<void()>>;
-
     Windows() {
-        alarm(120); // a dialog that a fault leaves open would wait forever
         modFunc::ResetState();
         std::filesystem::copy(SHIPPED_DATA, folder.path());
-        folder.write("quorven.cfg", "5\n22\n1\n\"1.0\"\n\"22/11/2026\"\n");
         std::filesystem::create_symlink("unplugged", folder.file("com5"));
-        modFunc::state().AppPath = folder.path();
-        modFunc::ReadSettings();
-        modFunc::ReadDeviceList();
-        modFunc::ReadAutoFile();
-        modFunc::InitFamilyTable();
+        std::filesystem::current_path(folder.path());
+        modFunc::Main();
         // After an earlier test has quit the application, all dialogs return at once until an event
         // loop has been started again.
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
         QApplication::exec();
-        watch.callOnTimeout([this] { serveDialogs(); });
+        watch.callOnTimeout([this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || !modal->isVisible() || modal == served)
+                return;
+            EXPECT_TRUE(modal->parentWidget() || !mdi || !mdi->isVisible());
+            if (auto* message = qobject_cast<QMessageBox*>(modal)) {
+                EXPECT_EQ(message->textFormat(), Qt::PlainText);
+                messages += message->icon() == QMessageBox::Critical ? "! " : "i ";
+                messages += (message->windowTitle() + ": " + message->text()).toStdString();
+                return message->button(QMessageBox::Ok)->click();
+            }
+            served = modal;
+            ASSERT_FALSE(actions.isEmpty()) << "unexpected: " << modal->objectName().toStdString();
+            // In a separate timer, because this one must continue while the action runs.
+            QTimer::singleShot(0, modal, actions.takeFirst());
+        });
         watch.start(5);
     }
     ~Windows() override {
-        alarm(0);
         endProgrammer();
         EXPECT_EQ(said(), "");
     }
     // simbox with a chip of 64 KiB.
     void startProgrammer(const QString& faults = {}) {
         const QString options = "--no-pace --fill FF --link com5 --chip chip.bin --trace trace.txt";
-        simbox.setWorkingDirectory(folder.path().c_str());
         simbox.start(SIMBOX, (options + faults).split(' '));
         ASSERT_TRUE(simbox.waitForReadyRead(5000)) << "simbox does not start";
     }
@@ -63,7 +68,7 @@ protected:
     }
     // Triggers a menu entry and runs one action in each modal window that opens; message boxes are
     // confirmed automatically.
-    void trigger(const char* entry, const Actions& inWindows = {}) {
+    void trigger(const char* entry, const QList<std::function<void()>>& inWindows = {}) {
         actions = inWindows;
         mdi->findChild<QAction*>(entry)->trigger();
         EXPECT_TRUE(actions.isEmpty()) << entry << ": a window did not come up";
@@ -101,26 +106,7 @@ protected:
     QProcess simbox;
     QtMachine machine{folder.path()};
     std::unique_ptr<mdiMain> mdi;
-    Actions actions;
-
-private:
-    void serveDialogs() {
-        QWidget* window = QApplication::activeModalWidget();
-        if (!window || !window->isVisible() || window == served)
-            return;
-        EXPECT_TRUE(window->parentWidget() || !mdi || !mdi->isVisible());
-        if (auto* message = qobject_cast<QMessageBox*>(window)) {
-            EXPECT_EQ(message->textFormat(), Qt::PlainText);
-            messages += message->icon() == QMessageBox::Critical ? "! " : "i ";
-            messages += (message->windowTitle() + ": " + message->text()).toStdString();
-            return message->button(QMessageBox::Ok)->click();
-        }
-        served = window;
-        ASSERT_FALSE(actions.isEmpty()) << "unexpected: " << window->objectName().toStdString();
-        // In a separate timer, because this one must continue while the action runs.
-        QTimer::singleShot(0, window, actions.takeFirst());
-    }
-
+    QList<std::function<void()>> actions;
     QTimer watch;
     QPointer<QWidget> served;
     std::string messages;
