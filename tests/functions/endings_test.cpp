@@ -23,7 +23,7 @@ struct Ending {
     int percent, ms;          // the last percentage, and the time of the whole run
     std::size_t messages = 0; // message boxes "Communication Error!"
     int pageSize = 64;
-    int address = 0xFFFF, byte = 0xFF; // in the chip, else FF or, for Verify, as the image
+    int byte = 0xFF, address = 0xFFFF; // in the chip, else FF or, for Verify, as the image
 };
 
 const Ending endings[] = {
@@ -48,18 +48,18 @@ const Ending endings[] = {
     {{Lock}, 1, 65537, "", {unsupported}, 0, 500},
     {{Verify}, 1, -1, "", {unsupported}, 0, 500},
     {{Read}, 1, 0, "", {readOk}, 100, 900},
-    {{Verify}, 1, 300, "", {verifyOk}, 100, 900, 0, 64, 0x100, 0},
+    {{Verify}, 1, 300, "", {verifyOk}, 100, 900, 0, 64, 0, 0x100},
     // Lost and late replies, a wrong byte, an erase of the whole chip.
     {{Read}, 1, 1000, "short@R3:259", {"Reading ...   Device Fault!"}, 25, 1900, 1},
     {{Erase}, 31, 256, "", {erased}, 100, 1750},
     {{Lock}, 1, 256, "late@S3:1050ms late@L3:50ms", {locked}, 100, 3750},
-    {{Blank}, 4, 65536, "silent@V1 silent@S1", {"Blank Error at FFFF"}, 99, 2900, 0, 64, 0xFFFF, 0},
+    {{Blank}, 4, 65536, "silent@V1 silent@S1", {"Blank Error at FFFF"}, 99, 2900, 0, 64, 0x7F},
     // One line per entry of a sequence; later entries share the sixth. Chip failures end the
     // sequence; lost replies do not, and late ones are no reply to the next entry.
     {allEntries, 4, 512, "", {blankOk, programOk, verifyOk, "", erased, locked}, 100, 9000},
     {{Auto, Program, Verify}, 21, 65536, "", {programOk, verifyOk}, 100, 2100},
     {{Auto, Program, Verify, Erase}, 1, 512, "lie:0100", {programOk, wrongByte}, 0, 2100},
-    {{Auto, Program, Lock}, 1, 1024, "", {"Program Error at 0201"}, 50, 2200, 0, 64, 0x201, 0},
+    {{Auto, Program, Lock}, 1, 1024, "", {"Program Error at 0201"}, 50, 2200, 0, 64, 0, 0x201},
     {{Auto, Program, Lock}, 1, 1024, "status@W2:004E", {programFault}, 25, 1200},
     {{Auto, Blank, Program}, 1, 256, "silent@R1", {blankFault, programOk}, 100, 3100, 1},
     {{Auto, Blank, Blank}, 1, 256, lateReplies, {blankOk, blankOk}, 100, 2818},
