@@ -3,9 +3,6 @@
 #include "tests/functions/fault_fixture.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    struct Run final : Faults {
-        void TestBody() override {}
-    };
     GTEST_FLAG_SET(break_on_failure, true);
     std::size_t position = 0;
     Faults().runAny([&] { return position < size ? data[position++] : std::uint8_t{0}; });
