@@ -8,7 +8,6 @@
 #include <sys/syscall.h>
 
 namespace fs = std::filesystem;
-using namespace std::string_literals;
 
 namespace {
 
@@ -28,13 +27,13 @@ protected:
     // The error text without the folder; empty on success. A failure changes nothing and leaves no
     // other file, and no descriptor stays open.
     std::string attempt(const std::string& contents, const std::string& name = "file") {
-        auto after = std::tuple(folder.read(name), count(folder.path()), count("/proc/self/fd"));
-        const std::string path = folder.file(name),
-                          error = errorOf([&] { platform::ReplaceFile(path, contents); });
-        if (error.empty())
-            after = {contents, count(folder.path()), std::get<2>(after)};
-        EXPECT_EQ(std::tuple(folder.read(name), count(folder.path()), count("/proc/self/fd")),
-                  after);
+        const auto open = count("/proc/self/fd");
+        const auto before = std::pair(folder.read(name), count(folder.path()));
+        const auto write = [&] { platform::ReplaceFile(folder.file(name), contents); };
+        const std::string error = errorOf(write);
+        const auto after = std::pair(folder.read(name), count(folder.path()));
+        EXPECT_EQ(after, error.empty() ? std::pair(contents, after.second) : before);
+        EXPECT_EQ(count("/proc/self/fd"), open);
         return error.empty() ? "" : error.substr(folder.path().size() + 1);
     }
 
@@ -57,15 +56,19 @@ extern "C" int close(int file) {
     return failing == "close" ? errno = EIO, -1 : result;
 }
 
-TEST_F(ReplaceFile, ReportsACallThatFails) {
-    file("file", 0666);
-    for (const auto& [call, verb] : {std::pair("fsync", "written"), std::pair("rename", "replaced"),
-                                     std::pair("close", "written")}) {
+TEST_F(ReplaceFile, ReportsACallThatFailsAndWhatIsNotAFile) {
+    folder.write("file", longText);
+    for (const std::string call : {"fsync", "rename", "close"}) {
         failing = call;
-        EXPECT_EQ(attempt(shortText),
-                  "file: the file cannot be "s + verb + ": Input/output error.");
+        EXPECT_EQ(attempt(shortText), std::string("file: the file cannot be ") +
+                                          (call == "rename" ? "replaced" : "written") +
+                                          ": Input/output error.");
         failing = "";
     }
+    mknod(folder.file("socket").c_str(), S_IFSOCK | 0600, 0);
+    fs::create_symlink("circle", folder.file("circle"));
+    EXPECT_EQ(attempt(shortText, "socket"), "socket: it is not a regular file.");
+    EXPECT_EQ(attempt(shortText, "circle"), "circle: too many levels of symbolic links.");
 }
 
 TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
@@ -82,35 +85,26 @@ TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
     EXPECT_EQ(count(folder.path()), 3);
 }
 
-TEST_F(ReplaceFile, RejectsWhatIsNotAFile) {
-    mknod(folder.file("socket").c_str(), S_IFSOCK | 0600, 0);
-    fs::create_symlink("circle", folder.file("circle"));
-    EXPECT_EQ(attempt(shortText, "socket"), "socket: it is not a regular file.");
-    EXPECT_EQ(attempt(shortText, "circle"), "circle: too many levels of symbolic links.");
-}
-
 // A disk full at any byte, for a write over the file and for a new file beside it.
 TEST_F(ReplaceFile, WritesCompletelyOrNotAtAll) {
-    const std::string longest = longText + longText;
-    for (const mode_t folderMode : {0555, 0777}) {
+    for (const auto& [folderMode, noNewFile] :
+         {std::pair(0555, "new: no file can be created in the folder " + folder.path() +
+                              ": Permission denied."),
+          std::pair(0777, std::string())}) {
         file("file", 0666);
         file("locked", 0444);
-        chmod(folder.path().c_str(), folderMode);
+        chmod(folder.path().c_str(), mode_t(folderMode));
         const OrdinaryUser user;
-        for (rlim_t room = 0; room <= longest.size(); ++room) {
+        for (rlim_t room = 0; room < 40; ++room) {
             const FullDisk disk(room);
-            EXPECT_EQ(attempt(longest), room == longest.size()
-                                            ? ""
-                                            : "file: the file cannot be written: File too large.")
-                << room;
+            EXPECT_EQ(attempt(longText + longText),
+                      "file: the file cannot be written: File too large.");
         }
-        EXPECT_EQ(attempt(shortText), "");
+        const FullDisk disk(40);
+        EXPECT_EQ(attempt(longText + longText) + attempt(shortText) + attempt(shortText, "new"),
+                  noNewFile);
         EXPECT_EQ(attempt(shortText, "locked"),
                   "locked: the file cannot be written: Permission denied.");
-        EXPECT_EQ(attempt(shortText, "new"), folderMode == 0777
-                                                 ? ""
-                                                 : "new: no file can be created in the folder " +
-                                                       folder.path() + ": Permission denied.");
     }
 }
 

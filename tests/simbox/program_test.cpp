@@ -9,14 +9,12 @@ using namespace std::string_literals;
 
 namespace {
 
-struct ProgramRun {
+const struct ProgramRun {
     const char *name, *options;
     int status;
     std::vector<std::string> output; // expected parts, error output included
     std::string frames = "";         // sent together when simbox is ready
-};
-
-const ProgramRun runs[] = {
+} runs[] = {
     {"Help", "--help", 0, {"\n  --baud N         speed", "\n  pull@F           the cable"}},
     {"ValueMissing", "--help --fill", 2, {"simbox: --fill: value missing"}},
     {"UnknownOption", "--fil", 2, {R"(simbox: unknown option "--fil")"}},
@@ -34,10 +32,9 @@ const ProgramRun runs[] = {
      "--link com5 --chip chip --fill b5 --firmware 123456789012 --trace - --fault pull@I2",
      3,
      {"simbox ready: com5 -> /dev/", "> 00 00 00 01 49  identify", "firmware 123456789012",
-      "! -  frame 2, malformed", "set up socket class 3 set-up A0 3F pins F9 00",
-      "read block 0000-00FF chip code 8", "< 06 06 06 06 00 00 ", "< 06 06 06 06 41 B5 ",
-      "... (260 bytes)  data of block 0000", "load 2 bytes",
-      "write block 0000-0001 chip code 9 option 4 mode 2", "set supplies 12 0 50",
+      "set up socket class 3 set-up A0 3F pins F9 00", "read block 0000-00FF chip code 8",
+      "< 06 06 06 06 00 00 ", "< 06 06 06 06 41 B5 ", "... (260 bytes)  data of block 0000",
+      "load 2 bytes", "write block 0000-0001 chip code 9 option 4 mode 2", "set supplies 12 0 50",
       "class 1 set-up A0 3F write pins FA C0 read pins F8 C1", "lock step FF 0A", "erase 00",
       "release socket", "< -  cable pulled",
       "simbox: protocol error: frame 2, malformed: unknown command code 58"},

@@ -22,8 +22,7 @@ public:
     }
     std::string read(const std::string& name) const { return readFile(file(name)); }
     static std::string readFile(const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
+        return {std::istreambuf_iterator(std::ifstream(path, std::ios::binary).rdbuf()), {}};
     }
 
 private:
