@@ -15,15 +15,13 @@ TEST(HexText, ReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumberOrIsStrict
 
 TEST(DelimitedText, ItemsEndAtCommasAndAnyLineEndAndNumbersAreDecimalAndWithinTheirRange) {
     DelimitedReader all(
-        "f",
-        "\xEF\xBB\xBF+5 ,-32768\n32767\none,  two\r\n\t three x\rfour\n\n \"five, six\" \r\n,last");
+        "f", "\xEF\xBB\xBF+5 ,-32768\n32767\none,  two\r\n\t a b\rc\n\n \"d, e\" \r\n,f");
     for (const int number : {5, -32768, 32767})
         EXPECT_EQ(all.NextInt16("a"), number);
     std::string items;
     while (!all.atEnd())
         items.append(all.NextString("item")) += '|';
-    EXPECT_EQ(items, "one|two|three x|four||five, six||last|");
-    for (const std::string rejected : {"32768", "-32769", "5x", "x5", " ", "+-5", "- 5"})
-        EXPECT_THROW(DelimitedReader("f", rejected).NextInt16("a"), platform::FileError)
-            << rejected;
+    EXPECT_EQ(items, "one|two|a b|c||d, e||f|");
+    for (const std::string text : {"32768", "-32769", "5x", "x5", " ", "+-5", "- 5"})
+        EXPECT_THROW(DelimitedReader("f", text).NextInt16("a"), platform::FileError) << text;
 }

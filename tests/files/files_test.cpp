@@ -4,8 +4,6 @@
 #include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
 
-#include <sys/stat.h>
-
 using namespace modFunc;
 using namespace std::string_literals;
 
@@ -90,8 +88,8 @@ TEST_F(Files, OffsetsSelectAndMoveBytesUpToTheEndOfTheImage) {
     }
 }
 
-// A pipe would block the program, and a disk image would fill the memory.
-TEST_F(Files, ReadersRejectPipesAndLargeFilesAndATextMustExist) {
+// A device or a pipe could block the program, and a disk image would fill the memory.
+TEST_F(Files, ReadersRejectDevicesAndLargeFilesAndATextMustExist) {
     const std::string noFile = ": the file cannot be opened: No such file or directory.";
     EXPECT_EQ(attempt(OpenHexFile, file), file + noFile);
     EXPECT_EQ(attempt(OpenBinFile, file + "/a"), file + "/a" + noFile);
@@ -99,13 +97,10 @@ TEST_F(Files, ReadersRejectPipesAndLargeFilesAndATextMustExist) {
     folder.write("a", std::string((16 << 20) + 1, '0'));
     EXPECT_EQ(attempt(OpenHexFile, file),
               file + ": the file is larger than 16 MiB and not one of this program.");
-    const std::string pipe = folder.file("pipe");
-    mkfifo(pipe.c_str(), 0600);
     for (const auto& command : {OpenHexFile, OpenBinFile})
-        EXPECT_EQ(attempt(command, pipe), pipe + ": it is not a regular file.");
+        EXPECT_EQ(attempt(command, "/dev/null"), "/dev/null: it is not a regular file.");
     const OrdinaryUser user;
     EXPECT_EQ(attempt(OpenBinFile, "/etc/os-release"), ""); // read-only
-    EXPECT_NE(loaded[0], 0xFF);
 }
 
 TEST_F(Files, AHexSaveHasRecordsOfSixteenAndABinarySaveKeepsTheTailOfALongerFile) {
@@ -121,8 +116,7 @@ TEST_F(Files, AHexSaveHasRecordsOfSixteenAndABinarySaveKeepsTheTailOfALongerFile
               ":1000F000FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF10\r\n"
               ":100100001234FFFFFFFFFFFFFFFFFFFFFFFFFFFFB7\r\n"
               ":10011000FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFEF\r\n:00000001FF\r\n");
-    EXPECT_TRUE(LooksLikeHexFile("A.HEX") && LooksLikeHexFile("a.hex"));
-    EXPECT_FALSE(LooksLikeHexFile("a.Hex"));
+    EXPECT_TRUE(LooksLikeHexFile("A.HEX") && LooksLikeHexFile("a.hex") && !LooksLikeHexFile("Hex"));
 }
 
 TEST_F(Files, ASaveThatFailsReportsItAndOnlyABinaryFileMayBeLeftShort) {

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string shortText = "short", longText = "longer by some bytes";
+const std::string text = "short", longText(20, 'l'), longest(40, 'x');
 
 // Files in a folder.
 std::ptrdiff_t count(const std::string& path) {
@@ -60,15 +60,15 @@ TEST_F(ReplaceFile, ReportsACallThatFailsAndWhatIsNotAFile) {
     folder.write("file", longText);
     for (const std::string call : {"fsync", "rename", "close"}) {
         failing = call;
-        EXPECT_EQ(attempt(shortText), std::string("file: the file cannot be ") +
-                                          (call == "rename" ? "replaced" : "written") +
-                                          ": Input/output error.");
+        EXPECT_EQ(attempt(text), std::string("file: the file cannot be ") +
+                                     (call == "rename" ? "replaced" : "written") +
+                                     ": Input/output error.");
         failing = "";
     }
     mknod(folder.file("socket").c_str(), S_IFSOCK | 0600, 0);
     fs::create_symlink("circle", folder.file("circle"));
-    EXPECT_EQ(attempt(shortText, "socket"), "socket: it is not a regular file.");
-    EXPECT_EQ(attempt(shortText, "circle"), "circle: too many levels of symbolic links.");
+    EXPECT_EQ(attempt(text, "socket"), "socket: it is not a regular file.");
+    EXPECT_EQ(attempt(text, "circle"), "circle: too many levels of symbolic links.");
 }
 
 TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
@@ -76,7 +76,7 @@ TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
     const bool owned = chown(folder.file("file").c_str(), 65534, 65534) == 0;
     fs::create_symlink("new", folder.file("link")); // to a file that does not exist yet
     umask(0002);
-    EXPECT_EQ(attempt(shortText) + attempt(shortText, "link"), "");
+    EXPECT_EQ(attempt(text) + attempt(text, "link"), "");
     struct stat file{};
     stat(folder.file("file").c_str(), &file);
     EXPECT_EQ(std::tuple(file.st_mode, file.st_uid == 65534, file.st_gid == 65534),
@@ -87,23 +87,20 @@ TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
 
 // A disk full at any byte, for a write over the file and for a new file beside it.
 TEST_F(ReplaceFile, WritesCompletelyOrNotAtAll) {
-    for (const auto& [folderMode, noNewFile] :
-         {std::pair(0555, "new: no file can be created in the folder " + folder.path() +
-                              ": Permission denied."),
-          std::pair(0777, std::string())}) {
+    const std::string noFile = "new: no file can be created in the folder " + folder.path();
+    for (const mode_t folderMode : {0555, 0777}) {
         file("file", 0666);
         file("locked", 0444);
-        chmod(folder.path().c_str(), mode_t(folderMode));
+        chmod(folder.path().c_str(), folderMode);
         const OrdinaryUser user;
         for (rlim_t room = 0; room < 40; ++room) {
             const FullDisk disk(room);
-            EXPECT_EQ(attempt(longText + longText),
-                      "file: the file cannot be written: File too large.");
+            EXPECT_EQ(attempt(longest), "file: the file cannot be written: File too large.");
         }
         const FullDisk disk(40);
-        EXPECT_EQ(attempt(longText + longText) + attempt(shortText) + attempt(shortText, "new"),
-                  noNewFile);
-        EXPECT_EQ(attempt(shortText, "locked"),
+        EXPECT_EQ(attempt(longest) + attempt(text) + attempt(text, "new"),
+                  folderMode == 0777 ? "" : noFile + ": Permission denied.");
+        EXPECT_EQ(attempt(text, "locked"),
                   "locked: the file cannot be written: Permission denied.");
     }
 }
@@ -113,8 +110,7 @@ TEST(PortNames, FollowTheTableButALinkOfThePortsOwnComesFirst) {
     std::string names;
     for (const int number : {0, 1, 4, 5, 12, 13, 16, 17}) {
         names += platform::PortName(number, folder.path()) + " ";
-        fs::create_symlink(number == 4 ? "nowhere" : "/",
-                           folder.file("com" + std::to_string(number)));
+        fs::create_symlink(number == 4 ? "none" : "/", folder.file("com" + std::to_string(number)));
         names += platform::PortName(number, folder.path()) + " ";
     }
     EXPECT_EQ(names, "  /dev/ttyS0 / /dev/ttyS3 " + folder.file("com4") +
