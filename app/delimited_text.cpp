@@ -32,7 +32,7 @@ std::string shown(std::string_view item) {
 
 DelimitedReader::DelimitedReader(std::string fileName, std::string text)
     : fileName_(std::move(fileName)), text_(std::move(text)) {
-    // Some editors write a byte order mark; it is not part of the first item.
+    // Some editors begin a file with a byte order mark; it is not part of the first item.
     constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
     if (text_.starts_with(utf8Mark))
         position_ = utf8Mark.size();

@@ -1,5 +1,5 @@
-// Delimited text: the format of the settings file, the device list, the Auto file and an Intel HEX
-// file, in which each record is one item.
+// Delimited text: the format of the settings file, the device list, the Auto file and Intel HEX
+// files. In an Intel HEX file, each record is one item.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
 // Blanks before an item are skipped. An item that starts with a double quote is returned without
@@ -14,7 +14,7 @@ namespace modFunc {
 
 class DelimitedReader {
 public:
-    // `fileName` is used in error messages. The reader stores `text`.
+    // `fileName` is used in error messages. The reader keeps its own copy of `text`.
     DelimitedReader(std::string fileName, std::string text);
     DelimitedReader(const DelimitedReader&) = delete;
     DelimitedReader& operator=(const DelimitedReader&) = delete;
@@ -23,17 +23,18 @@ public:
     bool atEnd() const { return position_ >= text_.size(); }
 
     // The next item. The view is valid as long as the reader exists. NextString, NextNumber and
-    // NextInt16 throw platform::FileError if the file has ended, a quote is not closed on its line,
-    // or the item is not valid. The message contains the file name, the item's line, number and
-    // `meaning` (such as "device count"), what was expected and what was found.
+    // NextInt16 throw platform::FileError if the file has ended, a double quote is not closed on
+    // its line, or the item is not valid. The message contains the file name, the item's line
+    // number and its number in the file, `meaning` (such as "device count"), what was expected and
+    // what was found.
     std::string_view NextString(std::string_view meaning);
     // A decimal integer from `min` to `max`, inclusive, with an optional sign.
     std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);
     std::int16_t NextInt16(std::string_view meaning, std::int16_t min = INT16_MIN,
                            std::int16_t max = INT16_MAX);
 
-    // Throws platform::FileError for the item read last. The message shows the item, truncated if
-    // it is long.
+    // Throws platform::FileError for the item read last. The message shows `item`, truncated if it
+    // is long.
     [[noreturn]] void Reject(std::string_view meaning, const std::string& expected,
                              std::string_view item) const;
 
@@ -50,12 +51,12 @@ private:
     std::size_t position_ = 0;
     int line_ = 1;     // line at position_
     int itemLine_ = 1; // line of the item read last
-    int item_ = 0;     // number of the item read last, from 1
+    int item_ = 0;     // number of the item read last, counted from 1
     bool quoted_ = false;
 };
 
-// One item on a line of its own, ended by CR LF: a number in plain decimal, a string in double
-// quotes.
+// One item on a line of its own, ended by CR LF: a number is written in plain decimal, a string in
+// double quotes.
 std::string DelimitedLine(std::int32_t number);
 std::string DelimitedLine(const std::string& text);
 

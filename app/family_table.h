@@ -8,7 +8,8 @@ namespace modFunc {
 
 inline constexpr int lastFamily = 50; // families are numbered from 0
 
-// Nine bytes for one step of an operation.
+// Nine bytes for one step of an operation. In this file, a letter in double quotes is the command
+// code of a frame.
 struct FamilyGroup {
     std::uint8_t Reserved = 0;
     std::uint8_t PinP = 0;        // pin pattern, first byte, sent in "S" or "T"
@@ -25,7 +26,7 @@ struct FamilyGroup {
 // offsets in the row, 0 to 94.
 struct FamilyRec {
     FamilyGroup Program{};       // offsets 0-8
-    FamilyGroup Read{};          // 9-17; also for Blank check, Verify and the set-up for writing
+    FamilyGroup Read{};          // 9-17; also used by Blank check, Verify and Program
     FamilyGroup Lock1{};         // 18-26; its supplies are used for all lock steps
     FamilyGroup Lock2{};         // 27-35; its supplies are not sent
     FamilyGroup Lock3{};         // 36-44; its supplies are not sent
@@ -34,7 +35,7 @@ struct FamilyRec {
     FamilyGroup Spare7{};        // 63-71; not sent
     FamilyGroup Spare8{};        // 72-80; zero
     FamilyGroup Spare9{};        // 81-89; zero
-    std::uint8_t SetupByte1 = 0; // 90; in every "T" and in every "S" except the release
+    std::uint8_t SetupByte1 = 0; // 90; in every "T" and in every "S" except "S" 00
     std::uint8_t SetupByte2 = 0; // 91; likewise
     std::uint8_t ChipCode = 0;   // 92; in "R", "W" and the form of "E" that has a chip code
     std::uint8_t WriteMode = 0;  // 93; last byte of "W" in block form

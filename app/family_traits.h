@@ -9,8 +9,8 @@ namespace modFunc {
 // How Erase works.
 enum class ErasePath {
     None,    // not supported
-    Pulses,  // supplies and socket set up, then two erase frames with parameter 00
-    ChipCode // socket set up, then one erase frame with the chip code, which has two replies
+    Pulses,  // supplies set, socket set up, then two erase frames with parameter 00
+    ChipCode // socket set up, then one erase frame with the chip code; the frame has two replies
 };
 
 // How Program works after the supplies are set.
@@ -32,15 +32,15 @@ enum class ChipOutline { Long, Middle, Short };
 struct FamilyTraits {
     bool inTable = false; // FamilyTable has a row with this number; the row may be empty
     ErasePath erase = ErasePath::None;
-    int erasePasses = 1; // when Erase runs on its own; as an Auto entry it makes one pass
+    int erasePasses = 1; // of Erase on its own; as an Auto entry, Erase makes one pass
     WritePath write = WritePath::None;
     WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
     bool canLock = false;
-    int lockPasses = 2; // made even if Lock is not supported: each pass then only reports that
+    int lockPasses = 2; // even if canLock is false; each pass then only reports "not supported"
     ChipOutline outline = ChipOutline::Short;
 };
 
-// Accepts any number. The device functions reject a number that is not in the table.
+// Accepts any number. The device functions reject a device if inTable is false for its Family.
 constexpr FamilyTraits TraitsOf(int family) {
     FamilyTraits traits;
     traits.inTable = family >= 0 && family <= lastFamily;

@@ -15,7 +15,7 @@ struct HexRec {
     std::int32_t Address = 0;    // address field, 0..65535
     std::int16_t RecordType = 0; // 0: data; any other value ends the data
     std::array<std::uint8_t, hexRecordDataBytes> Data{};
-    std::int16_t CheckSum = 0; // the last two characters of the line, 0..255
+    std::int16_t CheckSum = 0; // check byte (the last two characters of the line), 0..255
 };
 
 } // namespace modFunc

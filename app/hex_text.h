@@ -11,7 +11,7 @@ namespace modFunc {
 
 inline constexpr char hexDigits[] = "0123456789ABCDEF";
 
-// The value of each character as a hexadecimal digit; -1 if it is not a digit.
+// The value of each character as a hexadecimal digit; -1 if the character is not a digit.
 inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
@@ -25,7 +25,7 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
 }();
 
 // The value of one digit, 0..15; -1 if the character is not a digit. This and the next function are
-// inline because a call per digit would double the time that files and pages take.
+// inline because a call per digit would double the time needed to convert a file or a page.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }
@@ -39,15 +39,16 @@ inline void PutHexByte(char* at, std::uint8_t value) {
 // The value as exactly two upper-case digits.
 std::string HexByte(std::uint8_t value);
 
-// The value in upper-case digits, at least four, with leading zeros if needed. From 65536 up there
-// are more than four digits. A negative value is shown as the eight digits of its two's complement.
+// The value in upper-case digits, at least four, with leading zeros if needed. A value of 65536 or
+// above has more than four digits. A negative value is shown as the eight digits of its two's
+// complement.
 std::string HexWord(std::int32_t value);
 
 // The value in upper-case digits without leading zeros; "0" for 0.
 std::string HexDigits(std::int32_t value);
 
-// Tolerant parsing: reads digits of either case from the left up to the first other character; no
-// digits give 0. A value above 2147483647 becomes 2147483647.
+// Tolerant parsing: reads digits of either case from the left up to the first character that is not
+// a digit. The result is 0 if there are no digits. A value above 2147483647 becomes 2147483647.
 std::int32_t TolerantHex(std::string_view text);
 
 // Strict parsing: the whole text must be one to four digits of either case; otherwise the result is

@@ -21,8 +21,8 @@ DelimitedReader openDataFile(const char* name) {
     return {path, platform::ReadWholeFile(path)};
 }
 
-// Titles, panels and lists show these texts: millions of characters would block the window for
-// minutes, and a zero byte would truncate the text.
+// Reads a text that will be shown in a title, a panel or a list. Rejects very long texts, which
+// would block the window for minutes, and zero bytes, which would truncate the text.
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)

@@ -1,9 +1,9 @@
-// Start-up and the start files: settings, device list, Auto sequence.
+// Start-up and the start files: the settings, the device list and the Auto sequence.
 //
-// All three files must be in AppPath. A procedure that reads one of them throws platform::FileError
-// if the file is missing or damaged or contains a value outside its limits. The message names the
-// file, the cause and, for a damaged file, the item. A text item may have up to 65535 bytes. The
-// Parse... procedures read a file whose text is already in memory.
+// All three files must be in the folder AppPath. A procedure that reads one of them throws
+// platform::FileError if the file is missing or damaged or contains a value outside its limits. The
+// message names the file, the cause and, for a damaged file, the item. A text item may have up to
+// 65535 bytes. The Parse... procedures read a file whose text is already in memory.
 #pragma once
 
 #include <string>
@@ -15,8 +15,9 @@ class DelimitedReader;
 // The path of the file `name` in AppPath.
 std::string DataFile(const std::string& name);
 
-// Start-up before the main window: sets AppPath, reads settings, device list and Auto sequence and
-// fills the family table. The settings are read first because they contain the number of devices.
+// The part of start-up that precedes the main window: sets AppPath, reads the settings, the device
+// list and the Auto sequence, and fills the family table. The settings are read first because they
+// contain the number of devices.
 void Main();
 
 // Reads the five items of quorven.cfg into ComPort, DeviceCount (0..50), SelectedDevice (0..50),

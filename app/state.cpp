@@ -6,7 +6,7 @@ namespace modFunc {
 
 namespace {
 // On the heap because the record is too large for the stack, as is the temporary that a reset would
-// create. Created at its first use, where a lack of memory can be reported.
+// create. Created at its first use, when a lack of memory can be reported.
 std::unique_ptr<State>& theState() {
     static auto record = std::make_unique<State>();
     return record;

@@ -1,6 +1,6 @@
 // The one record of shared state, through which windows and procedures exchange values: a dialog
 // stores its result here, and whoever opened the dialog reads it afterwards. Only one thread uses
-// it, so there are no locks.
+// the record, so there are no locks.
 #pragma once
 
 #include "app/device_rec.h"
@@ -23,7 +23,7 @@ inline constexpr int lastHexRecord = 10000;
 struct State {
     // Program and device.
 
-    // Folder of all data files: the current directory at start.
+    // Folder of all data files: the current directory when the program starts.
     std::string AppPath;
     // Serial port number, 1..16. The settings file may contain any other number; then no port can
     // be opened.
@@ -38,12 +38,12 @@ struct State {
     std::string ProgramDate;
     // The device catalogue, rows 1..DeviceCount; row 0 stays empty.
     std::array<DeviceRec, lastDeviceRow + 1> DeviceList{};
-    // The family parameters, rows 0..50; constant after the start.
+    // The family parameters, rows 0..50; constant after start-up.
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
     // Number of entries of the Auto sequence, 0..20.
     std::int16_t AutoCount = 0;
     // The Auto sequence: entries 1..AutoCount, each a FunctionCode below Auto; entry 0 is not used.
-    // auto.cfg may contain other numbers; they run nothing.
+    // auto.cfg may contain other numbers; an entry with such a number does nothing.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.
@@ -65,8 +65,8 @@ struct State {
 
     // File exchange.
 
-    // The records of the Intel HEX file being read, from element 1 on. Saving builds each line in
-    // element 0.
+    // The records of the Intel HEX file being read, from element 1 on. When a file is saved, each
+    // line is built in element 0.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
     // Number of data records in HexRecords, 0..9999.
     std::int16_t HexRecordCount = 0;
@@ -74,15 +74,14 @@ struct State {
     bool FileIsHex = false;
     // Result of frmFileLoad: true if it was closed with Cancel.
     bool FileCancelled = false;
-    // Result of frmFileLoad: the lowest address in the file from which bytes are loaded, 0 or
-    // above.
+    // Result of frmFileLoad, 0 or above: bytes below this address of the file are not loaded.
     std::int32_t FileAddress = 0;
-    // Result of frmFileLoad: added to every address of the file, 0 or above.
+    // Result of frmFileLoad, 0 or above: the offset added to every address of the file.
     std::int32_t BufferAddress = 0;
 
     // Programmer link.
 
-    // The frame last sent.
+    // The frame last sent by SendAndWait().
     Bytes TxFrame;
     // The bytes last read from the port.
     Bytes RxText;
@@ -101,8 +100,8 @@ State& state();
 // Sets every field to zero, false or empty.
 void ResetState();
 
-// The selected device's row of the catalogue and the row of its family parameters. selectedFamily()
-// throws std::out_of_range when the device's Family is outside 0..50.
+// The selected device's rows of DeviceList and FamilyTable. selectedFamily() throws
+// std::out_of_range when the device's Family is outside 0..50.
 const DeviceRec& selectedDevice();
 const FamilyRec& selectedFamily();
 

@@ -9,7 +9,7 @@ namespace modFunc {
 inline constexpr std::array initialPanelTexts = {"COM", "Device:", "Size:", "File:"};
 
 void ShowPort();        // panel 1: the port number
-void ShowPortFailure(); // panel 1: the port did not open
+void ShowPortFailure(); // panel 1: "FAIL", because the port could not be opened
 void ShowDevice();      // panels 2 and 3: the selected device's name and size
 void ShowFileName();    // panel 4: the file last loaded or saved
 

@@ -9,8 +9,8 @@ struct BufferView {
     virtual void Reopen() = 0;
 };
 
-// The view in use; the main window sets it. Calling bufferView() before that is a programming
-// error.
+// The view in use, which the main window sets with useBufferView(). Calling bufferView() before
+// then is a programming error.
 BufferView& bufferView();
 void useBufferView(BufferView* inUse);
 

@@ -164,7 +164,7 @@ frmBuffer::frmBuffer(QWidget* parent)
     vsc->setFocusPolicy(Qt::StrongFocus);
     vsc->setSingleStep(1);
     vsc->setPageStep(1);
-    vsc->setTracking(false); // the page moves when the thumb is released
+    vsc->setTracking(false); // the page moves only when the thumb is released
     txtBuffer->wheelBar = vsc;
     addLabel(this, "Label1", tr("Address:"), {120, 4080, 615, 255});
     lblAddress = addHexLabel(this, "lblAddress", {840, 4080, 615, 255});

@@ -9,16 +9,17 @@
 class QLabel;
 class QScrollBar;
 
-// The page's text box: read-only, without its own scroll bar. It reports keys and clicks and
-// changes nothing itself; the mouse wheel moves the view's scroll bar. A row is 0..15, or -1 for
-// the heading; columns are those of buffer/page_text.h. `clicked` may report other rows and
-// columns, which HexEditor::Click ignores.
+// The text box that shows the page: read-only, without its own scroll bar. It reports keys and
+// clicks and changes nothing itself; the mouse wheel moves the scroll bar `wheelBar`. A row is
+// 0..15, or -1 for the heading; columns are numbered as in buffer/page_text.h. `clicked` may report
+// other rows and columns, which HexEditor::Click ignores.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 
 public:
     explicit PageBox(QWidget* parent);
-    // Replaces the lines that differ. Each line gets the fixed height at which all 17 lines fit.
+    // Shows `text`; replaces only the lines that have changed. Each line gets the fixed height at
+    // which all 17 lines fit.
     void showPage(const std::string& text);
     void selectCharacter(int row, int column);
     QAccessibleInterface* makeAccessible() override;
@@ -35,7 +36,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent*) override {}
     void mouseReleaseEvent(QMouseEvent*) override {}
-    void mouseDoubleClickEvent(QMouseEvent*) override {} // the second press is not a click
+    void mouseDoubleClickEvent(QMouseEvent*) override {} // not reported as a second click
     void wheelEvent(QWheelEvent* event) override;
 
 private:
@@ -63,7 +64,7 @@ private:
     void showPage();
     void showCaret();
     // If the caret's address is no longer `from`, makes a screen reader say the text of the caret's
-    // line (if `line` is true) or the caret's address and the byte there.
+    // line if `line` is true, otherwise the caret's address and the byte there.
     void announceMove(std::int32_t from, bool line = false);
 
     modFunc::HexEditor editor_;

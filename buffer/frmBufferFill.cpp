@@ -79,7 +79,7 @@ void frmBufferFill::cmdOk_Click() {
     accept();
 }
 
-// Shows the cause and selects the text of the text box in question. The dialog stays open.
+// Shows the cause and selects the contents of `textBox`. The dialog stays open.
 void frmBufferFill::rejectInput(QLineEdit* textBox, const std::string& cause) {
     platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
     textBox->setFocus();

@@ -67,7 +67,7 @@ public:
         return {};
     }
 
-    // Sends key presses, so that anything that blocks keys also blocks this.
+    // Inserts by sending key presses, so that anything that blocks keys also blocks the insertion.
     void insertText(int offset, const QString& text) override {
         setCursorPosition(offset);
         if (cursorPosition() != offset) // not a digit

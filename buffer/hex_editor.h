@@ -1,6 +1,6 @@
 // The rules of the hex view: where the caret can be and what keys, clicks and digits do. Nothing
-// here depends on pixels, and text positions are defined in buffer/page_text.h: the window converts
-// and draws.
+// here depends on pixels: the window converts them and draws. The rows and columns of the text are
+// those of buffer/page_text.h.
 #pragma once
 
 #include <cstdint>
@@ -28,17 +28,18 @@ public:
     // Address of the byte under the caret.
     std::int32_t Address() const;
 
-    // Puts a line, 0..LastLine(), at the top; the caret goes to the first digit of the page.
+    // Puts line `topLine`, 0..LastLine(), at the top of the page and the caret on the first digit
+    // of the page.
     void ScrollTo(std::int32_t topLine);
-    // The caret goes to the first digit of the page.
+    // Puts the caret on the first digit of the page.
     void Home();
     // A click on a row and column of the page's text; row -1 is the heading. If there is a digit of
     // a byte at that position, the caret goes there; otherwise it does not move.
     void Click(int row, int column);
     void Press(Key key);
     // Stores a typed hexadecimal digit of either case in the image, moves the caret as Key::Right
-    // does and returns true. Any other character, and a digit past the end of the image, changes
-    // nothing and returns false.
+    // does and returns true. For any other character, or if the caret is past the end of the image,
+    // changes nothing and returns false.
     bool Type(char character);
 
 private:
@@ -46,8 +47,8 @@ private:
     void up();
     void right();
     void down();
-    // Scrolls down by one line and returns true if the device has the byte at offset `byte` of the
-    // line below the page and the range of the scroll bar allows it. Otherwise returns false.
+    // If the device has the byte at offset `byte` of the line below the page, and the range of the
+    // scroll bar allows it, scrolls down by one line and returns true. Otherwise returns false.
     bool scrollDown(int byte);
 
     std::int32_t size_;

@@ -6,7 +6,7 @@
 //   5 + 3 * b   high digit of byte b, 0..15
 //   6 + 3 * b   low digit of byte b
 //   7 + 3 * b   blank
-//   53 + b      byte b as a character: itself for 32..127, else "."
+//   53 + b      byte b as a character if it is 32..127, otherwise "."
 //   69, 70      carriage return, line feed
 #pragma once
 
@@ -22,7 +22,7 @@ inline constexpr int lineBytes = 16;
 inline constexpr int lineDigits = 2 * lineBytes;
 
 // The page's 1201 characters for addresses topLine * 16 to topLine * 16 + 255. topLine is 0 to
-// LastTopLine() of a device; bytes past the end of the image show as FF.
+// LastTopLine() of a device; bytes past the end of the image are shown as FF.
 std::string PageText(std::int32_t topLine, std::span<const std::uint8_t> image);
 
 // The column of digit number `digit` (0..31) in its row. Digit 2 * b is the high digit of byte b.

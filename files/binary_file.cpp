@@ -27,7 +27,8 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
     throw FileError(machine().cdia.FileName + ": " + what + ": " + std::strerror(errno) + ".");
 }
 
-// Opens cdia.FileName for reading and writing without truncation. Creates a missing file.
+// Opens cdia.FileName for reading and writing without truncating it. Creates the file if it does
+// not exist.
 File openForBoth() {
     platform::RejectSpecialFile(machine().cdia.FileName);
     const char* const name = machine().cdia.FileName.c_str();

@@ -1,20 +1,21 @@
 // Binary files: raw bytes only.
 //
-// Every failure throws platform::FileError. The file is then closed, and status bar and hex view
-// are unchanged.
+// Every failure throws platform::FileError. After a failure, the file is closed, and the status bar
+// and the hex view are unchanged.
 #pragma once
 
 namespace modFunc {
 
 // Loads cdia.FileName: byte p of the file, for p from FileAddress to the end of the file, becomes
-// byte p + BufferAddress of BufferData. Other bytes of BufferData keep their values. A missing file
-// is created empty. A byte whose place is past the end of the image is an error; the bytes before
-// it stay stored. On success, status bar panel 4 then names the file and the hex view is reopened.
+// byte p + BufferAddress of BufferData. Other bytes of BufferData keep their values. If the file
+// does not exist, an empty file is created. A byte whose position is past the end of the image is
+// an error; the bytes before it stay stored. On success, status bar panel 4 names the file and the
+// hex view is reopened.
 void OpenBinFile();
 
 // Writes the first Size bytes of BufferData (Size of the selected device) over the start of
 // cdia.FileName. The file is created if it does not exist and is never truncated. On success,
-// status bar panel 4 then names the file. A failed write may leave the file incomplete.
+// status bar panel 4 names the file. A failed write may leave the file incomplete.
 void SaveBinFile();
 
 } // namespace modFunc

@@ -6,7 +6,7 @@ class QLineEdit;
 class QPushButton;
 class QRadioButton;
 
-// Asks for file type and offsets before every load and save. Sets FileCancelled and, on OK,
+// Asks for the file type and the offsets before every load and save. Sets FileCancelled and, on OK,
 // FileIsHex, BufferAddress and FileAddress in the shared state.
 class frmFileLoad : public Form {
     Q_OBJECT

@@ -1,7 +1,8 @@
 // Intel HEX, the 16-bit subset: data records and one end record.
 //
-// The text of a record, with positions counted from 1. A field past the end of the line is empty; a
-// tolerant field that is empty has the value 0.
+// The text of a record, with positions counted from 1. A field past the end of the line is empty.
+// Tolerant and strict hexadecimal are explained in app/hex_text.h; an empty field has the value 0
+// if it is tolerant.
 //
 //   1         start mark, ignored
 //   2-3       byte count, tolerant hexadecimal, 0..51
@@ -24,11 +25,12 @@ HexResult ReadHexText(const std::string& fileName, std::string text);
 // Loads cdia.FileName into BufferData. The whole file is read and checked first; only then are its
 // bytes stored, each at its address + BufferAddress. Bytes at addresses below FileAddress are not
 // stored. Bytes of BufferData for which the file has no data keep their values. On success, status
-// bar panel 4 then names the file and the hex view is reopened.
+// bar panel 4 names the file and the hex view is reopened.
 //
-// A wrong check byte or a missing end record shows a message box and leaves BufferData, status bar
-// and hex view unchanged. Every other failure throws platform::FileError. BufferData is then
-// unchanged, unless a byte would be past the end of the image: the bytes before it stay stored.
+// A wrong check byte or a missing end record shows a message box and leaves BufferData, the status
+// bar and the hex view unchanged. Every other failure throws platform::FileError. BufferData is
+// then unchanged, unless the failure is a byte past the end of the image: the bytes before it stay
+// stored.
 void OpenHexFile();
 
 // The first Size bytes of BufferData (Size of the selected device) in records of 16 bytes, followed
@@ -41,7 +43,7 @@ std::string HexFileText();
 // bar panel 4 names the file. Every failure throws platform::FileError.
 void SaveHexFile();
 
-// The type that frmFileLoad proposes: true (Intel HEX) if the name ends in "HEX" or "hex".
+// The file type that frmFileLoad proposes: true (Intel HEX) if the name ends in "HEX" or "hex".
 bool LooksLikeHexFile(const std::string& fileName);
 
 } // namespace modFunc

@@ -72,9 +72,9 @@ void DeviceRun::RunFunction(int code) {
     EndFunction();
 }
 
-// A late reply to an earlier function would be taken as the reply to this function's first frame,
-// and every later reply would be off by one: a Read would store the chip's bytes shifted by one
-// position and show "OK!".
+// A late reply to a frame of one function would be taken for the reply to the first frame of the
+// next function, and every later reply would be off by one: a Read would store the chip's bytes
+// shifted by one position and show "OK!".
 void DeviceRun::DropStaleBytes() {
     ReadReply();
 }

@@ -1,9 +1,9 @@
 // One run of a device function, from the press of Run to the last frame.
 //
 // The data of the function procedures belongs to the run, not to the window, because a successful
-// Read closes the window while the run continues. Each procedure returns normally on every outcome,
-// writes only to message line `MsgLine` and leaves the power-down to EndFunction, which is always
-// called afterwards.
+// Read closes the window while the run continues. Each function procedure returns normally on every
+// outcome, writes only to message line `MsgLine` and leaves the power-down to EndFunction, which is
+// always called afterwards.
 #pragma once
 
 #include <array>
@@ -44,10 +44,10 @@ public:
     DeviceRun(const DeviceRun&) = delete;
     DeviceRun& operator=(const DeviceRun&) = delete;
 
-    // Runs row `index` of listFunction on the selected device and returns after the last frame of
-    // the run and the pause that follows it. Call it once per object. Sends no frame if there is no
-    // such row, and does nothing at all while the link is in use. If an exception escapes, the
-    // power-down frames are sent before it is passed on.
+    // Runs row `index` of listFunction on the selected device and returns after the run's last
+    // frame and the pause that follows that frame. Call Run once per object. Sends no frame if
+    // there is no such row, and does nothing at all while the link is in use. If an exception
+    // escapes, the power-down frames are sent before it is passed on.
     void Run(int index);
 
 private:
@@ -77,7 +77,7 @@ private:
     // Runs the procedure of a function code, then EndFunction. Does nothing for Auto and for any
     // number that is not a function code.
     void RunFunction(int code);
-    void DropStaleBytes(); // called before a single function and each entry of Auto
+    void DropStaleBytes(); // called before a function outside Auto and before each entry of Auto
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();
@@ -93,20 +93,20 @@ private:
     void SetBlockAddress(std::int32_t address);
     std::int32_t BlockAddress() const { return AddrHigh * 256 + AddrLow; }
 
-    // The part that Read, Blank check and Verify share. Sets the supplies and the socket up, shows
-    // `openingText`, then reads the device block by block into RxBytes. Calls `take` after each
-    // block; `take` returns whether to continue. If all blocks were taken, appends "OK!" to the
-    // message line and returns true.
+    // The part that Read, Blank check and Verify share. Sets the supplies, sets up the socket,
+    // shows `openingText`, then reads the chip into RxBytes, one block at a time. Calls `take`
+    // after each block; `take` returns whether to continue. After the last block, appends "OK!" to
+    // the message line and returns true. After any failure, returns false.
     bool ReadBlocks(const std::string& openingText, const std::function<bool()>& take);
     // Byte ByteIndex of the block in RxBytes.
     std::uint8_t ReplyByte() const;
     // Compares the block in RxBytes byte by byte with the bytes that `expected` returns for
-    // ByteIndex. At the first difference the message line becomes `errorText` followed by the
-    // address, an Auto sequence stops, and the result is false.
+    // ByteIndex. At the first difference, sets the message line to `errorText` followed by the
+    // address, stops the Auto sequence, if any, and returns false.
     bool CompareBlock(const std::string& errorText, const std::function<std::uint8_t()>& expected);
 
-    // Writes the device in blocks or pages of `bytes` bytes. Stops at the first failure: the
-    // message line shows it, and the result is false.
+    // Writes the image to the chip in blocks or pages of `bytes` bytes. At the first failure, shows
+    // it in the message line and returns false.
     bool WriteBlocks(std::int32_t bytes);
     bool WriteBlock(std::int32_t bytes);
     bool WriteSucceeded();

@@ -5,8 +5,8 @@
 
 namespace modFunc {
 
-// Powers the socket down after every outcome. Its reads also discard replies that arrive late after
-// a failure.
+// Powers the socket down after every outcome. Reading the replies to these two frames also discards
+// replies that arrive late after a failure.
 void DeviceRun::EndFunction() {
     constexpr int restMs = 500;
     Exchange(SuppliesOffFrame(), 1);

@@ -38,7 +38,7 @@ void DeviceRun::EraseDevice() {
         state().RxExpected = 1;
         WaitReply();
         ReadReply();
-        // A third byte, if any, is left for the next exchange to read.
+        // Also waits for a third byte. If one arrives, it is left for the next exchange to read.
         WaitReply();
         break;
     }

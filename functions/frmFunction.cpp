@@ -147,5 +147,5 @@ void frmFunction::EnableClose(bool enabled) {
 
 void frmFunction::Close() {
     done(Accepted);
-    QApplication::setOverrideCursor(Qt::WaitCursor); // until the run's last frame
+    QApplication::setOverrideCursor(Qt::WaitCursor); // until the run has ended
 }

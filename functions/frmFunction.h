@@ -19,7 +19,7 @@ class frmFunction : public Form, private modFunc::RunWindow {
 public:
     explicit frmFunction(QWidget* owner);
 
-    void reject() override; // Escape and close requests press Close if it is enabled
+    void reject() override; // Escape and close requests press cmdClose if it is enabled
 
 protected:
     // A close request during a run is carried out after the run's last frame.

@@ -44,7 +44,7 @@ void DeviceRun::LockDevice() {
 
     SendAndWait(SocketFrame(family, family.Lock3), 1);
     WaitTimer(stepMs);
-    ReadReply(); // after the pause, so that the next exchange does not read a late reply
+    ReadReply(); // after the pause, so that a late reply is not left for the next exchange
     Exchange(LockFrame(family.Lock3), 1);
     WaitTimer(stepMs);
     AppendToLine("   OK!");

@@ -13,8 +13,8 @@ namespace modFunc {
 namespace {
 
 // A page that crosses a 256-byte boundary cannot be addressed, so the page size must divide 256. A
-// page of 256 bytes does not fit the one-byte page size of the frame. A last partial block or page
-// would not be written.
+// page size of 256 does not fit in the frame's one-byte field. A partial last block or page would
+// not be written, so Size must be a multiple of the block or page size.
 bool canBeWritten(const DeviceRec& device, WritePath path) {
     if (path == WritePath::Blocks)
         return device.Size % blockBytes == 0;
@@ -25,7 +25,7 @@ bool canBeWritten(const DeviceRec& device, WritePath path) {
 } // namespace
 
 // Writes the first Size bytes of the image (Size of the selected device) to the chip. No byte is
-// skipped and nothing is retried: the first failed block ends the function.
+// skipped and nothing is retried: the first block or page that fails ends the function.
 void DeviceRun::ProgramDevice() {
     constexpr int supplyMs = 500;
     constexpr int settleMs = 200;
@@ -84,7 +84,7 @@ bool DeviceRun::WriteBlock(std::int32_t bytes) {
     return WriteSucceeded();
 }
 
-// Checks the write status in RxBytes and shows a failure.
+// True if the write status in RxBytes reports success. Otherwise shows the failure.
 bool DeviceRun::WriteSucceeded() {
     constexpr std::uint8_t written = 'N';
     constexpr std::uint8_t failed = 'E';

@@ -21,7 +21,7 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     WaitTimer(settleMs);
     SetLine(openingText);
 
-    // A last partial block is not read. The divisor of the percentage is the size in blocks,
+    // A partial last block is not read. The divisor of the percentage is the size in blocks,
     // rounded to the nearest whole number.
     const std::int32_t size = selectedDevice().Size;
     const std::int32_t blocks = size / blockBytes;
@@ -36,7 +36,7 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
         }
         ReadReply();
         s.RxBytes = s.RxText;
-        if (s.RxBytes.size() < readReplyBytes) { // the line was lost after the count
+        if (s.RxBytes.size() < readReplyBytes) { // the line was lost after the bytes were counted
             CommunicationFailure();
             return false;
         }

@@ -5,7 +5,8 @@
 namespace modFunc {
 
 // Runs the entries of AutoList in order, each on its own message line; the sixth and all later ones
-// share the last line. A failure reported by the chip ends the sequence; a missing reply does not.
+// share the last line. A difference found by Blank or Verify ends the sequence, as does a write
+// status other than success; a missing or incomplete reply does not.
 void DeviceRun::RunAuto() {
     const State& s = state();
     for (AutoIndex = 1; AutoIndex <= s.AutoCount; ++AutoIndex) {

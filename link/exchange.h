@@ -11,7 +11,7 @@ namespace modFunc {
 
 inline constexpr int replyTimeoutMs = 1000;
 
-// Who exchanges frames with the programmer. Check LinkInUse() before becoming the user.
+// Who exchanges frames with the programmer. Check LinkInUse() before creating a LinkUse.
 enum class LinkUser { Nobody, Discovery, Run };
 LinkUser CurrentLinkUser();
 inline bool LinkInUse() {
@@ -28,19 +28,20 @@ public:
     LinkUse& operator=(const LinkUse&) = delete;
 };
 
-// Tick of totmr: sets TimedOut and stops the timer, so it fires only once.
+// Handles a tick of totmr: sets TimedOut and stops the timer, so that it ticks only once.
 void totmr_Timer();
 
 // Yields until at least RxExpected bytes are waiting at the port or replyTimeoutMs have passed
 // since the call. The bytes are not read; stale bytes count too. On return, if
 //   exactly RxExpected bytes are waiting: totmr is stopped;
-//   more are waiting: totmr still runs and will set TimedOut later unless it is started again;
+//   more are waiting: totmr still runs and will set TimedOut later unless it is restarted first;
 //   fewer are waiting: TimedOut is true.
-// If the last byte arrives in the same Yield as the tick, TimedOut stays true.
+// If the last byte arrives in the same Yield as the tick, TimedOut is true although all bytes are
+// waiting.
 void WaitReply();
 
-// Stores `frame` in TxFrame and sends it, stores `replyBytes` in RxExpected and waits for the
-// reply, which is not read.
+// Stores `frame` in TxFrame and sends it, stores `replyBytes` in RxExpected and waits for the reply
+// without reading it.
 void SendAndWait(Bytes frame, std::int16_t replyBytes);
 
 // Reads all bytes waiting at the port into RxText.
@@ -48,8 +49,8 @@ void ReadReply();
 // Appends all bytes waiting at the port to RxText.
 void ReadReplyTail();
 
-// SendAndWait, then ReadReply: for every frame after which the reply is read without checking for a
-// time-out first.
+// SendAndWait, then ReadReply: for every frame whose reply is read without first checking for a
+// time-out.
 void Exchange(Bytes frame, std::int16_t replyBytes);
 
 } // namespace modFunc

@@ -15,8 +15,8 @@ namespace {
 using platform::machine;
 using Icon = platform::MessageBox::Icon;
 
-// The bytes as UTF-8 text with one character for each byte. A byte from 80 (hexadecimal) up becomes
-// two bytes.
+// The bytes as UTF-8 text with one character for each byte. A byte of 80 (hexadecimal) or above
+// becomes two bytes.
 std::string characters(const Bytes& bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
@@ -68,7 +68,7 @@ void FindProgrammer() {
 
     const bool complete = m.cm.InBufferCount() == identifyReplyBytes;
     if (complete)
-        s.RxText = m.cm.Input(); // after the count, the line may fail or another byte may arrive
+        s.RxText = m.cm.Input(); // the line may have failed, or more bytes arrived, since the count
     if (complete && s.RxText.size() >= identifyReplyBytes) {
         s.RxBytes.assign(s.RxText.begin(), s.RxText.begin() + identifyReplyBytes);
         m.msgBox.Show("Device Found!", "Firmware: " + characters(s.RxBytes), Icon::Information);

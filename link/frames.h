@@ -1,5 +1,5 @@
-// The frames of the wire protocol. Each function takes the values of one kind of frame and returns
-// the whole frame.
+// The frames of the wire protocol. Each function takes the values that one kind of frame contains
+// and returns the whole frame.
 //
 // The layout of a frame from the program to the programmer. Multi-byte fields have the most
 // significant byte first.
@@ -7,13 +7,13 @@
 //   offset  size        field       meaning
 //   0       4           Length      number of bytes after this field, including the command code
 //   4       1           Command     command code, an ASCII letter
-//   5       Length - 1  Parameters  listed at each function, from offset 5 on
+//   5       Length - 1  Parameters  listed with their offsets at each function
 //
 // Parameters named after a field of FamilyRec or FamilyGroup are copied unchanged from the device's
 // family row (app/family_table.h). No byte is escaped, and frames have no checksum.
 //
-// A reply has no framing; its length is given at each function. For the order of frames, time-outs
-// and examples, see docs/protocol.md.
+// A reply has no framing; its length is given at each function. For time-outs, examples and the
+// order of frames, see docs/protocol.md.
 #pragma once
 
 #include "app/family_table.h"
@@ -24,8 +24,10 @@
 
 namespace modFunc {
 
-inline constexpr int blockBytes = 256;       // of every "R", and of "D" and "W" in block form
-inline constexpr int largestPageBytes = 128; // of "D" and "W" in page form
+// Number of bytes that an "R" reads and that, in block form, a "D" loads and a "W" writes.
+inline constexpr int blockBytes = 256;
+// Maximum number of bytes that a "D" loads and a "W" writes in page form.
+inline constexpr int largestPageBytes = 128;
 inline constexpr int identifyReplyBytes = 12;
 inline constexpr int readReplyBytes = 260;
 inline constexpr int readReplyHeaderBytes = 4; // ignored; they precede the 256 data bytes
@@ -80,7 +82,7 @@ Bytes DataFrame(std::span<const std::uint8_t> data);
 // `address` is the first address, 0..65280, a multiple of 256.
 Bytes WriteBlockFrame(const FamilyRec& family, std::int32_t address);
 
-// "W": write the page loaded by the last "D". As the block form, except for these parameters:
+// "W": write the page loaded by the last "D". Has the parameters of the block form, except:
 //   6   first address, low byte
 //   8   last address, low byte
 //   11  bytes per page
@@ -98,7 +100,7 @@ Bytes ReadBlockFrame(const FamilyRec& family, std::int32_t address);
 
 // "E": erase. Reply: 1 byte; if a chip code is sent, a second byte follows when the chip has been
 // erased.
-//   5  ChipCode, or 00 for a pulse (ErasePath in app/family_traits.h)
+//   5  ChipCode, or 00 for a pulse (see ErasePath in app/family_traits.h)
 Bytes EraseFrame(std::uint8_t chipCode);
 
 // "L": one lock step. Reply: 1 byte.

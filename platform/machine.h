@@ -42,10 +42,11 @@ struct SerialPort {
     // at most 32767.
     virtual std::int16_t InBufferCount() = 0;
     // Removes and returns all received bytes; the result is empty if no bytes have been received.
-    // Stops at about 32767 bytes if they keep arriving.
+    // If bytes keep arriving, stops after about 32767 bytes.
     virtual Bytes Input() = 0;
 
-    // Sets the power-down frames to send if the process crashes. Empty: no frames.
+    // Sets the power-down frames to send if the process crashes. If `frames` is empty, nothing is
+    // sent.
     virtual void setCrashFrames(const Bytes& frames) = 0;
 };
 
@@ -105,7 +106,7 @@ struct Machine {
     FileDialog& cdia;
 };
 
-// The machine in use. machine() may only be called after useMachine().
+// The machine in use. machine() may be called only after useMachine().
 Machine& machine();
 void useMachine(Machine* inUse);
 

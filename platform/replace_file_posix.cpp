@@ -28,9 +28,9 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
 // is no temporary file.
 std::atomic<const char*> temporaryName = nullptr;
 
-// The file that receives the new contents: a temporary file in the folder of the target, removed
-// unless it has been renamed over the target. If no file can be created in that folder, the target
-// itself.
+// The file that receives the new contents. This is a temporary file in the folder of the target or,
+// if no file can be created there, the target itself. The temporary file is removed unless it has
+// been renamed over the target.
 class Replacement {
 public:
     explicit Replacement(const std::filesystem::path& target)
@@ -119,11 +119,11 @@ private:
     }
 
     std::string target_;
-    std::string name_; // of the temporary file; empty if not created or after the rename
+    std::string name_; // of the temporary file; empty if there is none or it has been renamed
     int descriptor_ = -1;
 };
 
-// The file that a chain of symbolic links leads to, whether it exists or not.
+// The file that a chain of symbolic links leads to; the file need not exist.
 std::filesystem::path linkedTarget(std::filesystem::path path) {
     constexpr int maxLinks = 40;
     std::error_code none;

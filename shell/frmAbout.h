@@ -4,7 +4,8 @@
 
 class QPushButton;
 
-// The splash window at the start, without a button, and the About window, with an OK button.
+// The splash window, which is shown when the program starts and has no button, and the About
+// window, which has an OK button.
 class frmAbout : public Form {
     Q_OBJECT
 

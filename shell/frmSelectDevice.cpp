@@ -58,7 +58,7 @@ frmSelectDevice::frmSelectDevice(QWidget* owner)
     connectHandlers();
 }
 
-// The socket and the chip outlines. A chip of any length is at the lower end of the socket.
+// The socket and the chip outlines. Chips of all lengths are at the lower end of the socket.
 void frmSelectDevice::addSocket() {
     const QColor blue(0, 0, 255);
     constexpr TwipsRect stroke{3563, 2040, 75, 120}; // five pixels wide, centred at 3600 twips

@@ -76,7 +76,7 @@ mdiMain::mdiMain(QtMachine& machine) : machine_(machine), area_(new QMdiArea(thi
     setCentralWidget(area_);
     addMenus();
     addStatusBar();
-    // The given size is that of the client area, below the menu bar.
+    // 11070 x 6900 twips is the size of the client area, below the menu bar.
     resize(pixels(11070), pixels(6900) + menuBar()->sizeHint().height());
     new InputBlock(this, LinkInUse);
     connectHandlers();
@@ -167,7 +167,8 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
-    // Assistive programs trigger an action without input events, so InputBlock cannot prevent that.
+    // Each action checks LinkInUse(), because assistive programs trigger actions without input
+    // events, which InputBlock could discard.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
                 [this, handler] {
@@ -220,8 +221,8 @@ void mdiMain::closeEvent(QCloseEvent* event) {
     QCoreApplication::exit(0);
 }
 
-// A failure ends the command without a message. The headers of the loaders and savers describe what
-// a failure leaves.
+// An exception ends the command without a message. What is unchanged after a failure is documented
+// in files/hex_file.h and files/binary_file.h.
 void mdiMain::transferFile(bool (platform::FileDialog::*ask)(), void (*hex)(), void (*binary)()) {
     try {
         if (!(machine_.cdia.*ask)())
@@ -271,8 +272,8 @@ void mdiMain::DeviceSelect_Click() {
         delete bufferWindow_;
 }
 
-// When exec() returns, a run started in the dialog has ended, even if its window was closed
-// earlier.
+// When exec() returns, any run started in the dialog has ended, even if the dialog closed during
+// the run.
 void mdiMain::DeviceFunction_Click() {
     frmFunction(this).exec();
     closeIfRequested();
@@ -288,8 +289,9 @@ void mdiMain::OptionsEditAuto_Click() {
     frmEditAuto(this).exec();
 }
 
-// Discovery follows even after Cancel: this is the only way to find a programmer that is plugged in
-// later. Discovery begins before exec() returns, so that no close request is handled in between.
+// Discovery follows even after Cancel: the Settings window is the only way to find a programmer
+// that is plugged in after start-up. Discovery begins before exec() returns, so that no close
+// request is handled in between.
 void mdiMain::OptionsSettings_Click() {
     frmSettings settings(this);
     connect(&settings, &QDialog::finished, FindProgrammer);

@@ -10,7 +10,7 @@ namespace simbox {
 // How the memory cells of a chip behave. The class byte of the last socket set-up selects the kind.
 enum class CellKind {
     Flash,    // programming can only clear bits; erase sets every byte to FF; can be locked
-    PageWrite // every write replaces the byte; neither erase nor lock
+    PageWrite // every write replaces the byte; there is no erase and no lock
 };
 
 // The chip in the socket: 64 KiB of memory and a lock. This class depends on neither frames nor
@@ -27,10 +27,10 @@ public:
     const std::array<std::uint8_t, sizeBytes>& memory() const { return memory_; }
     bool locked() const { return locked_; }
 
-    // Increases whenever memory or lock is written.
+    // Increases whenever the memory or the lock is written.
     std::uint64_t revision() const { return revision_; }
 
-    // These change the chip directly, whatever the cell kind and the lock.
+    // The next four functions change the chip directly, regardless of the cell kind and the lock.
     void Set(std::uint16_t address, std::uint8_t value);
     void Fill(std::uint8_t value);
     // Stores `bytes` from address 0 upward; the rest is unchanged. Bytes after the first sizeBytes
@@ -41,7 +41,7 @@ public:
     // What the programmer reads: the cell, or 00 from a locked flash chip.
     std::uint8_t Read(std::uint16_t address, CellKind kind) const;
     // Programs one cell. Returns true if the cell then contains `data`. Returns false if `data` has
-    // a bit set that only an erase can set, or if a flash chip is locked; a locked cell is
+    // a bit set that only an erase can set, or if the chip is a locked flash chip, whose cells stay
     // unchanged.
     bool Write(std::uint16_t address, std::uint8_t data, CellKind kind);
     // Sets every byte to FF and unlocks the chip.

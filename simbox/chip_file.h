@@ -20,8 +20,8 @@ public:
     // True if the chip has been written since the last Save.
     bool outdated() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
-    // If outdated, writes all 64 KiB to a temporary file in the same folder and renames it over
-    // the file, so that a reader always finds the complete contents of the chip. Also creates or
+    // If outdated, writes all 64 KiB to a temporary file in the same folder and renames that file
+    // to `path`, so that a reader always finds the complete contents of the chip. Also creates or
     // removes the lock file. Throws an exception that names the file and the cause.
     void Save();
 

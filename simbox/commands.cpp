@@ -56,7 +56,7 @@ Reply Commands::Run(const Frame& frame) {
     return {{acknowledge}, "acknowledge"};
 }
 
-// Missing parameters count as 0 here.
+// Parameters that the frame does not have count as 0 here.
 //
 //   index  0 1            2 3           4          5             6
 //   "W"    first address  last address  chip code  write option  write mode or page size
@@ -96,7 +96,7 @@ void Commands::check(char commandCode, Parameters parameters) const {
 
 void Commands::setSupplies(Parameters p) {
     powered_ = std::any_of(p.begin(), p.end(), [](std::uint8_t value) { return value != 0; });
-    held_.clear(); // a function that failed turns the supplies off; its data is not needed
+    held_.clear(); // a failed function turns the supplies off, and its data is no longer needed
     lockSteps_ = 0;
 }
 

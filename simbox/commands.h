@@ -40,8 +40,8 @@ struct ProtocolError : std::runtime_error {
 // Executes frames. Keeps the state of the supplies and the socket, the data held for the next
 // write, and the chip. Does not deal with the line or with time.
 //
-// The class byte of the last socket set-up selects the class: 1, 2 and 4 are flash, 3 is a page
-// device.
+// The class byte of the last socket set-up selects the class of the chip: classes 1, 2 and 4 are
+// flash, class 3 is a page device.
 class Commands {
 public:
     explicit Commands(const Options& options);
@@ -51,7 +51,7 @@ public:
     Reply Run(const Frame& frame);
 
     Chip& chip() { return chip_; }
-    // True if a parameter of the last "V" was not zero.
+    // True if any parameter of the last "V" was not zero.
     bool powered() const { return powered_; }
     bool socketReleased() const { return setUp_ == SetUp::None; }
 

@@ -15,12 +15,12 @@ namespace simbox {
 // reply that a fault could change.
 enum class FaultKind {
     Silent,       // no reply to the frame, which is still executed
-    SilentFrom,   // as Silent, for that frame and every later one
+    SilentFrom,   // like Silent, but for that frame and every later one
     Short,        // reply truncated to `count` bytes (0: silence) [count]
     Long,         // `count` extra bytes EE after the reply [count]
     Late,         // the reply starts `delayUs` later [delayUs]
     Split,        // `count` bytes in time, the rest `delayUs` later [count, delayUs]
-    Double,       // the whole reply twice, end to end
+    Double,       // the whole reply twice, without a gap
     Chatter,      // `count` unrequested bytes EE, `delayUs` after the reply [count, delayUs]
     Status,       // `bytes` instead of the reply, whatever the frame did [bytes]
     Identify,     // the reply has `count` bytes: truncated, or padded with EE [count]
@@ -31,9 +31,9 @@ enum class FaultKind {
 
 struct Fault {
     FaultKind kind = FaultKind::Silent;
-    // Selects the frame. `number` counts whole frames from 1, rejected ones included: all frames if
-    // commandCode is 0, otherwise those with this command code. Number 0 selects every frame that
-    // would be counted.
+    // Selects the frame. `number` counts complete frames from 1, including rejected ones: all
+    // frames if commandCode is 0, otherwise only frames with this command code. Number 0 selects
+    // every frame that would be counted.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes

@@ -23,10 +23,10 @@ namespace simbox {
 // is also a protocol error and is dropped one second after its first byte. Any byte sequence may be
 // sent safely.
 //
-// Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes and
-// a shorter last one. Each portion arrives when its last byte has been transmitted. The two parts
-// of a reply with a gap are divided into portions separately. When the cable is pulled, the
-// incomplete portion is lost.
+// Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes,
+// the last of which may be shorter. Each portion arrives when its last byte has been transmitted.
+// The two parts of a reply with a gap are divided into portions separately. When the cable is
+// pulled, the incomplete portion is lost.
 class Programmer {
 public:
     explicit Programmer(const Options& options = {});
@@ -37,8 +37,8 @@ public:
     void Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes);
 
     // The time of the next event: a portion of a reply arrives, a frame is complete, or an
-    // incomplete frame is dropped. May be in the past. nullopt if nothing happens without further
-    // bytes.
+    // incomplete frame is dropped. May be in the past. nullopt if nothing will happen until more
+    // bytes are received.
     std::optional<std::int64_t> nextEventUs() const;
 
     // Advances time to `nowUs` and returns the reply bytes due by then, in order and each only
@@ -51,7 +51,7 @@ public:
     bool cablePulled() const { return pulled_; }
 
     const std::vector<std::string>& protocolErrors() const { return protocolErrors_; }
-    // Every whole frame in order of arrival, including rejected frames.
+    // Every complete frame in order of arrival, including rejected frames.
     const std::vector<Frame>& frames() const { return frames_; }
 
     // Replaces the faults that select a frame. Replies already being sent are unchanged.
@@ -62,8 +62,8 @@ public:
     bool socketReleased() const { return commands_.socketReleased(); }
 
     // `sink` gets one line, without line end, for each frame, each part of a reply and each
-    // protocol error. The line of a part is passed on when `Take` returns its first portion. If the
-    // function is empty, there is no trace.
+    // protocol error. The line of a part is passed on when `Take` returns its first portion. If
+    // `sink` is empty, there is no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:
@@ -84,7 +84,8 @@ private:
     void finishFrame(std::int64_t timeUs);
     void pull(std::int64_t timeUs);
     void queueReply(std::int64_t timeUs, const Reply& reply);
-    // Queues bytes that follow each other without a gap and returns the time of the last byte.
+    // Queues bytes that follow each other without a gap and returns the time at which the last byte
+    // arrives.
     std::int64_t queuePart(std::int64_t readyUs, std::span<const std::uint8_t> bytes,
                            const std::string& meaning);
     void reportError(std::int64_t timeUs, const std::string& text);

@@ -16,7 +16,7 @@ public:
     // Opens the terminal and makes `linkPath` (empty: no link) a symbolic link to it. An existing
     // symbolic link is replaced. Throws std::runtime_error with the cause on failure, or if
     // `linkPath` exists and is not a symbolic link. Create only one Terminal per process, because
-    // it handles SIGTERM, SIGINT and SIGHUP.
+    // the class handles SIGTERM, SIGINT and SIGHUP.
     explicit Terminal(std::string linkPath);
     // Removes the link if it still points to this terminal, then hangs up.
     ~Terminal();
@@ -27,7 +27,7 @@ public:
     const std::string& path() const { return path_; }
 
     // Sleeps until bytes have arrived, `timeoutUs` (microseconds; nullopt: no limit) has passed, or
-    // one of the three signals has arrived. Returns the bytes that have arrived, at most 4096; the
+    // SIGTERM, SIGINT or SIGHUP has arrived. Returns the bytes that have arrived, at most 4096; the
     // result may be empty.
     std::vector<std::uint8_t> Wait(std::optional<std::int64_t> timeoutUs);
 
@@ -35,7 +35,7 @@ public:
     // any line without flow control.
     void Write(std::span<const std::uint8_t> bytes);
 
-    // True if one of the three signals has arrived.
+    // True if SIGTERM, SIGINT or SIGHUP has arrived.
     static bool StopRequested();
 
 private:

@@ -8,7 +8,7 @@ namespace simbox {
 
 namespace {
 
-// A frame has a length from `minLength` to `maxLength`, or `otherLength`.
+// The length field of a frame is from `minLength` to `maxLength`, or `otherLength`.
 struct Form {
     char commandCode;
     std::size_t minLength;
@@ -85,7 +85,7 @@ std::string DescribeFrame(std::span<const std::uint8_t> frameBytes) {
     const char commandCode = static_cast<char>(content[0]);
     const auto p = content.subspan(1);
     const auto number = [p](std::size_t index) { return std::to_string(p[index]); };
-    const auto addressRange = [p] { // four parameters: first and last address, high byte first
+    const auto addressRange = [p] { // first and last address, two bytes each, high byte first
         return HexText(p[0], 2) + HexText(p[1], 2) + "-" + HexText(p[2], 2) + HexText(p[3], 2);
     };
     switch (commandCode) {

@@ -21,12 +21,12 @@ struct Frame {
 };
 
 constexpr std::size_t lengthFieldBytes = 4;
-// Maximum value of the length field. A greater value means that the programmer has lost the
-// beginning of a frame.
+// Maximum value of the length field. A greater value means that the programmer no longer knows
+// where a frame begins.
 constexpr std::uint32_t maxLength = 65536;
 
-// The value of the length field of a frame. `frameBytes` must contain at least the first four
-// bytes.
+// The value of a frame's length field. `frameBytes` must contain at least the first four bytes of
+// the frame.
 std::uint32_t LengthOf(std::span<const std::uint8_t> frameBytes);
 
 bool KnownCommand(char commandCode);
@@ -53,7 +53,7 @@ private:
 std::string HexText(std::size_t value, int digits);
 
 // A frame's meaning in words, for example "set supplies 12 0 50". "malformed" if the command code
-// is unknown or the length is wrong for it.
+// is unknown or the length is wrong for this command code.
 std::string DescribeFrame(std::span<const std::uint8_t> frameBytes);
 
 // A line such as "0.001234 > 00 00 00 01 49  identify": seconds, direction, bytes, meaning. If

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int reportIntervalMs = 250;
 
-// Draws nothing. Each time it is shown, a screen reader says its name.
+// Draws nothing. Each time it is shown, a screen reader says its accessible name.
 class Notification : public QWidget, public OwnAccessible {
 public:
     explicit Notification(QWidget* window) : QWidget(window) {

@@ -1,4 +1,4 @@
-// Accessible interfaces for widgets where Qt's own are missing or wrong.
+// Accessible interfaces for widgets whose interfaces from Qt are missing or wrong.
 #pragma once
 
 #include <QTimer>
@@ -12,9 +12,9 @@ struct OwnAccessible {
     virtual QAccessibleInterface* makeAccessible() = 0; // Qt deletes the result
 };
 
-// Makes Qt use OwnAccessible. Also makes the text of a label in a frame its accessible name:
-// otherwise Qt would use the title of the frame if the label is empty. Call once, before the first
-// window.
+// Makes Qt use OwnAccessible. Also makes the text of a label in a frame the label's accessible
+// name: for an empty label, Qt would otherwise use the title of the frame. Call once, before the
+// first window is created.
 void useOwnAccessibles();
 
 // Makes a screen reader say `text`, whichever window has the focus. No effect if `window` is null

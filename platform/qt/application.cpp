@@ -23,7 +23,7 @@ Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     useOwnAccessibles();
     QDBusConnection::systemBus(); // connecting blocks, so it must not happen during a run
     // Qt's file dialog would store its last folder, but this program keeps state only in its own
-    // files. No file can be created below this path, and QSettings ignores the failure.
+    // files. No file can be created below /dev/null, and QSettings ignores the failure.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
 

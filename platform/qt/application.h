@@ -13,7 +13,7 @@ public:
     // the program with status 1.
     bool notify(QObject* receiver, QEvent* event) override;
 
-    // Shows the cause of the exception being handled in a critical message box; returns the exit
-    // status. Call only in a catch clause.
+    // Shows a critical message box with the cause of the exception being handled and returns the
+    // exit status. Call only in a catch clause.
     static int reportError();
 };

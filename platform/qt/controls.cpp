@@ -79,7 +79,7 @@ QWidget* addRectangle(QWidget* parent, const char* name, const QColor& colour,
 }
 
 void showText(QLabel* label, const QString& text) {
-    // Fit each text from the label's original font, not from the font fitted to the previous text.
+    // Start from the label's original font, not from the font fitted to the label's previous text.
     constexpr char ownFont[] = "ownFont";
     if (!label->property(ownFont).isValid())
         label->setProperty(ownFont, label->font());

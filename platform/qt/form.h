@@ -3,7 +3,7 @@
 #include <QDialog>
 
 // Minimum width in pixels at which a title is readable in full in the title bar that Qt itself
-// draws on Wayland; 0 elsewhere.
+// draws on Wayland; 0 if the platform is not Wayland.
 int minTitleBarWidth(const QString& title);
 
 // Asks the desktop to draw attention to this program (by a flashing taskbar entry, for instance)
@@ -18,8 +18,8 @@ public:
     // A window without a frame ignores requests to close; Escape calls reject() in every window.
     enum class Frame { TitleAndCloseBox, Title, None };
 
-    // `width` and `height` are those of the client area in twips; on Wayland the window is widened
-    // if its title needs it.
+    // `width` and `height` are those of the client area in twips; on Wayland the window is wider if
+    // its title needs more space.
     Form(QWidget* owner, const char* name, const QString& caption, int width, int height,
          Frame frame);
 

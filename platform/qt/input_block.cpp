@@ -37,8 +37,8 @@ InputBlock::InputBlock(QWidget* window, std::function<bool()> blocked)
     qApp->installEventFilter(this);
 }
 
-// True for the window and the widgets in it, but not for those in other windows that it owns. False
-// for menu actions: mdiMain checks LinkInUse for them.
+// True for the window and the widgets in it, but not for widgets in other windows that this window
+// owns. False for menu actions: mdiMain checks LinkInUse for them.
 bool InputBlock::isInside(const QObject* object) const {
     for (; object; object = object->parent()) {
         if (object == window_)

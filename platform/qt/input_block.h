@@ -6,7 +6,7 @@
 #include <functional>
 
 // Discards user input to a window and everything inside it while `blocked` returns true, without
-// greying anything. Other windows, message boxes in particular, stay usable.
+// greying out any control. Other windows, message boxes in particular, stay usable.
 class InputBlock : public QObject {
     Q_OBJECT
 

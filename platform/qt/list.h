@@ -12,6 +12,6 @@ class QWidget;
 // with a button other than the left one is handled as two single presses.
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const TwipsRect& rect);
-// The highlighted row, from 0; -1 if no row is highlighted. A row that only has the keyboard focus
-// is not highlighted.
+// The highlighted row, counted from 0; -1 if no row is highlighted. A row that only has the
+// keyboard focus is not highlighted.
 int highlightedRow(const QListWidget* list);

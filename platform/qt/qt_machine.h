@@ -44,10 +44,11 @@ private:
     bool show(bool saving);
 };
 
-// All of the above and the serial port in one object. While it exists, it is the machine in use.
+// All of the above and the serial port in one object. While this object exists, it is the machine
+// in use.
 class QtMachine {
 public:
-    // `dataFolder` is the folder that is searched for the links com<n> to ports.
+    // `dataFolder` is the folder in which symbolic links to ports, named com<n>, are looked up.
     explicit QtMachine(std::string dataFolder);
     QtMachine(const QtMachine&) = delete;
     QtMachine& operator=(const QtMachine&) = delete;

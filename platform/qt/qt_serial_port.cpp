@@ -29,7 +29,8 @@ struct QtSerialPort::Line {
 
 // After a hang-up, QSerialPort keeps the port open and its read notifier fires endlessly: with a
 // read error each time in Qt 6.4, without any signal in Qt 6.8. Our own notifier detects the
-// hang-up in both versions. A queued call closes the port outside the handlers of all notifiers.
+// hang-up in both versions. The port is closed by a queued call, so that it is never closed inside
+// a notifier's handler.
 void QtSerialPort::Line::watchForHangUp() {
     hangUp = std::make_unique<QSocketNotifier>(port.handle(), QSocketNotifier::Exception);
     QObject::connect(
@@ -46,7 +47,7 @@ void QtSerialPort::Line::close() {
         return;
     GuardPort(-1);
     hangUp.reset();
-    port.clear(QSerialPort::Input); // otherwise the next opener would receive the unread bytes
+    port.clear(QSerialPort::Input); // otherwise the next program would receive the unread bytes
     port.close();
 }
 

@@ -14,9 +14,9 @@ public:
     explicit QtSerialPort(std::function<std::string(int)> portName);
     ~QtSerialPort() override;
 
-    // Call each of the next three once, before the first Open(). setSettings() accepts only
-    // "57600,N,8,1". setRThreshold() accepts only 0, because the port is polled and has no receive
-    // events. Binary is the only mode of QSerialPort.
+    // Call each of the next three functions once, before the first Open(). setSettings() accepts
+    // only "57600,N,8,1". setRThreshold() accepts only 0, because the port is polled and has no
+    // receive events. Binary is the only mode of QSerialPort.
     void setSettings(const std::string& settings);
     void setRThreshold(int bytes);
     void setInputModeBinary() {}

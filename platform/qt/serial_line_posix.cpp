@@ -69,8 +69,9 @@ std::string lockFileOf(const std::string& path) {
 }
 
 // A lock file begins with a process ID. Most programs write nothing else, some append their own
-// name and the user's name, and QSerialPort writes its program's name on the next line. An ID
-// without a name may be that of any program, so the lock counts as long as a process has that ID.
+// name and the user's name, and QSerialPort writes the name of the program that uses it on the next
+// line. An ID without a name may be that of any program, so the lock is respected as long as a
+// process has that ID.
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
     constexpr off_t maxBytes = 1024;
@@ -95,7 +96,7 @@ std::string lockedByAnother(const std::string& path) {
     if (holder != getpid() && isRunning(holder) && sameProgram)
         return "process " + std::to_string(holder) + (names.empty() ? "" : " (" + names[0] + ")") +
                " has locked it with the lock file " + file + ".";
-    unlink(file.c_str()); // QSerialPort would respect some lock files for half a minute
+    unlink(file.c_str()); // QSerialPort would respect some stale lock files for half a minute
     return {};
 }
 
@@ -117,7 +118,8 @@ std::string whyNotOpened(const std::string& path, const std::string& otherwise) 
     close(descriptor);
     if (!terminal)
         return "it is not a serial port.";
-    // The device itself can be opened, so the cause is a lock file that could not be removed.
+    // The device itself can be opened, so a lock file, if there is one, is the cause: it could not
+    // be removed.
     const std::string lockFile = lockFileOf(path);
     if (lockFile.empty())
         return otherwise;

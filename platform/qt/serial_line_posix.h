@@ -3,21 +3,21 @@
 
 #include <string>
 
-// The path of the lock file, of whatever file type, by which programs reserve the port `path`;
-// empty if there is no lock file.
+// The path of the lock file by which programs reserve the port `path`, even if it is not a regular
+// file; empty if there is no lock file.
 std::string lockFileOf(const std::string& path);
 
-// Describes, for the user, the lock file that bars the port `path`; empty if no lock file does. A
-// lock file bars the port while a process other than this one has the ID in the file and, if the
-// file names a program, that name. A lock file that cannot be read or is not a small regular file
-// also bars it. Any other lock file that contains a process ID is removed. Call before opening the
-// port: QSerialPort waits forever if the lock file is a pipe, and removes a lock file older than
-// half a minute even if its owner is running.
+// A description, for the user, of the lock file that bars the port `path`; empty if no lock file
+// bars the port. A lock file bars the port while a process other than this one has the process ID
+// in the file and, if the file also contains a program name, has that name. A lock file that cannot
+// be read or is not a small regular file also bars the port. Any other lock file that contains a
+// process ID is removed. Call before opening the port: QSerialPort waits forever if the lock file
+// is a pipe, and removes a lock file older than half a minute even if its owner is running.
 std::string lockedByAnother(const std::string& path);
 
-// Why the port `path` could not be opened, in sentences for the user: there is no device, it is not
-// a serial port, the user is not in its group, another program uses it, or a lock file bars it.
-// Returns `otherwise` for any other cause.
+// Why the port `path` could not be opened, in sentences for the user: the device does not exist or
+// is not a serial port, the user is not a member of the group that owns it, another program is
+// using it, or a lock file bars it. Returns `otherwise` for any other cause.
 std::string whyNotOpened(const std::string& path, const std::string& otherwise);
 
 // Number of bytes in the system's receive queue; 0 on error.

@@ -2,9 +2,9 @@
 
 #include <QDBusPendingCall>
 
-// During its lifetime, asks the session manager (logind) not to suspend the computer or treat it as
-// idle. Does not wait for the reply; no effect without a session manager. Requires Application,
-// which opens the D-Bus connection.
+// Asks the session manager (logind) not to suspend the computer or treat it as idle while this
+// object exists. Does not wait for the reply. Without a session manager, this class has no effect.
+// Requires Application, which opens the D-Bus connection.
 class StayAwake {
 public:
     explicit StayAwake(const QString& why);

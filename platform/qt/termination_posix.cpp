@@ -86,8 +86,9 @@ void giveCrashesAStack() {
 
 } // namespace
 
-// Replaces the C library's _exit(), also for calls from libraries: when the compositor is lost,
-// Qt's Wayland plugin calls _exit(), which runs no exit handlers. Child processes do not clean up.
+// Replaces the C library's _exit(), even where a library calls it: when the compositor is lost,
+// Qt's Wayland plugin calls _exit(), which runs no exit handlers. In a child process, _exit() does
+// not clean up.
 extern "C" void _exit(int status) { // NOLINT(bugprone-reserved-identifier)
     if (getpid() == handledProcess)
         cleanUp();
@@ -145,7 +146,8 @@ void SetCrashFrames(const char* bytes, int count) {
     crashFrames = bytes;
 }
 
-// Cleared last: a signal in between sends the frames twice rather than never.
+// The frames are cleared after they are sent: a signal that arrives between these steps sends them
+// twice, which is better than not at all.
 void SendCrashFrames() {
     const char* const frames = crashFrames;
     if (frames && guardedDescriptor >= 0) {

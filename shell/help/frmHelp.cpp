@@ -35,5 +35,5 @@ void frmHelp::Form_Load() {
     } catch (const platform::FileError& error) {
         rtb->setPlainText(QString::fromUtf8(error.what()));
     }
-    rtb->moveCursor(QTextCursor::Start); // inserting text moved it to the end
+    rtb->moveCursor(QTextCursor::Start); // inserting text moved the cursor to the end
 }

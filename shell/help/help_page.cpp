@@ -27,14 +27,14 @@ constexpr qint64 shownPixelsPerUnit = 8; // these take memory, too
 constexpr qint64 heightPerUnit = 3;
 
 constexpr qint64 maxPicturePixels = 4'000'000;
-constexpr int maxTableCells = 1000; // the larger a table, the longer each of its cells takes
+constexpr int maxTableCells = 1000; // each cell of a larger table takes longer to lay out
 constexpr QSize maxPictureSize = {600, 2000};
 
 qint64 area(QSize size) {
     return qint64{size.width()} * size.height();
 }
 
-// Upper bound of the cost: in a table each character may get a line of its own.
+// An upper bound of the cost: in a table, each character may get a line of its own.
 qint64 costOf(const QString& text, qint64 height, bool inTable) {
     const qint64 ownLine = height / 2;
     const qint64 sharedLine = height * height / 280;
@@ -149,7 +149,7 @@ void HelpPage::End(Part part, const QTextBlockFormat& format, const QTextCharFor
         rowOpen_ = cellOpen_ = false;
 }
 
-// All rows of a table have the same number of columns, so a row with a different number begins a
+// All rows of a Qt table have the same number of columns, so a row with a different number begins a
 // new table.
 void HelpPage::openRow() {
     const int columns = std::max(int(row.cells.size()), 1);

@@ -1,4 +1,4 @@
-// Writes a text document from its beginning to its end.
+// Builds a text document from its beginning to its end.
 #pragma once
 
 #include <QColor>
@@ -31,7 +31,7 @@ public:
     // AddText and AddPicture begin a paragraph if no paragraph is open: in a table cell if
     // `inTable` is true, otherwise outside tables.
     void AddText(const QString& text, const QTextCharFormat& format, bool inTable);
-    // `bytes` is a PNG or JPEG file. A picture that is damaged or of another kind is left out.
+    // `bytes` is a PNG or JPEG file. A picture that is damaged or in another format is left out.
     // `size` is in device-independent pixels; if it is empty, the picture's own size is used.
     void AddPicture(const QByteArray& bytes, QSize size, bool inTable);
     // Ends the paragraph. An empty paragraph is kept and has the height of the font of `end`.
@@ -52,8 +52,8 @@ private:
 
     QTextCursor cursor_;
     double pixelRatio_;
-    qint64 room_;             // below 0 once something was left out
-    bool begun_ = false;      // a paragraph has begun and not ended
+    qint64 room_;             // below 0 once something has been left out
+    bool begun_ = false;      // a paragraph has begun but not ended
     bool blockUnused_ = true; // the block at the cursor contains no paragraph
 
     QTextTable* table_ = nullptr; // null outside of tables

@@ -38,8 +38,8 @@ char16_t symbol(int byte) {
     return found < bytes.size() ? symbols[found] : codePage1252(byte);
 }
 
-// False for control characters and characters that QTextDocument reserves. Also false for scripts
-// for which Qt prints a warning about each font that cannot shape them.
+// False for control characters and characters that QTextDocument reserves. Also false for
+// characters of those scripts for which Qt prints a warning about each font that cannot shape them.
 bool isShown(char32_t code) {
     const QChar::Script script = QChar::script(code);
     const bool needsShaping = (script >= QChar::Script_Syriac && script <= QChar::Script_Sinhala) ||
@@ -215,7 +215,7 @@ void RichTextReader::addPicture() {
     page_.AddPicture(QByteArray::fromHex(picture.digits), size, group().paragraph.inTable);
 }
 
-// A font that is not installed is replaced by a font of the other windows.
+// A font that is not installed is replaced by a font that the other windows use.
 QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     static const QString sans = sansFont(points12).family();
     static const QString fixed = fixedFont(points12).family();
@@ -231,8 +231,8 @@ QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     return format;
 }
 
-// The file measures tab stops from the page's edge, Qt from the beginning of the line. A hanging
-// indent implies a tab stop at the left margin, and lists rely on that tab stop.
+// The file measures tab stops from the page's left edge, Qt from the beginning of the line. A
+// hanging indent implies a tab stop at the left margin, and lists rely on that tab stop.
 QTextBlockFormat RichTextReader::blockFormat() const {
     const Paragraph& paragraph = groups_.back().paragraph;
     QTextBlockFormat shown = paragraph.shown;

@@ -10,8 +10,8 @@ namespace {
 using R = RichTextReader;
 
 constexpr qsizetype maxTabStops = 32;
-constexpr std::size_t maxCells = 64; // of a row
-// Limits the text that a damaged file can hide with a large number.
+constexpr std::size_t maxCells = 64; // in a row
+// Limits how much text a large number in a damaged file can hide.
 constexpr int maxFallback = 16;
 // Qt prints a warning for a font of size 0. A subscript has two thirds of the text's size, so a
 // text size of 1 would result in 0.
@@ -74,7 +74,8 @@ void RichTextReader::word(std::string_view name, Number number) {
         --fallbackLeft_;
         return;
     }
-    // Groups marked \* may be skipped. Only \shppict, the newer form of a picture, is read.
+    // Groups marked \* may be skipped. Of these, only \shppict, the newer form of a picture, is
+    // read.
     const bool starred = std::exchange(starred_, name == "*");
     if ((starred && name != "shppict") || unseenGroups().contains(name))
         enter(Destination::Nowhere);
@@ -150,7 +151,7 @@ const RichTextReader::Handlers& RichTextReader::handlers() {
                  stops.append(n.Pixels());
          }},
 
-        // Tables. Borders described between \\trowd and \\pard belong to the row.
+        // Tables. Borders described between \trowd and \pard belong to the row.
         {"trowd",
          [](R& r, Number) {
              r.page_.row = {};
