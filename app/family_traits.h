@@ -32,11 +32,11 @@ enum class ChipOutline { Long, Middle, Short };
 struct FamilyTraits {
     bool inTable = false; // FamilyTable has a row with this number; the row may be empty
     ErasePath erase = ErasePath::None;
-    int erasePasses = 1; // of Erase on its own; as an Auto entry, Erase makes one pass
+    int erasePasses = 1; // of an Erase that runs on its own; as an Auto entry, it makes one pass
     WritePath write = WritePath::None;
     WriteSetUp writeSetUp = WriteSetUp::ReadSocket;
     bool canLock = false;
-    int lockPasses = 2; // even if canLock is false; each pass then only reports "not supported"
+    int lockPasses = 2; // made even if canLock is false; each then only shows "not supported"
     ChipOutline outline = ChipOutline::Short;
 };
 

@@ -25,8 +25,8 @@ struct State {
 
     // Folder of all data files: the current directory when the program starts.
     std::string AppPath;
-    // Serial port number, 1..16. The settings file may contain any other number; then no port can
-    // be opened.
+    // Serial port number, 1..16. If the settings file contains another number, no port can be
+    // opened.
     std::int16_t ComPort = 0;
     // Number of rows of DeviceList in use, 0..50.
     std::int16_t DeviceCount = 0;

@@ -1,6 +1,6 @@
 // The rules of the hex view: where the caret can be and what keys, clicks and digits do. Nothing
-// here depends on pixels: the window converts them and draws. The rows and columns of the text are
-// those of buffer/page_text.h.
+// here depends on pixels: the window draws, and it converts pixels to rows and columns. These are
+// numbered as in buffer/page_text.h.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@ namespace modFunc {
 
 class HexEditor {
 public:
-    // The keys that move the caret, with or without modifiers. Other is any other key; it moves
-    // nothing.
+    // The keys that move the caret, with or without modifiers. Other is any other key, which does
+    // not move the caret.
     enum class Key { Other, Left, Up, Right, Down };
 
     // Starts at the top of `image`, for a device of `size` bytes. The image must outlive the

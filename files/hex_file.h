@@ -1,8 +1,8 @@
 // Intel HEX, the 16-bit subset: data records and one end record.
 //
 // The text of a record, with positions counted from 1. A field past the end of the line is empty.
-// Tolerant and strict hexadecimal are explained in app/hex_text.h; an empty field has the value 0
-// if it is tolerant.
+// Tolerant and strict hexadecimal are explained in app/hex_text.h; an empty tolerant field has the
+// value 0.
 //
 //   1         start mark, ignored
 //   2-3       byte count, tolerant hexadecimal, 0..51

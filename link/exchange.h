@@ -1,6 +1,6 @@
-// The transport layer: sends a frame, waits for its reply and reads it. The program is always the
-// master and at most one frame is outstanding. A frame is not sent again if its reply is missing.
-// Received bytes stay queued until they are read or the port is closed.
+// The transport layer: sends a frame, waits for its reply and reads the reply. The program is
+// always the master and at most one frame is outstanding. A frame is not sent again if its reply is
+// missing. Received bytes stay queued until they are read or the port is closed.
 #pragma once
 
 #include "platform/bytes.h"

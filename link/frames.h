@@ -70,8 +70,8 @@ Bytes WriteSocketFrame(const FamilyRec& family);
 //   5 on  the data: 256 bytes in block form, a page in page form
 Bytes DataFrame(std::span<const std::uint8_t> data);
 
-// "W": write the 256-byte block loaded by the last "D". Reply: 1 byte "N" if it was written;
-// otherwise "E" and the failing address in 2 bytes, high byte first.
+// "W": write the 256-byte block loaded by the last "D". Reply: 1 byte, "N", if the block was
+// written; otherwise 3 bytes: "E" and the failing address, high byte first.
 //   5   first address, high byte
 //   6   first address, low byte: 00
 //   7   last address, high byte

@@ -18,10 +18,10 @@ void RejectSpecialFile(const std::string& path);
 // is larger than largestTextFile.
 std::string ReadWholeFile(const std::string& path);
 
-// Replaces the contents of the file `path`, completely or not at all: on any failure it throws
-// FileError and the old contents stay. A symbolic link stays a link; permissions are kept. If no
-// file can be created in the folder of `path` but the file itself is writable, the file is
-// overwritten in place. A full disk then still leaves the file unchanged, but a device error may
+// Replaces the contents of the file `path`, completely or not at all: on any failure, throws
+// FileError and leaves the old contents. A symbolic link stays a link; the file's permissions are
+// kept. If no file can be created in the folder of `path` but the file itself is writable, the file
+// is overwritten in place. A full disk then still leaves the file unchanged, but a device error may
 // leave it damaged.
 void ReplaceFile(const std::string& path, std::string_view contents);
 // May be called from signal handlers. Removes the temporary file of a ReplaceFile call that will

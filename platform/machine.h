@@ -20,9 +20,9 @@ struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the programmer: 57600 baud, no flow control, every byte value passed on
-// unchanged, polled. If the line is lost while the port is open, no error is raised; the port then
-// neither accepts nor delivers bytes.
+// The serial line to the programmer, which the program polls: 57600 baud, no flow control, every
+// byte value passed on unchanged. If the connection is lost while the port is open, no error is
+// raised; the port then neither accepts nor delivers bytes.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
@@ -36,7 +36,8 @@ struct SerialPort {
     // Closes the port and discards queued bytes. No effect on a closed port.
     virtual void Close() = 0;
 
-    // Passes all bytes to the system at once and returns without waiting for their transmission.
+    // Passes all bytes to the system immediately and returns without waiting for their
+    // transmission.
     virtual void Output(const Bytes& frame) = 0;
     // Number of received bytes that have not been read, including those in the system's own queue;
     // at most 32767.

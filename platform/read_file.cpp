@@ -24,8 +24,8 @@ std::string ReadWholeFile(const std::string& path) {
     if (!file)
         throw FileError(path + ": the file cannot be opened: " + std::strerror(errno) + ".");
 
-    // Allocate the file's size plus one byte in one step: a buffer that grows takes twice the
-    // memory. The extra byte stays unused unless the file has grown.
+    // Allocate the file's size plus one byte in one step: a buffer that grows step by step would
+    // take twice the memory. The extra byte stays unused unless the file has grown.
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(path, unknown);
     std::string contents(unknown ? 1 : std::min<std::uintmax_t>(size, largestTextFile) + 1, '\0');

@@ -58,7 +58,7 @@ public:
     }
 
     // Failures are ignored: not every file system has owners and permissions, and the contents
-    // matter more.
+    // matter more than these.
     void takeOver(const FileRights& rights) {
         if (inPlace())
             return;
@@ -93,7 +93,7 @@ public:
     }
 
 private:
-    // Not the target's name with a suffix: that could exceed the limit for file names.
+    // This is not the target's name with a suffix, because that could exceed the length limit.
     static constexpr char shortName[] = ".quorven.XXXXXX";
     static constexpr char cannotBeWritten[] = "the file cannot be written";
 

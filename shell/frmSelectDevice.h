@@ -20,7 +20,7 @@ private:
     void connectHandlers();
     void listDevice_Click();
     void cmdOk_Click();
-    // Shows the outline of a chip of the family in catalogue row `row`.
+    // Shows the chip outline for the family in catalogue row `row`.
     void showOutline(int row);
 
     QListWidget* listDevice;

@@ -167,8 +167,8 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
-    // Each action checks LinkInUse(), because assistive programs trigger actions without input
-    // events, which InputBlock could discard.
+    // Each action checks LinkInUse(): assistive programs trigger actions without input events, so
+    // InputBlock has nothing to discard.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
                 [this, handler] {

@@ -26,8 +26,8 @@ struct Reply {
     std::vector<std::uint8_t> bytes; // at least one, unless a fault removes them
     std::string meaning;             // for the trace
     std::int64_t delayUs = 0;        // from the frame's arrival to the reply's start
-    // Bytes from this index on start `gapUs` after the end of the earlier ones. If the index is
-    // past the end, there is no gap.
+    // The bytes from this index on start `gapUs` after the end of the bytes before them. If the
+    // index is past the end, there is no gap.
     std::size_t gapIndex = SIZE_MAX;
     std::int64_t gapUs = 0;
 };
@@ -78,8 +78,8 @@ private:
     SetUp setUp_ = SetUp::None;
     std::uint8_t class_ = 0;         // 1..4 while the socket is set up
     std::vector<std::uint8_t> held_; // data of a "D" that waits for its "W"
-    int lockSteps_ = 0;              // steps done in a pass of three; "V" and "E" set this to 0
-    bool freshSetUp_ = false;        // no lock step since the last "S" or "T"
+    int lockSteps_ = 0;       // steps done in the current pass of three; "V" and "E" set this to 0
+    bool freshSetUp_ = false; // no lock step since the last "S" or "T"
 };
 
 } // namespace simbox

@@ -31,9 +31,9 @@ enum class FaultKind {
 
 struct Fault {
     FaultKind kind = FaultKind::Silent;
-    // Selects the frame. `number` counts complete frames from 1, including rejected ones: all
-    // frames if commandCode is 0, otherwise only frames with this command code. Number 0 selects
-    // every frame that would be counted.
+    // `commandCode` and `number` select the frame. `number` counts complete frames from 1,
+    // including rejected ones: all frames if commandCode is 0, otherwise only frames with this
+    // command code. Number 0 selects every frame that would be counted.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes

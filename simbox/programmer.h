@@ -25,7 +25,7 @@ namespace simbox {
 //
 // Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes,
 // the last of which may be shorter. Each portion arrives when its last byte has been transmitted.
-// The two parts of a reply with a gap are divided into portions separately. When the cable is
+// If a reply has a gap, its two parts are divided into portions separately. When the cable is
 // pulled, the incomplete portion is lost.
 class Programmer {
 public:
@@ -54,7 +54,7 @@ public:
     // Every complete frame in order of arrival, including rejected frames.
     const std::vector<Frame>& frames() const { return frames_; }
 
-    // Replaces the faults that select a frame. Replies already being sent are unchanged.
+    // Replaces the faults that select a frame. Replies that are already being sent are unchanged.
     void setFaults(std::vector<Fault> faults);
 
     Chip& chip() { return commands_.chip(); }

@@ -37,7 +37,7 @@ bool LengthFits(char commandCode, std::size_t length);
 // One direction of the line, at 10 bits per byte.
 class WirePace {
 public:
-    // `baud` 0: bytes take no time.
+    // If `baud` is 0, bytes take no time.
     explicit WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
     // The time (microseconds, rounded up) at which the last of the next `bytes` bytes has been
     // sent. The first of them starts at `readyUs`, or when all earlier bytes have been sent if that
@@ -52,8 +52,8 @@ private:
 // `value` in at least `digits` hexadecimal digits.
 std::string HexText(std::size_t value, int digits);
 
-// A frame's meaning in words, for example "set supplies 12 0 50". "malformed" if the command code
-// is unknown or the length is wrong for this command code.
+// A frame's meaning in words, for example "set supplies 12 0 50". The result is "malformed" if the
+// command code is unknown or the length is wrong for this command code.
 std::string DescribeFrame(std::span<const std::uint8_t> frameBytes);
 
 // A line such as "0.001234 > 00 00 00 01 49  identify": seconds, direction, bytes, meaning. If

@@ -15,15 +15,15 @@
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
     setApplicationDisplayName(QString()); // otherwise Qt would append it to titles
-    setQuitOnLastWindowClosed(false);     // closing a start-up message box must not quit
+    setQuitOnLastWindowClosed(false);     // closing a start-up message box must not end the program
     QIcon icon;
     for (const int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));
     setWindowIcon(icon);
     useOwnAccessibles();
-    QDBusConnection::systemBus(); // connecting blocks, so it must not happen during a run
-    // Qt's file dialog would store its last folder, but this program keeps state only in its own
-    // files. No file can be created below /dev/null, and QSettings ignores the failure.
+    QDBusConnection::systemBus(); // connecting to the bus blocks, so do it before any run
+    // Qt's file dialog would store the folder last used, but this program keeps state only in its
+    // own files. No file can be created below /dev/null, and QSettings ignores the failure.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
 

@@ -23,8 +23,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // This caption has the tightest fit. captionWidth is the width of its label minus a gap, for
-    // the smallest type size.
+    // Of all captions, this one has the tightest fit. captionWidth is the width of its label minus
+    // a gap, for the smallest type size.
     constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;
@@ -45,7 +45,7 @@ QFont fixedFont(int pixelSize, QFont::Weight weight) {
 }
 
 QFont fittedFont(QFont font, const QString& text, QSize space) {
-    constexpr int minStretch = 70; // percent; below this a smaller size reads better
+    constexpr int minStretch = 70; // percent; below this, a smaller font is easier to read
     constexpr int minPixelSize = 8;
     const auto fits = [&] {
         const QFontMetrics metrics(font);

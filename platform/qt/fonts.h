@@ -7,7 +7,7 @@
 #include <QStringList>
 
 // Type sizes in device-independent pixels, 96 to the inch. They are not in points: window geometry
-// does not follow the desktop's type size, so fonts must not either.
+// does not depend on the desktop's type size, so font sizes must not depend on it either.
 inline constexpr int points8_25 = 11;
 inline constexpr int points9_75 = 13;
 inline constexpr int points12 = 16;

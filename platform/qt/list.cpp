@@ -37,7 +37,7 @@ protected:
             QListWidget::keyPressEvent(event);
     }
 
-    // Leaves a strip empty below the last row, so that no row is partly visible.
+    // Leaves an empty strip below the last row, so that no row is partly visible.
     void showEvent(QShowEvent* event) override {
         QPalette colours = palette();
         colours.setBrush(QPalette::Window, colours.base()); // for the strip below the last row

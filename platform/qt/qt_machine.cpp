@@ -41,8 +41,8 @@ void QtEventQueue::Yield() {
 namespace {
 
 // The window that owns a message box, even while another program is active. Without an owner, the
-// message box could be hidden by the main window: it would go unnoticed, and the socket would stay
-// powered.
+// message box could be hidden by the main window: the user would not notice it, and the socket
+// would stay powered.
 QWidget* messageOwner() {
     if (QWidget* active = QApplication::activeWindow(); active && active->isVisible())
         return active;

@@ -28,9 +28,9 @@ struct QtSerialPort::Line {
 };
 
 // After a hang-up, QSerialPort keeps the port open and its read notifier fires endlessly: with a
-// read error each time in Qt 6.4, without any signal in Qt 6.8. Our own notifier detects the
-// hang-up in both versions. The port is closed by a queued call, so that it is never closed inside
-// a notifier's handler.
+// read error each time in Qt 6.4, without emitting any signal in Qt 6.8. Our own notifier detects
+// the hang-up in both versions. The port is closed by a queued call, so that it is never closed
+// inside a notifier's handler.
 void QtSerialPort::Line::watchForHangUp() {
     hangUp = std::make_unique<QSocketNotifier>(port.handle(), QSocketNotifier::Exception);
     QObject::connect(

@@ -50,7 +50,7 @@ std::string groupName(gid_t group) {
 } // namespace
 
 std::string lockFileOf(const std::string& path) {
-    // In QSerialPort's search order.
+    // In the order in which QSerialPort searches them.
     constexpr const char* folders[] = {"/var/lock",         "/etc/locks", "/var/spool/locks",
                                        "/var/spool/uucp",   "/tmp",       "/var/tmp",
                                        "/var/lock/lockdev", "/run/lock"};
@@ -86,7 +86,7 @@ std::string lockedByAnother(const std::string& path) {
     pid_t holder = 0;
     std::string writer;
     if (!(text >> holder) || holder <= 0)
-        return {}; // the file may be incomplete: QSerialPort waits until it is old
+        return {}; // the file may be incomplete: QSerialPort respects it until it is old
     std::getline(text >> std::ws, writer);
     const std::vector<std::string> names = namesOf(holder);
     const bool sameProgram = writer.empty() || names.empty() ||

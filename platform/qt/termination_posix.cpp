@@ -48,7 +48,7 @@ void crash(int signal) {
 void installHandler(int signal, void (*handler)(int), int flags) {
     struct sigaction action{};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
-        return; // reserved by the C library, or the parent process wants it ignored
+        return; // the C library reserves it, or the parent process wants it ignored
     action = {};
     action.sa_handler = handler;
     action.sa_flags = flags;
@@ -108,14 +108,14 @@ void HandleSignals(std::function<void()> save) {
     std::atexit(cleanUp); // losing the X server ends the process through exit()
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         switch (signal) {
-        case SIGCHLD: // ignored or without effect by default
+        case SIGCHLD: // these do not end the process by default
         case SIGCONT:
         case SIGURG:
         case SIGWINCH:
             break;
         case SIGPIPE: // the failed write returns an error instead
         case SIGXFSZ:
-        case SIGTTIN: // a stopped program looks hung
+        case SIGTTIN: // a program stopped by these would look hung
         case SIGTTOU:
             installHandler(signal, SIG_IGN, 0);
             break;

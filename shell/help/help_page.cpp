@@ -41,7 +41,7 @@ qint64 costOf(const QString& text, qint64 height, bool inTable) {
     qint64 cost = 0;
     for (const QChar c : text) {
         // Greek and Cyrillic letters take longer than Latin ones; other characters, such as
-        // combining ones, can take the most time.
+        // combining ones, can take even longer.
         const bool simple = c >= u'\u0370' && c < u'\u0590';
         cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : simple ? 2 : 10;
         cost += inTable || c == u'\t' || c == QChar::LineSeparator ? ownLine : sharedLine;

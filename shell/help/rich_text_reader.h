@@ -19,8 +19,8 @@
 
 class RichTextReader {
 public:
-    // Returns false if `rtf` does not begin like rich text; `document`, which must be empty, then
-    // stays empty. Reading, layout and destruction of the document take about a second at most: the
+    // `document` must be empty. Returns false and leaves it empty if `rtf` does not begin with
+    // "{\rtf". Reading, layout and destruction of the document take about a second at most: the
     // rest of a larger file is left out, and the last line of the document states this.
     // `pixelRatio`: screen pixels per device-independent pixel.
     static bool Read(std::string_view rtf, QTextDocument& document, double pixelRatio);
