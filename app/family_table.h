@@ -8,8 +8,8 @@ namespace modFunc {
 
 inline constexpr int lastFamily = 50; // families are numbered from 0
 
-// Nine bytes for one step of an operation. In this file, a letter in double quotes is the command
-// code of a frame.
+// Nine bytes for one step of an operation. In this file, "S", "T" and other capitals in double
+// quotes are the command codes of frames.
 struct FamilyGroup {
     std::uint8_t Reserved = 0;
     std::uint8_t PinP = 0;        // pin pattern, first byte, sent in "S" or "T"

@@ -15,7 +15,7 @@ namespace simbox {
 // reply that a fault could change.
 enum class FaultKind {
     Silent,       // no reply to the frame, which is still executed
-    SilentFrom,   // like Silent, but for that frame and every later one
+    SilentFrom,   // like Silent; applies to that frame and every later one
     Short,        // reply truncated to `count` bytes (0: silence) [count]
     Long,         // `count` extra bytes EE after the reply [count]
     Late,         // the reply starts `delayUs` later [delayUs]
