@@ -124,7 +124,7 @@ class OkPresser : public QObject {
     }
 };
 
-// The program with its data in the current directory, composed as in app/main.cpp.
+// The program, composed as in app/main.cpp. Its data files are in the current directory.
 struct Program {
     Program() {
         window.Load();
@@ -142,7 +142,7 @@ struct Program {
     mdiMain window{machine};
 };
 
-// Runs in the child process, which was started at `epochMs`. Prints the milliseconds from then
+// Runs in the child process, which was started at `epochMs`. Prints the milliseconds from that time
 // until the main window was visible, and the resident memory in MiB with an image loaded and the
 // hex view open.
 void startAndPrint(double epochMs) {

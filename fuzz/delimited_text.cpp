@@ -1,4 +1,4 @@
-// The three start files; the first byte selects which.
+// Reads the input as one of the three start files; the first byte of the input selects which.
 #include "app/delimited_text.h"
 #include "app/startup.h"
 #include "fuzz/fuzz.h"

@@ -1,5 +1,5 @@
-// Shared by all targets. A target is one LLVMFuzzerTestOneInput: it gives the input to the program
-// as if it came from outside and checks what must hold for any input.
+// Shared by all targets. A target defines LLVMFuzzerTestOneInput, which passes the input to the
+// program as if the input came from outside, and checks what must hold for any input.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-// Ends the process, naming the property, when it does not hold.
+// If the property does not hold, prints its name and aborts the process.
 inline void check(bool holds, const char* property) {
     if (!holds)
         throw std::logic_error(property);

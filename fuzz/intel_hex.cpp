@@ -1,4 +1,5 @@
-// Reads the input as a file, then writes it as an image and reads that file.
+// Reads the input as an Intel HEX file. Then writes the input, as an image, to an Intel HEX file
+// and reads that file.
 #include "app/state.h"
 #include "files/hex_file.h"
 #include "fuzz/fuzz.h"

@@ -1,4 +1,5 @@
-// Runs a target on each file of a folder, without a fuzzer: every interesting input stays a test.
+// Runs a target on each file of a folder, without a fuzzer, so that every interesting input remains
+// a test.
 #include "fuzz/fuzz.h"
 
 #include "tests/support/temporary_folder.h"

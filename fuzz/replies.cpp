@@ -1,4 +1,5 @@
-// Any replies of the programmer, at any time, to any function on any device.
+// Runs a function on a device of a family, with one to four faults of the programmer; the input
+// selects all of these.
 #include "fuzz/fuzz.h"
 #include "tests/functions/fault_fixture.h"
 

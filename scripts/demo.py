@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 # Demo: runs a job with the real program and the simulated programmer. The job builds and runs an
 # Auto sequence, edits and saves the image, reads the chip back and selects another device. Each
-# step is checked against what the windows show and against the files as other tools read them. This
-# demo is also the end-to-end test, so it runs in a Latin-1 locale with a decimal comma.
+# step is checked against what the windows show and what other tools read from the files. This demo
+# is also the end-to-end test, so it runs in a Latin-1 locale with a decimal comma.
 #
 #   demo.py QUORVEN SIMBOX FOLDER [PICTURES [SCALE]]
 #
@@ -76,7 +76,7 @@ with Screen("2048x1536") as screen:
     home = screen.env["HOME"]
     subprocess.run(["localedef", "-i", "de_DE", "-f", "ISO-8859-1", home + "/de_DE"], check=True)
     env = {"LOCPATH": home, "LC_ALL": "de_DE", "QT_SCALE_FACTOR": scale}
-    # The chip is not blank, so that programming succeeds only after an erase.
+    # The chip is not blank, so programming succeeds only after an erase.
     box = start_simbox(screen, simbox, folder, "--fill", "A5", "--chip", folder / "chip.bin")
     app = screen.start([quorven], folder, env=env)
     image = read_hex(folder / sample)

@@ -7,14 +7,14 @@
 #       assert app.wait(20) == 0 and app.output() == ""
 #
 # A Screen is an X server with a window manager and an accessibility bus; a Python process can have
-# only one. At its end, a Screen stops the processes that were started on it, in reverse order. If
-# Python is killed, they are killed too.
+# only one Screen. At its end, a Screen stops the processes that were started on it, in reverse
+# order. If Python is killed, these processes are terminated too.
 #
-# A process is a subprocess.Popen. Its windows are those of its process group, so the command may be
-# a wrapper that forks. Each method waits until it can act, and raises TimeoutError after its time
-# limit (in seconds) or as soon as the process has ended. Controls are found by their accessible
-# name, which is what a screen reader says, and by their Role; BUTTON, TEXT and LABEL are short
-# names of three roles.
+# A process is a subprocess.Popen. The windows of a process are those of its process group, so the
+# command may be a wrapper that forks. Each method waits until it can act, and raises TimeoutError
+# after its time limit (in seconds) or as soon as the process has ended. Controls are found by their
+# accessible name, which is what a screen reader says, and by their Role; BUTTON, TEXT and LABEL are
+# short names for three roles.
 #
 #   screen.env                       the environment of its processes; start(env=...) adds to it
 #   screen.server                    the X server's process
@@ -57,7 +57,7 @@ def children(item):
     return list(filter(None, map(item.get_child_at_index, range(item.get_child_count()))))
 
 
-# The item and its visible descendants, in tree order.
+# Yields the item, if it is visible, and its visible descendants, in tree order.
 def shown(item):
     if has(item, State.SHOWING):
         yield item
@@ -102,7 +102,7 @@ class Process(subprocess.Popen):
         return self.log.read_text("utf-8", "replace")
 
     def stop(self, number=signal.SIGTERM):
-        self.send_signal(number)  # no effect if it has ended
+        self.send_signal(number)  # no effect if the process has ended
         try:
             return self.wait(10)
         finally:
@@ -113,7 +113,7 @@ class Process(subprocess.Popen):
         while True:
             while GLib.MainContext.default().iteration(False):
                 pass
-            with contextlib.suppress(GLib.Error, ProcessLookupError):  # deleted while being read
+            with contextlib.suppress(GLib.Error, ProcessLookupError):  # an item was deleted
                 if value := condition():
                     return value
             if time.monotonic() > end or self.poll() is not None:
@@ -160,7 +160,7 @@ class Process(subprocess.Popen):
             while has(button, State.PRESSED):
                 time.sleep(0.02)
 
-    # Selects a row of a list by its text, with the arrow keys.
+    # Selects the row of a list that has this text, with the arrow keys.
     def select(self, name, row):
         box = self.item(name, Role.LIST)
         self.until(f"focus on {name!r}", lambda: (box.grab_focus(), has(box, State.FOCUSED))[1])
@@ -170,7 +170,7 @@ class Process(subprocess.Popen):
     def fill(self, name, text):
         Atspi.EditableText.set_text_contents(self.item(name, TEXT), text)
 
-    # Opens the menu by its access key, moves down to the entry and presses Return. A window that
+    # Opens the menu with its access key, moves down to the entry and presses Return. A window that
     # accepts no input at the moment ignores keys, so the access key is repeated until the menu is
     # open.
     def menu(self, name, entry):
@@ -191,15 +191,17 @@ class Process(subprocess.Popen):
 class Screen(contextlib.ExitStack):
     def __init__(self, size="1024x768"):
         super().__init__()
-        signal.signal(signal.SIGTERM, signal.default_int_handler)  # to run every __exit__
-        # A short name, because the paths of the sockets in it are limited in length.
+        signal.signal(signal.SIGTERM, signal.default_int_handler)  # so that every __exit__ runs
+        # The folder has a short name, because it contains sockets, whose paths are limited in
+        # length.
         home = self.enter_context(tempfile.TemporaryDirectory(prefix="quorven."))
         bus = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={home}/bus"
         self.env = {name: os.environ[name] for name in os.environ if name.endswith("SAN_OPTIONS")}
         self.env |= {"PATH": os.environ["PATH"], "HOME": home, "LC_ALL": "C.UTF-8",
                      "XDG_RUNTIME_DIR": home, "DBUS_SESSION_BUS_ADDRESS": bus,
                      "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-                     # Qt 6.8 prints a line when asked for a control that has just been deleted.
+                     # Qt 6.8 prints a line if a client asks for a control that has just been
+                     # deleted.
                      "QT_LOGGING_RULES": "qt.accessibility.atspi=false"}
         # If the bus started its services on demand, they might start too late for the client
         # library.
@@ -220,7 +222,8 @@ class Screen(contextlib.ExitStack):
     def start(self, command, folder, log="console.txt", env=None):
         return self.enter_context(Process(self, command, folder, log, self.env | (env or {})))
 
-    # Runs the tool and returns its output. Its failure is ignored: it fails if no window is active.
+    # Runs the tool and returns its output. A failure of the tool is ignored, because the tool also
+    # fails if no window is active.
     def ask(self, *words, tool="xdotool"):
         return subprocess.run([tool, *words], env=self.env, check=False, capture_output=True,
                               timeout=20).stdout

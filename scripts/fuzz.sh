@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzzers with Clang and runs each target (by default
-# all in fuzz/) for that many seconds or executions: "fuzz.sh 60", "fuzz.sh 1000000x intel_hex".
-# Prints a line for each target; the exit status is 0 only if no fault was found. A target consists
-# of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in max_bytes below, and a folder
-# of inputs in fuzz/corpus/. Every test run replays these inputs: ctest --preset dev -R replay.
+# all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or
+# "fuzz.sh 1000000x intel_hex". Prints a line for each target; the exit status is 0 only if no fault
+# was found. A target consists of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in
+# max_bytes below, and a folder of inputs in fuzz/corpus/. Every test run replays these inputs:
+# ctest --preset dev -R replay.
 #
 # New inputs are kept in build/fuzz/corpus/. An input that reveals a fault is kept in
 # build/fuzz/findings/ and its path is printed. Reproduce the fault with the first of these
@@ -20,7 +21,8 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Maximum input size in bytes: enough for every rule of the format, small enough to be fast.
+# Maximum input size in bytes: large enough for every rule of the format, small enough for fast
+# runs.
 declare -A max_bytes=([delimited_text]=256 [intel_hex]=1024 [replies]=64 [rich_text]=512)
 
 if [[ ! ${1:-} =~ ^[1-9][0-9]*x?$ ]]; then
@@ -32,7 +34,7 @@ limit=-max_total_time=$1
 shift
 found=0
 
-# statistic LOG NAME: prints one of the final statistics in libFuzzer's log.
+# statistic LOG NAME: prints the final statistic NAME from libFuzzer's log file LOG.
 statistic() { sed -n "s/^stat::$2: *//p" "$1"; }
 
 scripts/setup.sh clang libclang-rt-dev

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs missing packages, builds the release, and runs the program in build/run with the
-# simulated programmer as port 5. The exit status is that of the program. Without a display, this
-# script instead runs scripts/demo.py on a virtual screen and saves the pictures in
+# simulated programmer as port 5. The exit status is that of the program. If there is no display,
+# this script runs scripts/demo.py on a virtual screen instead and saves the pictures in
 # build/run/pictures.
 set -euo pipefail
 

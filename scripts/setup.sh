@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
 # setup.sh [PACKAGE...]: installs the Debian packages that are needed to build, run and test
-# QUORVEN, and each PACKAGE. If all of them are installed, this script prints nothing and changes
-# nothing. The packages in the list below exist in Debian 12 and 13.
+# QUORVEN, and also every PACKAGE that is given. If all of these packages are installed, this script
+# prints nothing and changes nothing. The packages in the list below exist in Debian 12 and 13.
 set -euo pipefail
 
 packages=(
     # building
     cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev qt6-wayland
-    # tests; formatter and linter in a fixed version, because the results depend on the version
+    # tests; the formatter and the linter in fixed versions, because the results depend on the
+    # version
     libgtest-dev clang-format-19 clang-tidy-19
-    # a virtual screen with a window manager, key input, screenshots, metric-compatible fonts
+    # a virtual screen, a window manager, key input, screenshots, metric-compatible fonts
     xvfb xauth openbox xdotool imagemagick fonts-liberation
     # the accessibility bus and a client, to read what the windows show
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0

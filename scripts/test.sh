@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs missing packages, builds with sanitizers and warnings as errors, runs every test, checks
 # the formatting, runs clang-tidy on the sources, builds the release and its package, and checks the
-# package. The last line states how many tests passed and failed; the exit status is 0 only if
-# nothing failed.
+# package. The last line of the output states how many tests passed and failed; the exit status is 0
+# only if nothing failed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -71,7 +71,7 @@ check_package() {
 }
 
 # Counts the lines that are neither blank nor only a comment, in the files listed on standard input;
-# $1 is the start of a comment.
+# $1 is the text that starts a comment.
 count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
 # Test lines include everything used only for testing, except images and corpora.
@@ -84,11 +84,11 @@ show_test_share() {
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 
-# Prints the number in attribute $1 of the root element of the results, 0 if the attribute is
+# Prints the number in attribute $1 of the root element of the results, or 0 if the attribute is
 # missing.
 counted() { printf '%d\n' "$(sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1)"; }
 
-# Prints the last line. A skipped or disabled test makes the whole run fail.
+# Prints the last line of the output. A skipped or disabled test makes the whole run fail.
 count() {
     local all failed skipped
     all=$(counted tests)

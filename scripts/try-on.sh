@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # try-on.sh RELEASE [PACKAGE]: tests QUORVEN on a Debian release (bookworm or trixie) in minimal
-# root file systems. Runs scripts/test.sh; builds the package again in another folder as another
-# user and compares the two packages; installs the package in a clean root, uses the program,
-# removes the package and looks for files left. With PACKAGE, skips the builds and tests and starts
-# by installing that file.
+# root file systems. Runs scripts/test.sh; builds the package a second time, in another folder as
+# another user, and compares the two packages; installs the package in a clean root, uses the
+# program, removes the package and looks for remaining files. With PACKAGE, skips the builds and
+# tests and starts by installing that file.
 #
-# Needs root and the network; the tested programs have no network. The roots, builds, package and
-# pictures are kept in build/try-on/RELEASE. Mounts and processes end with this script.
+# Needs root and the network; the tested programs have no access to the network. The roots, builds,
+# package and pictures are kept in build/try-on/RELEASE. Mounts and processes end with this script.
 set -euo pipefail
 
 if [[ $(id -u) != 0 || $# == 0 ]]; then
@@ -21,7 +21,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cache=$PWD/build/try-on/$release
 work=$cache/work
 tools=$work/tools      # a root with everything that setup.sh installs
-clean=$tools/clean     # a root with only the package; inside $tools for its programs to enter
+clean=$tools/clean     # a root with only the package; inside $tools, whose programs enter it
 user_home="/home/Zoë Müller" # a space and a non-ASCII letter, as in real names
 folder=$user_home/.local/share/quorven
 user=59871
@@ -45,8 +45,8 @@ as_user() {
         env -i PATH=/usr/bin:/bin HOME="$user_home" LC_ALL=C.UTF-8 "$@"
 }
 
-# logged NAME COMMAND...: runs the command with its output in NAME.log; on failure, prints the end
-# of the log.
+# logged NAME COMMAND...: runs the command and writes its output to NAME.log; on failure, prints the
+# end of this log.
 logged() {
     local log=$cache/$1.log
     shift
@@ -143,7 +143,8 @@ use_program() {
     local name
     mkdir -p "$tools/srv/quorven/bin" "$cache/pictures"
     cp -r data scripts "$tools/srv/quorven/"
-    for name in quorven simbox; do # run in $clean, without the capability to enter it
+    # Wrappers that run the programs in $clean, without the capability to enter it.
+    for name in quorven simbox; do
         printf '#!/bin/sh\nexec %s "$PWD" %s "$@"\n' \
             "chroot /clean setpriv --ambient-caps=-all --inh-caps=-all -- sh -c 'cd \"\$0\" && exec \"\$@\"'" \
             "/usr/bin/$name" >"$tools/srv/quorven/bin/$name"
@@ -159,8 +160,8 @@ use_program() {
     rm -r "$tools$user_home/pictures"
 }
 
-# Only records of apt and debconf may be left, and the user's folder must be left; no file may be
-# missing.
+# Compared with the files before the installation, only records of apt and debconf may differ, and
+# no file may be missing. The user's folder must remain.
 remove_package() {
     step "apt purge quorven, and what came with it"
     logged purge in_root "$clean" apt-get purge --autoremove -y quorven

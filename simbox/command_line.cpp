@@ -58,8 +58,8 @@ Taker firmware(std::string& target) {
 
 std::vector<Option> optionsFor(Settings& s) {
     return {
-        {"--link PATH", "create the symbolic link PATH to the terminal", path(s.linkPath)},
-        {"--chip FILE", "keep the chip's contents in FILE, its lock state in FILE.lock",
+        {"--link PATH", "create the symbolic link PATH to the pseudo-terminal", path(s.linkPath)},
+        {"--chip FILE", "keep the chip's contents in FILE and its lock state in FILE.lock",
          path(s.chipFile)},
         {"--trace FILE", "trace frames, replies and protocol errors to FILE (-: stdout)",
          path(s.traceFile)},

@@ -26,15 +26,15 @@ constexpr std::array<Form, 13> forms{{
     {"short@F:K", Short, "reply truncated to K bytes"},
     {"long@F:K", Long, "K extra bytes after the reply"},
     {"late@F:Tms", Late, "reply T milliseconds late"},
-    {"torn@F:K:Tms", Split, "split reply: K bytes in time, the rest T milliseconds later"},
+    {"torn@F:K:Tms", Split, "split reply: K bytes on time, the rest T milliseconds later"},
     {"double@F", Double, "the reply twice"},
     {"chatter@F:K:Tms", Chatter, "K unrequested bytes, T milliseconds after the reply"},
     {"status@F:HH...", Status, "these bytes (hexadecimal) instead of the reply"},
     {"identify:K", Identify, "every identify reply has K bytes"},
     {"program-error:A", ProgramError,
      "every write that includes chip address A (4 hex digits) fails there"},
-    {"lie:A", Lie, "every write that includes A skips that byte but reports success"},
-    {"pull@F", Pull, "the cable is pulled after the frame, before its reply"},
+    {"lie:A", Lie, "every write that includes A skips the byte there but reports success"},
+    {"pull@F", Pull, "the cable is pulled after the frame and before its reply"},
 }};
 
 bool parseFrame(std::string_view text, Fault& fault) {
@@ -134,7 +134,7 @@ std::string FaultHelp() {
         text += HelpLine(form.text, form.meaning);
     return text +
            "F selects frames: 7 is the 7th frame, W3 the 3rd \"W\" frame, R every \"R\" frame. "
-           "Counting\nstarts at 1 and includes every complete frame, also the identify frame.\n";
+           "Counting\nstarts at 1 and includes every complete frame, even the identify frame.\n";
 }
 
 std::string HelpLine(std::string_view text, std::string_view meaning) {
