@@ -4,6 +4,7 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    alarm(600); // a dialog that a fault leaves open would wait forever
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const Application application(argc, argv);
     // No window may make Qt print a warning, except the one that this platform always prints.
