@@ -16,21 +16,14 @@ folder=$home/.local/share/quorven
 
 stub() { printf '#!/bin/sh\n%s\n' "$2" >"$scratch/stubs/$1" && chmod +x "$scratch/stubs/$1"; }
 
-# launch STATUS OUTPUT ERRORS [NAME=VALUE...]: runs the launcher in $elsewhere, with only PATH and
-# these variables, and compares its results. ERRORS is a pattern.
+# Runs the launcher in $elsewhere, with only PATH and the given NAME=VALUE; prints its output, errors
+# included, and its exit status.
 launch() {
-    local status=0 out
-    out=$(cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "${@:4}" "$scratch/launcher" \
-        -style "two words" 2>"$scratch/err") || status=$?
-    [[ $status == "$1" && $out == "$2" && $(<"$scratch/err") == $3 ]] ||
-        { echo "status $status; output: $out; errors: $(<"$scratch/err")" >&2 && return 1; }
+    (cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "$@" "$scratch/launcher" \
+        -style "two words" 2>&1) || echo "status $?"
 }
-
-# Starts the program in this folder without errors and passes arguments and exit status through.
-starts() { launch 7 "$1"$'\n-style\ntwo words' "" "${@:2}"; }
-
-# Fails with an error that contains this text.
-rejects() { launch 1 "" "*$1*" "${@:2}"; }
+# The output after the folder: arguments and exit status are passed through.
+started=$'\n-style\ntwo words\nstatus 7'
 
 cmake --install "$1" --prefix "$tree" >"$scratch/install.log"
 mkdir -p "$scratch/stubs" "$elsewhere" "$home"
@@ -53,10 +46,10 @@ stub ../usr/libexec/quorven/quorven 'printf "%s\n" "$PWD" "$@"; exit 7'
 # After a full disk no partial file is left, and the next start completes the folder.
 stub cp 'case $2 in *auto.cfg) exec /bin/cp "$@" ;; esac
     head -c 10 "$2" >"$3"; echo "disk full" >&2; exit 1'
-rejects "disk full" HOME="$home"
+[[ $(launch HOME="$home") == *"disk full"*"status 1" ]]
 [[ $(ls -A "$folder") == auto.cfg ]]
 rm "$scratch/stubs/cp"
-starts "$folder" HOME="$home"
+[[ $(launch HOME="$home") == "$folder$started" ]]
 diff -r "$share/quorven" "$folder"
 [[ $(stat -c %a "$folder" "$folder/quorven.cfg") == $'700\n644' ]]
 
@@ -65,25 +58,23 @@ echo mine >"$folder/quorven.cfg"
 ln -sf nowhere "$folder/auto.cfg"
 rm "$folder/quorven.dev"
 before=$(stat -c '%N %i %y' "$folder"/*.cfg)
-starts "$folder" HOME="$home" XDG_DATA_HOME=relative
+[[ $(launch HOME="$home" XDG_DATA_HOME=relative) == "$folder$started" ]]
 [[ $(stat -c '%N %i %y' "$folder"/*.cfg) == "$before" && $(<"$folder/quorven.cfg") == mine ]]
 cmp "$folder/quorven.dev" "$share/quorven/quorven.dev"
 [[ $(find "$folder" | wc -l) == 6 ]]
 stub mktemp 'exit 1'
 stub getent "echo 'zoe:x:1:1:Zoë,,,:$home:/bin/sh'"
-starts "$folder"
+[[ $(launch) == "$folder$started" ]]
 rm "$scratch/stubs/mktemp"
 
 # With a display, the cause is also shown in a window.
 stub zenity "printf '%s\n' \"\$@\" >'$scratch/window'"
 touch "$elsewhere/file"
-rejects "Not a directory" XDG_DATA_HOME="$elsewhere/file"
-[[ ! -e $scratch/window ]]
-rejects "Not a directory" XDG_DATA_HOME="$elsewhere/file" DISPLAY=:0
+[[ $(launch XDG_DATA_HOME="$elsewhere/file" DISPLAY=:0) == *"Not a directory"*"status 1" ]]
 grep -qxF -- "--text=The folder $elsewhere/file/quorven cannot be prepared." "$scratch/window"
 stub getent 'exit 2'
-rejects "HOME is not set"
-starts "$elsewhere/my data/quorven" XDG_DATA_HOME="$elsewhere/my data"
+[[ $(launch) == *"HOME is not set"*"status 1" ]]
+[[ $(launch XDG_DATA_HOME="$elsewhere/my data") == "$elsewhere/my data/quorven$started" ]]
 touch "$elsewhere/quorven.cfg"
-starts "$elsewhere" HOME="$home"
+[[ $(launch HOME="$home") == "$elsewhere$started" ]]
 [[ $(ls -A "$elsewhere") == $'file\nmy data\nquorven.cfg' ]]
