@@ -7,7 +7,6 @@
 #include <cstdio>
 
 int main(int, char** argv) {
-    check(!std::filesystem::is_empty(argv[1]), "the folder has inputs");
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
         std::fprintf(stderr, "%s\n", entry.path().c_str()); // identifies a crashing input
         const std::string input = TemporaryFolder::readFile(entry.path());

@@ -22,6 +22,19 @@ lintian --allow-root --info --display-experimental --display-info --pedantic \
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 dpkg-deb --extract "$package" "$scratch"
+share=$scratch/usr/share
+desktop-file-validate "$share/applications/quorven.desktop"
+appstreamcli validate-tree --no-net --no-color "$scratch"
+shellcheck "$scratch/usr/bin/quorven"
+for page in quorven simbox; do
+    gunzip <"$share/man/man1/$page.1.gz" >"$scratch/$page.1"
+    mandoc -T lint -W warning "$scratch/$page.1"
+done
+# The help and the manual page list the same options and faults. In the help they are at the start
+# of a line, before the explanation; in the page they are indented by 7.
+diff <(build/simbox --help | sed -nE 's/^  ([-a-z]+[^ ]*( [A-Z]+)?)  .*/\1/p') \
+    <(mandoc -T ascii "$scratch/simbox.1" | col -bx | sed -n '/^OPTIONS/,/^EXIT/s/^ \{7\}//p' |
+        grep -oE '^(--[-a-z]+( [A-Z]+\b)?|[-a-z]+[@:][^ ]*)')
 marks='stack_chk_fail glibcxx_assert_fail'
 [[ $(dpkg --print-architecture) != amd64 ]] || marks+=' endbr64'
 for program in usr/bin/simbox usr/libexec/quorven/quorven; do

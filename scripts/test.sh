@@ -13,6 +13,7 @@ results=$PWD/build/ci/results.xml
 test_status=0
 format_status=0
 lint_status=0
+include_status=0
 package_status=0
 
 build() {
@@ -58,6 +59,30 @@ check_lint() {
         lint_status=1
         echo "clang-tidy: FAILED"
     fi
+}
+
+# Prints each #include of the sources that is not from one of the folders, a regular expression.
+includes_of() { # SOURCE... FOLDERS
+    ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || include_status=1
+}
+
+# Which folder may include which. Windows (frm*, and all of shell) may include platform/qt;
+# app/main.cpp may include everything.
+check_includes() {
+    echo
+    includes_of platform/*.* 'platform'
+    includes_of platform/qt/*.* 'platform(/qt)?'
+    includes_of $(ls app/*.* | grep -v main.cpp) 'app|platform'
+    includes_of link/*.* 'app|link|platform'
+    includes_of buffer/[!f]*.* 'app|buffer|platform'
+    includes_of buffer/frm*.* 'app|buffer|platform(/qt)?'
+    includes_of files/[!f]*.* 'app|buffer|files|platform'
+    includes_of files/frm*.* 'app|buffer|files|platform(/qt)?'
+    includes_of functions/[!f]*.* 'app|link|buffer|functions|platform'
+    includes_of functions/frm*.* 'app|link|buffer|functions|platform(/qt)?'
+    includes_of shell/*.* shell/help/*.* 'app|link|buffer|files|functions|platform(/qt)?|shell(/help)?'
+    includes_of simbox/*.* 'simbox'
+    ((include_status == 0)) && echo "includes: as the table of folders allows" || echo "includes: FAILED"
 }
 
 check_package() {
@@ -107,7 +132,8 @@ build
 run_tests
 check_format
 check_lint
+check_includes
 check_package
 show_test_share
 count
-((test_status == 0 && format_status == 0 && lint_status == 0 && package_status == 0))
+((test_status == 0 && format_status == 0 && lint_status == 0 && include_status == 0 && package_status == 0))

@@ -1,5 +1,6 @@
+// The start files and their format.
+#include "app/delimited_text.h"
 #include "app/startup.h"
-
 #include "tests/support/run_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -84,4 +85,17 @@ TEST_F(StartUp, ShippedFilesOfferEveryFamilyTwiceAndNoDeviceOutsideItsLimits) {
         const bool filled = s.FamilyTable.at(std::size_t(family)).ClassByte != 0;
         EXPECT_TRUE(filled ? devices >= 2 : devices == 0) << "family " << family;
     }
+}
+
+TEST(DelimitedText, ItemsEndAtCommasAndAnyLineEndAndNumbersAreDecimalAndWithinTheirRange) {
+    DelimitedReader all(
+        "f", "\xEF\xBB\xBF+5 ,-32768\n32767\none,  two\r\n\t a b\rc\n\n \"d, e\" \r\n,f");
+    for (const int number : {5, -32768, 32767})
+        EXPECT_EQ(all.NextInt16("a"), number);
+    std::string items;
+    while (!all.atEnd())
+        items.append(all.NextString("item")) += '|';
+    EXPECT_EQ(items, "one|two|a b|c||d, e||f|");
+    for (const std::string text : {"32768", "-32769", "5x", "x5", " ", "+-5", "- 5"})
+        EXPECT_THROW(DelimitedReader("f", text).NextInt16("a"), platform::FileError) << text;
 }

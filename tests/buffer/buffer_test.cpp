@@ -1,4 +1,5 @@
-// The page's text, the checksum, and the rules of the hex view.
+// The page's text, the checksum, hexadecimal text, and the rules of the hex view.
+#include "app/hex_text.h"
 #include "buffer/hex_editor.h"
 #include "buffer/image.h"
 #include "buffer/page_text.h"
@@ -66,4 +67,11 @@ TEST(PageText, HasFixedPositions) {
               "1000=FF ");
     EXPECT_EQ(PageText(4375, image).substr(65, 72), // the image ends after its first byte
               "11170=5A FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF Z...............\r\n");
+}
+
+TEST(HexText, ReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumberOrIsStrict) {
+    EXPECT_EQ(std::pair(TolerantHex("12G4"), TolerantHex("80000000")), std::pair(0x12, INT32_MAX));
+    EXPECT_EQ(StrictHex("fFfF"), 0xFFFF);
+    for (const char* rejected : {"", "G5", "5g", "12345"})
+        EXPECT_FALSE(StrictHex(rejected)) << rejected;
 }

@@ -68,14 +68,6 @@ const Ending endings[] = {
 
 class Endings : public RunTest, public testing::WithParamInterface<Ending> {};
 
-std::string nameOf(const testing::TestParamInfo<Ending>& row) {
-    const Ending& e = row.param;
-    std::string name = DeviceRun::functions.at(std::size_t(e.functions[0])).name +
-                       testing::PrintToString(std::tuple(e.family, e.size, e.pageSize, e.faults));
-    std::ranges::replace_if(name, [](char c) { return !std::isalnum(c); }, '_');
-    return name;
-}
-
 } // namespace
 
 TEST_P(Endings, AreShownAndSent) {
@@ -101,4 +93,7 @@ TEST_P(Endings, AreShownAndSent) {
     EXPECT_EQ(window.closed, window.lines[0] == readOk);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Endings, testing::ValuesIn(endings), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Endings, testing::ValuesIn(endings), [](const auto& row) {
+    return DeviceRun::functions.at(std::size_t(row.param.functions[0])).name +
+           std::to_string(row.index);
+});

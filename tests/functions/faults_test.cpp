@@ -3,11 +3,7 @@
 
 #include <random>
 
-namespace {
-
 struct EachFault : Faults, testing::WithParamInterface<unsigned> {};
-
-} // namespace
 
 TEST_P(EachFault, EndsSafelyAtEveryFrame) {
     for (const int family : families) {

@@ -27,19 +27,6 @@ started=$'\n-style\ntwo words\nstatus 7'
 
 cmake --install "$1" --prefix "$tree" >"$scratch/install.log"
 mkdir -p "$scratch/stubs" "$elsewhere" "$home"
-desktop-file-validate "$share/applications/quorven.desktop"
-appstreamcli validate-tree --no-net --no-color "$scratch"
-shellcheck "$tree/bin/quorven"
-for page in quorven simbox; do
-    gunzip <"$share/man/man1/$page.1.gz" >"$scratch/$page.1"
-    mandoc -T lint -W warning "$scratch/$page.1"
-done
-# The help and the manual page list the same options and faults. In the help they are at the start
-# of a line, before the explanation; in the page they are indented by 7.
-diff <("$tree/bin/simbox" --help | sed -nE 's/^  ([-a-z]+[^ ]*( [A-Z]+)?)  .*/\1/p') \
-    <(mandoc -T ascii "$scratch/simbox.1" | col -bx | sed -n '/^OPTIONS/,/^EXIT/s/^ \{7\}//p' |
-        grep -oE '^(--[-a-z]+( [A-Z]+\b)?|[-a-z]+[@:][^ ]*)')
-
 umask 022
 ln -s usr/bin/quorven "$scratch/launcher"
 stub ../usr/libexec/quorven/quorven 'printf "%s\n" "$PWD" "$@"; exit 7'

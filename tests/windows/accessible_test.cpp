@@ -46,10 +46,9 @@ void QAccessible::updateAccessibility(QAccessibleEvent* event) {
 QDBusPendingCall QDBusConnection::asyncCall(const QDBusMessage& request, int) const {
     const auto held = std::make_shared<int>();
     Accessible::awake = held;
-    for (const auto& text :
-         {request.service(), request.path(), request.interface(), request.member()})
-        Accessible::heard += text + ' ';
-    for (const QVariant& text : request.arguments())
+    for (const QVariant& text :
+         QVariantList{request.service(), request.path(), request.interface(), request.member()} +
+             request.arguments())
         Accessible::heard += text.toString() + '|';
     return QDBusPendingCall::fromCompletedCall(request.createReply(QVariant::fromValue(held)));
 }
@@ -74,8 +73,8 @@ TEST_F(Accessible, ThePageIsReadAndTypedDigitByDigit) {
                      "0100=FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF ................|"
                      "0102 FF|");
     EXPECT_EQ(inserted, 2 * 69) << "only the changed line";
-    EXPECT_TRUE(interface("txtBuffer")->state().editable);
-    EXPECT_TRUE(interface("txtBuffer")->state().multiLine);
+    const QAccessible::State state = interface("txtBuffer")->state();
+    EXPECT_TRUE(state.editable && state.multiLine);
     auto* page = interface("txtBuffer")->textInterface();
     auto* editor = interface("txtBuffer")->editableTextInterface();
     const int at = page->cursorPosition();
@@ -88,8 +87,8 @@ TEST_F(Accessible, ThePageIsReadAndTypedDigitByDigit) {
     EXPECT_EQ(page->text(at - 11, at + 3), "0100=FF A7 7F ");
     EXPECT_EQ(page->cursorPosition(), at + 1);
     auto* frame = QAccessible::queryAccessibleInterface(find("frmBuffer")->parentWidget());
-    EXPECT_EQ(frame->role(), QAccessible::Pane);
-    EXPECT_EQ(frame->text(QAccessible::Name), "Buffer");
+    EXPECT_EQ(std::pair(frame->role(), frame->text(QAccessible::Name)),
+              std::pair(QAccessible::Pane, QString("Buffer")));
 }
 
 TEST_F(Accessible, ARunIsHeardAndKeepsTheComputerAwake) {
@@ -117,8 +116,8 @@ TEST_F(Accessible, ARunIsHeardAndKeepsTheComputerAwake) {
     EXPECT_GT(percents.size(), 2);
     EXPECT_LE(percents.size(), 2 + time.elapsed() / 250) << "at most four a second";
     trigger("DeviceFunction", {[&] { run(0); }});
-    const QString request = "org.freedesktop.login1 /org/freedesktop/login1 "
-                            "org.freedesktop.login1.Manager Inhibit "
+    const QString request = "org.freedesktop.login1|/org/freedesktop/login1|"
+                            "org.freedesktop.login1.Manager|Inhibit|"
                             "sleep:idle|quorven|A chip is in use|block|";
     EXPECT_EQ(heard, request + "Programming ...|Programming ...   OK!|" + request +
                          "Reading ...|Reading ...   OK!|");
