@@ -38,7 +38,7 @@ const struct Damage {
     {"LongText", cfg, "3\n2\n1\n" + std::string(39, 'x') + "\u20AC" + std::string(65533, 'x'),
      ", line 4", "65535 bytes but finds \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\"."},
     {"OpenQuote", cfg, "3\n2\n1\n\"1.0\nb\"", ", line 4", "same line but finds \"1.0\"."},
-    {"NoSecondRow", dev, "a,b,c,1,4096,0,0,0\n", ", line 2, item 9 (row 2, name)", "of the file."},
+    {"NoSecondRow", dev, "a,b,c,1,4096,0,0,0", ", line 1, item 9 (row 2, name)", "of the file."},
     {"QuotedNumber", dev, "a,b,c,\"1\"", ", line 1, item 4", "finds the quoted text \"1\"."},
     {"AfterTheQuote", dev, "\"a\"b", ", line 1, item 1", "closing double quote but finds \"b\"."},
     {"AutoAbove20", "auto.cfg", "21\n", ", line 1, item 1 (entry count)", "finds \"21\"."},

@@ -100,7 +100,7 @@ const Row texts[] = {
      "<weight700>a<underline1>b¶"},
     {"Bullet", R"({\fonttbl{\f5\fcharset2 Signs;}}{\pntext\f5\'b7\tab}a)", "•→a¶"},
     {"BinaryAndBraces", "a\\bin4 }}{\\b}}}c{{{d", "abcd¶"},
-    {"Cells", R"(\trowd\cellx15\cellx60\intbl 1\par 2\cell\cell\row)", "¶<columns 1 3>[1¶2][]¶"},
+    {"Cells", R"(\trowd\cellx15\cellx60\intbl 1\par 2\cell\row\pard x)", "¶<columns 1 3>[1¶2][]x¶"},
     {"MoreCells", R"(\trowd\cellx9\intbl 1\cell 2\cell\row 3\cell\row)", "¶<columns 1>[1¶2][3]¶"},
     {"NoDescription", R"(\pard\intbl a\cell\row\pard after\par more)", "¶[a]after¶more¶"},
     {"NoRowEnd", R"(\trowd\cellx9\pard\intbl a\pard\par b\par)", "a¶b¶"},

@@ -163,7 +163,7 @@ TEST_F(Commands, DigitsAreTypedAndClickedWhereTheCaretIsShown) {
 
     const int left = page()->cursorRect(QTextCursor(page()->document())).left();
     const double digit = QFontMetricsF(page()->font()).horizontalAdvance('0');
-    std::string addresses;
+    std::string addresses = std::to_string(page()->viewport()->x()) + ' ';
     for (const int y : {14, 27, 28, 237, 238})
         for (const int x : {qRound(left + 8.2 * digit), qRound(left + 51.8 * digit)}) {
             QTest::mouseClick(page()->viewport(), Qt::LeftButton, {}, {x, y});
@@ -171,7 +171,7 @@ TEST_F(Commands, DigitsAreTypedAndClickedWhereTheCaretIsShown) {
             QTest::mouseClick(page()->viewport(), Qt::RightButton, {}, {left + 68, 40});
             addresses += text("lblAddress") + ' ';
         }
-    EXPECT_EQ(addresses, "0001 000F 0001 000F 0011 001F 00F1 00FF 00FF 00FF ");
+    EXPECT_EQ(addresses, "4 0001 000F 0001 000F 0011 001F 00F1 00FF 00FF 00FF ");
     press(Qt::CTRL | Qt::Key_W);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !viewOpen(); }));
 }
