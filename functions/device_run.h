@@ -98,7 +98,7 @@ private:
     // after each block; `take` returns whether to continue. After the last block, appends "OK!" to
     // the message line and returns true. After any failure, returns false.
     bool ReadBlocks(const std::string& openingText, const std::function<bool()>& take);
-    // Byte ByteIndex of the block in RxBytes.
+    // The byte at index ByteIndex of the block in RxBytes.
     std::uint8_t ReplyByte() const;
     // Compares the block in RxBytes byte by byte with the bytes that `expected` returns for
     // ByteIndex. At the first difference, sets the message line to `errorText` followed by the

@@ -228,7 +228,8 @@ class Screen(contextlib.ExitStack):
         return subprocess.run([tool, *words], env=self.env, check=False, capture_output=True,
                               timeout=20).stdout
 
-    # Saves a screenshot as soon as two in a row are equal, so that the window is fully drawn.
+    # Saves a screenshot as soon as two in a row are equal, because the window is then
+    # fully drawn.
     def picture(self, path):
         def shot():
             return self.ask("-silent", "-window", self.ask("getactivewindow").strip(), "+dither",

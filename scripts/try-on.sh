@@ -160,8 +160,8 @@ use_program() {
     rm -r "$tools$user_home/pictures"
 }
 
-# Compared with the files before the installation, only records of apt and debconf may differ, and
-# no file may be missing. The user's folder must remain.
+# After the purge, the files must be the same as before the installation: only records of
+# apt and debconf may differ, and no file may be missing. The user's folder must remain.
 remove_package() {
     step "apt purge quorven, and what came with it"
     logged purge in_root "$clean" apt-get purge --autoremove -y quorven

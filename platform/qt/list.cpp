@@ -37,10 +37,10 @@ protected:
             QListWidget::keyPressEvent(event);
     }
 
-    // Leaves an empty strip below the last row, so that no row is partly visible.
+    // Leaves an empty strip below the last visible row, so that no row is partly visible.
     void showEvent(QShowEvent* event) override {
         QPalette colours = palette();
-        colours.setBrush(QPalette::Window, colours.base()); // for the strip below the last row
+        colours.setBrush(QPalette::Window, colours.base()); // for the strip
         setPalette(colours);
         setAutoFillBackground(true);
         if (const int row = sizeHintForRow(0); row > 0)
