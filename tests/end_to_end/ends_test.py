@@ -105,9 +105,8 @@ with Screen() as screen:
     if run:
         box.until("power-down", lambda: frames(folder)[-2:] == POWER_DOWN)
     same("power-downs", frames(folder)[-4:].count(POWER_DOWN[1]), int(run))
-    same("files", set(os.listdir(folder)), names)
-    same("files of Qt", os.path.exists(screen.env["HOME"] + "/.config"), False)
-    same("lock file", lock.exists(), False)
+    same("files, files of Qt, lock file", (set(os.listdir(folder)), os.path.exists(
+        screen.env["HOME"] + "/.config"), lock.exists()), (names, False, False))
     same("status of simbox", box.stop(), 0)
     same("settings", (folder / "quorven.cfg").read_bytes(),
          NEW_SETTINGS if status == 0 else OLD_SETTINGS)

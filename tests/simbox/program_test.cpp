@@ -28,14 +28,15 @@ const struct ProgramRun {
     {"LinkOverAFile", "--link long", 1, {"simbox: long exists and is not a symbolic link"}},
     // A shorter file fills the start of the chip, which is locked until it is erased.
     {"EveryOption",
-     "--link com5 --chip chip --fill b5 --firmware 123456789012 --trace - --fault pull@I2",
+     "--link com5 --chip chip --fill b5 --firmware 123456789012 --trace - --fault pull@I2 --fault "
+     "status@L:06",
      3,
      {"simbox ready: com5 -> /dev/", "> 00 00 00 01 49  identify", "firmware 123456789012",
       "set up socket class 3 set-up A0 3F pins F9 00", "read block 0000-00FF chip code 8",
       "< 06 06 06 06 00 00 ", "< 06 06 06 06 41 B5 ", "... (260 bytes)  data of block 0000",
       "load 2 bytes", "write block 0000-0001 chip code 9 option 4 mode 2", "set supplies 12 0 50",
-      "class 1 set-up A0 3F write pins FA C0 read pins F8 C1", "lock step FF 0A", "erase 00",
-      "release socket", "< -  cable pulled",
+      "class 1 set-up A0 3F write pins FA C0 read pins F8 C1", "lock step FF 0A",
+      " (injected fault)", "erase 00", "release socket", "< -  cable pulled",
       "simbox: protocol error: frame 2, malformed: unknown command code 58"},
      "\0\0\0\1I\0\0\0\1X\0\0\0\6S\4\0\0\0\0\0\0\0\6R\0\0\0\xFF\b\0\0\0\6S\3\xA0\x3F\xF9\0"
      "\0\0\0\6R\0\0\0\xFF\b\0\0\0\3D12\0\0\0\bW\0\0\0\1\t\4\2\0\0\0\4V\f\0\x32"

@@ -56,6 +56,7 @@ QDBusPendingCall QDBusConnection::asyncCall(const QDBusMessage& request, int) co
 TEST_F(Accessible, ThePageIsReadAndTypedDigitByDigit) {
     start(noPort);
     trigger("DeviceSelect", {[&] {
+                find<QListWidget>("listDevice")->setCurrentRow(9); // the last long one
                 heard += find("listDevice")->accessibleDescription() + '|';
                 escape();
             }});
@@ -112,8 +113,7 @@ TEST_F(Accessible, ARunIsHeardAndKeepsTheComputerAwake) {
     }};
     QTest::keyClick(find<QMenu>("Device"), 'f'); // not an access key
     EXPECT_TRUE(QTest::qWaitFor([&] { return percents.last() == 100; }));
-    EXPECT_TRUE(std::ranges::is_sorted(percents));
-    EXPECT_GT(percents.size(), 2);
+    EXPECT_TRUE(std::ranges::is_sorted(percents) && percents.size() > 2);
     EXPECT_LE(percents.size(), 2 + time.elapsed() / 250) << "at most four a second";
     trigger("DeviceFunction", {[&] { run(0); }});
     const QString request = "org.freedesktop.login1|/org/freedesktop/login1|"
