@@ -95,7 +95,7 @@ const Row texts[] = {
     {"CodePage", R"(\'e9\'80\'93\'81\'07\u127? \'zz)", "é€“��� zz¶"},
     {"Unicode", R"(\u8364?x\uc2\u233\'c3\'a9y\uc0\u8226 z{\uc1\u65 {}?})", "€xéy•zA?¶"},
     {"Surrogates", R"(\u-10179?\u-8704? x\u-10179?x \u-3913?\u2325?)", "😀 x�x •�¶"},
-    {"Hidden", R"({\info{\title t}}{\header h}{\*\new{n}}{\v h}x)", "x¶"},
+    {"Hidden", R"({\info{\title t}}{\header h}{\*\new{n}}{\v h)" + pict("png") + "}x", "x¶"},
     {"Link", R"({\b a}{\field{\*\fldinst HYPERLINK "u"}{\fldrslt{\ul b}}})",
      "<weight700>a<underline1>b¶"},
     {"Bullet", R"({\fonttbl{\f5\fcharset2 Signs;}}{\pntext\f5\'b7\tab}a)", "•→a¶"},
