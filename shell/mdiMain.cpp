@@ -315,6 +315,7 @@ void mdiMain::Reopen() {
     bufferWindow_->setAttribute(Qt::WA_DeleteOnClose);
     auto* view = new frmBuffer(bufferWindow_);
     bufferWindow_->setWidget(view);
+    bufferWindow_->setAccessibleName(view->windowTitle());
     bufferWindow_->setFixedSize(bufferWindow_->sizeHint());
     area_->addSubWindow(bufferWindow_, bufferWindow_->windowFlags());
     bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));

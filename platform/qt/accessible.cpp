@@ -56,7 +56,7 @@ QAccessibleInterface* make(const QString&, QObject* object) {
     if (auto* own = dynamic_cast<OwnAccessible*>(object))
         return own->makeAccessible();
     if (auto* inner = qobject_cast<QMdiSubWindow*>(object))
-        return new QAccessibleWidget(inner, QAccessible::Pane, inner->windowTitle());
+        return new QAccessibleWidget(inner, QAccessible::Pane);
     auto* label = qobject_cast<QLabel*>(object);
     return label && qobject_cast<QGroupBox*>(label->parent()) ? new FramedLabel(label) : nullptr;
 }
