@@ -80,7 +80,7 @@ TEST_F(Files, OffsetsSelectAndMoveBytesUpToTheEndOfTheImage) {
           std::tuple(&OpenBinFile, 3, 4096, ""s, 4099, text.substr(3)),
           std::tuple(&OpenBinFile, INT32_MAX, INT32_MAX, ""s, 0, ""s),
           std::tuple(&OpenBinFile, 0, 69967, ""s, 69967, text),
-          std::tuple(&OpenBinFile, 0, 69968, file + past, 69968, text.substr(0, 33))}) {
+          std::tuple(&OpenBinFile, 0, 70000, file + past, 70000, text.substr(0, 1))}) {
         state().FileAddress = fileAddress;
         state().BufferAddress = bufferAddress;
         EXPECT_EQ(attempt(command, file), report);

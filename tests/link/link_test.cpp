@@ -4,11 +4,10 @@
 #include "tests/support/run_fixture.h"
 
 using namespace modFunc;
-using Link = RunTest;
 
 // The port number, a fault, and what is then shown: the message box before the state and the panels
 // change, with stale bytes on an open port.
-TEST_F(Link, DiscoveryTakesTwelveBytesWithinHundredMillisecondsByteForByteAndLetsNoRunStart) {
+TEST_F(RunTest, DiscoveryTakesTwelveBytesWithinHundredMillisecondsByteForByteAndLetsNoRunStart) {
     const std::string found = "Device Found!: Firmware: ",
                       panels = "COM7 Device: DIP40 8K Size: 2000H",
                       none = "! Communication Error: Cannot find device at COM 7 ! none closed ";
@@ -44,7 +43,7 @@ TEST_F(Link, DiscoveryTakesTwelveBytesWithinHundredMillisecondsByteForByteAndLet
 }
 
 // A wait for a reply of twelve bytes: when it ends, and the state afterwards.
-TEST_F(Link, WaitsEndByCountOrTimeOut) {
+TEST_F(RunTest, WaitsEndByCountOrTimeOut) {
     for (const auto& [fault, endsAtMs, timedOut, timerStopped, waitingBytes] :
          {std::tuple("long@1:1", 0, false, false, 13),
           std::tuple("torn@1:11:999ms", 999, false, true, 12), // before, with and after the tick

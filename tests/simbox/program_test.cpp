@@ -33,7 +33,7 @@ const struct ProgramRun {
      3,
      {"simbox ready: com5 -> /dev/", "> 00 00 00 01 49  identify", "firmware 123456789012",
       "set up socket class 3 set-up A0 3F pins F9 00", "read block 0000-00FF chip code 8",
-      "< 06 06 06 06 00 00 ", "< 06 06 06 06 41 B5 ", "... (260 bytes)  data of block 0000",
+      "< 06 06 06 06 00 00 ", "< 06 06 06 06 41 B5 ", "... (260 bytes)  data of block 0000\n",
       "load 2 bytes", "write block 0000-0001 chip code 9 option 4 mode 2", "set supplies 12 0 50",
       "class 1 set-up A0 3F write pins FA C0 read pins F8 C1", "lock step FF 0A",
       " (injected fault)", "erase 00", "release socket", "< -  cable pulled",

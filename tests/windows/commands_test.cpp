@@ -85,6 +85,7 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
 
 TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
     state().AutoList[2] = 6; // Auto itself
+    state().TimedOut = false; // the splash's timer has ended
     trigger("OptionsEditAuto", {[&] {
                 for (int row = 3; row < 25; ++row)
                     click("cmdMoveRight");
@@ -95,6 +96,7 @@ TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
             }});
     const std::string added = QByteArray("1\r\n").repeated(18).toStdString();
     EXPECT_EQ(folder.read("auto.cfg"), "20\r\n3\r\n4\r\n" + added);
+    EXPECT_FALSE(state().TimedOut);
 }
 
 // Settings outside their ranges still give a program.
