@@ -146,7 +146,7 @@ use_program() {
     # Wrappers that run the programs in $clean, without the capability to enter it.
     for name in quorven simbox; do
         printf '#!/bin/sh\nexec %s "$PWD" %s "$@"\n' \
-            "chroot /clean setpriv --ambient-caps=-all --inh-caps=-all -- sh -c 'cd \"\$0\" && exec \"\$@\"'" \
+            "/usr/sbin/chroot /clean setpriv --ambient-caps=-all --inh-caps=-all -- sh -c 'cd \"\$0\" && exec \"\$@\"'" \
             "/usr/bin/$name" >"$tools/srv/quorven/bin/$name"
         chmod +x "$tools/srv/quorven/bin/$name"
     done
@@ -154,7 +154,7 @@ use_program() {
     as_user /srv/quorven/bin/quorven >"$cache/first-start.log" 2>&1 || true
     diff -r "$clean/usr/share/quorven" "$clean$folder" || fail "the first start"
     as_user mkdir "$user_home/pictures"
-    as_user env PATH=/usr/sbin:/usr/bin:/bin /srv/quorven/scripts/demo.py /srv/quorven/bin/quorven \
+    as_user /srv/quorven/scripts/demo.py /srv/quorven/bin/quorven \
         /srv/quorven/bin/simbox "$folder" "$user_home/pictures"
     cp "$tools$user_home"/pictures/* "$cache/pictures/"
     rm -r "$tools$user_home/pictures"
