@@ -84,7 +84,7 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
 }
 
 TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
-    state().AutoList[2] = 6; // Auto itself
+    state().AutoList[2] = 6;  // Auto itself
     state().TimedOut = false; // the splash's timer has ended
     trigger("OptionsEditAuto", {[&] {
                 for (int row = 3; row < 25; ++row)
