@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzzers with Clang and runs each target (by default
-# all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or
+# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzz targets with Clang and runs each of them (by
+# default all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or
 # "fuzz.sh 1000000x intel_hex". Prints a line for each target; the exit status is 0 only if no fault
 # was found. A target consists of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in
 # max_bytes below, and a folder of inputs in fuzz/corpus/. Every test run replays these inputs:
@@ -45,7 +45,7 @@ for target in "$@"; do
     corpus=build/fuzz/corpus/$target log=build/fuzz/$target.log
     mkdir -p "$corpus" build/fuzz/findings
     cp -n "fuzz/corpus/$target"/* "$corpus"
-    result="no finding"
+    result="no fault"
     if ! ASAN_OPTIONS=quarantine_size_mb=16:malloc_context_size=2 \
         "build/fuzz/fuzz-build/fuzz_$target" "$limit" -max_len="${max_bytes[$target]}" -timeout=10 \
         -rss_limit_mb=1024 -malloc_limit_mb=64 -reload=0 -print_final_stats=1 \

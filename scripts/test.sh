@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs missing packages, builds with sanitizers and warnings as errors, runs every test, checks
-# the formatting, runs clang-tidy on the sources, builds the release and its package, and checks the
-# package. The last line of the output states how many tests passed and failed; the exit status is 0
+# the formatting, runs clang-tidy on the sources, checks the includes, builds the release and its
+# package, checks the package, and counts the test lines. The last line of the output states how many tests passed and failed; the exit status is 0
 # only if nothing failed.
 set -euo pipefail
 
@@ -41,7 +41,7 @@ check_format() {
     local files
     mapfile -t files < <(sources "${code_folders[@]}" tests bench fuzz)
     if clang-format-19 --dry-run -Werror "${files[@]}"; then
-        echo "formatting: ${#files[@]} files as .clang-format has them"
+        echo "formatting: ${#files[@]} files match .clang-format"
     else
         format_status=1
         echo "formatting: FAILED; clang-format-19 -i corrects it"
@@ -61,7 +61,7 @@ check_lint() {
     fi
 }
 
-# Prints each #include of the sources that is not from one of the folders, a regular expression.
+# Prints each #include of the sources whose folder does not match the regular expression FOLDERS.
 includes_of() { # SOURCE... FOLDERS
     ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || include_status=1
 }

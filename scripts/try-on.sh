@@ -21,7 +21,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cache=$PWD/build/try-on/$release
 work=$cache/work
 tools=$work/tools      # a root with everything that setup.sh installs
-clean=$tools/clean     # a root with only the package; inside $tools, whose programs enter it
+clean=$tools/clean     # a root with only the package; inside $tools, so that programs there can enter it
 user_home="/home/Zoë Müller" # a space and a non-ASCII letter, as in real names
 folder=$user_home/.local/share/quorven
 user=59871
@@ -152,7 +152,7 @@ use_program() {
     done
     # Without a display, the first start only prepares the user's folder.
     as_user /srv/quorven/bin/quorven >"$cache/first-start.log" 2>&1 || true
-    diff -r "$clean/usr/share/quorven" "$clean$folder" || fail "the first start"
+    diff -r "$clean/usr/share/quorven" "$clean$folder" || fail "the first start did not copy the data files"
     as_user mkdir "$user_home/pictures"
     as_user /srv/quorven/scripts/demo.py /srv/quorven/bin/quorven \
         /srv/quorven/bin/simbox "$folder" "$user_home/pictures"
@@ -163,14 +163,14 @@ use_program() {
 # After the purge, the files must be the same as before the installation: only records of
 # apt and debconf may differ, and no file may be missing. The user's folder must remain.
 remove_package() {
-    step "apt purge quorven, and what came with it"
+    step "apt purge quorven and its dependencies"
     logged purge in_root "$clean" apt-get purge --autoremove -y quorven
     files_in_clean >"$work/after"
     diff "$work/before" "$work/after" | grep '^[<>]' |
         grep -vE '/var/(lib/apt/extended_states|log/apt/[^/]*|cache/debconf/tmp.ci)$' >"$work/changes" || true
     cat "$work/changes"
-    [[ ! -s $work/changes ]] || fail "that was left, or is missing"
-    [[ -f $clean$folder/quorven.cfg ]] || fail "the user's folder is gone, too"
+    [[ ! -s $work/changes ]] || fail "these files were left, or are missing"
+    [[ -f $clean$folder/quorven.cfg ]] || fail "the purge removed the user's folder"
 }
 
 make_cached_roots

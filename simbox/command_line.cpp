@@ -52,7 +52,7 @@ Taker fault(std::vector<Fault>& faults) {
 Taker firmware(std::string& target) {
     return [&target](std::string_view value) {
         target = value;
-        return value.size() == firmwareLength ? "" : "12 characters expected";
+        return value.size() == firmwareLength ? "" : "12 bytes expected";
     };
 }
 
@@ -69,9 +69,9 @@ std::vector<Option> optionsFor(Settings& s) {
         {"--write-time US", "microseconds from a write frame to its reply, default 0",
          number(s.options.writeTimeUs, 10, 0, 60'000'000,
                 "microseconds from 0 to 60000000 expected")},
-        {"--fill HH", "value of every byte of a new chip, default A5",
+        {"--fill HH", "value of every byte not loaded with --chip, default A5",
          number(s.options.fill, 16, 0, 0xFF, "a byte in hexadecimal expected")},
-        {"--firmware TEXT", "firmware text, 12 characters", firmware(s.options.firmware)},
+        {"--firmware TEXT", "firmware text, 12 bytes", firmware(s.options.firmware)},
         {"--fault TEXT", "inject a fault (see below); can be repeated", fault(s.options.faults)},
         {"--help", "print this text and exit", flag(s.help)},
     };

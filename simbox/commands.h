@@ -15,7 +15,7 @@ namespace simbox {
 
 struct Options {
     std::uint32_t baud = 57600;            // 0: unthrottled
-    std::string firmware = "SimBox v1.00"; // identify reply; the program expects 12 characters
+    std::string firmware = "SimBox v1.00"; // identify reply; the program expects 12 bytes
     std::int64_t writeTimeUs = 0;          // from a "W" frame's arrival to the start of its reply
     std::uint8_t fill = 0xA5;              // every byte of a new chip
     std::vector<Fault> faults;             // several may apply to one frame, in this order

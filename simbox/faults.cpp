@@ -82,7 +82,7 @@ bool parseArgument(char kind, std::string_view text, Fault& fault) {
 std::string argumentName(char kind) {
     switch (kind) {
     case 'F':
-        return "a frame such as @7, @W3 or @R";
+        return "a frame such as 7, W3 or R";
     case 'K':
         return "a count of bytes, 0 to 65536";
     case 'T':

@@ -121,7 +121,7 @@ void Programmer::receiveByte(IncomingByte byte) {
         return;
     const std::uint32_t length = LengthOf(partial_);
     if (length > maxLength) {
-        reportError(byte.atUs, "length " + std::to_string(length) + " is too great; input dropped");
+        reportError(byte.atUs, "length " + std::to_string(length) + " is too large; input dropped");
         partial_.clear();
         incoming_.clear();
     } else if (partial_.size() == lengthFieldBytes + length) {

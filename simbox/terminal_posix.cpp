@@ -78,7 +78,7 @@ void Terminal::open() {
         throw failure("cannot open a pseudo-terminal");
     const char* name = ptsname(master_.value);
     if (name == nullptr)
-        throw failure("cannot name the pseudo-terminal");
+        throw failure("cannot get the name of the pseudo-terminal");
     path_ = name;
     slave_.value = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios raw{};

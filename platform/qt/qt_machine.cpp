@@ -40,9 +40,9 @@ void QtEventQueue::Yield() {
 
 namespace {
 
-// The window that owns a message box, even while another program is active. Without an owner, the
-// message box could be hidden by the main window: the user would not notice it, and the socket
-// would stay powered.
+// Returns the window that is to own a message box; finds one even when another program is active.
+// Without an owner, the message box could be hidden by the main window: the user would not notice
+// it, and the socket would stay powered.
 QWidget* messageOwner() {
     if (QWidget* active = QApplication::activeWindow(); active && active->isVisible())
         return active;

@@ -11,7 +11,8 @@ using R = RichTextReader;
 
 constexpr qsizetype maxTabStops = 32;
 constexpr std::size_t maxCells = 64; // in a row
-// Limits how much text a large number in a damaged file can hide.
+// Maximum for \uc, the number of characters skipped after each \u. Without it, a damaged file with
+// a large number there could hide most of its text.
 constexpr int maxFallback = 16;
 // Qt prints a warning for a font of size 0. A subscript has two thirds of the text's size, so a
 // text size of 1 would result in 0.

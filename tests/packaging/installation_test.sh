@@ -22,7 +22,7 @@ launch() {
     (cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "$@" "$scratch/launcher" \
         -style "two words" 2>&1) || echo "status $?"
 }
-# The output after the folder: arguments and exit status are passed through.
+# What the launcher prints after the folder if it passes on the arguments and the exit status.
 started=$'\n-style\ntwo words\nstatus 7'
 
 cmake --install "$1" --prefix "$tree" >"$scratch/install.log"

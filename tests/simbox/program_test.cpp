@@ -19,7 +19,7 @@ const struct ProgramRun {
     {"ValueMissing", "--help --fill", 2, {"simbox: --fill: value missing"}},
     {"UnknownOption", "--fil", 2, {R"(simbox: unknown option "--fil")"}},
     {"NoPath", "--link ''", 2, {R"(--link "": a path expected)"}},
-    {"Firmware11", "--firmware 12345678901", 2, {"12 characters expected"}},
+    {"Firmware11", "--firmware 12345678901", 2, {"12 bytes expected"}},
     {"Baud0", "--baud 0", 2, {R"(simbox: --baud "0": a number from 1 to 4000000 expected)"}},
     {"WrongFault", "--fault short@1", 2, {R"(":" and a count of bytes, 0 to 65536 expected)"}},
     {"TraceNotWritable", "--trace none/t", 1, {"simbox: cannot write none/t\n"}},

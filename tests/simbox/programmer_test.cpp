@@ -67,7 +67,7 @@ TEST_P(Moments, AcceptTheirFramesOnly) {
         const bool reply = !line.after({frame}).empty();
         if (reply)
             accepted.push_back(frame);
-        // Two protocol errors: a length that is too great, and an incomplete frame.
+        // Two protocol errors: a length that is too large, and an incomplete frame.
         line.programmer.Receive(line.nowUs, Bytes{0, 1, 0, 1, 'I', 'I', 'I'});
         line.programmer.Receive(line.nowUs, Bytes{0, 0, 0});
         EXPECT_TRUE(line.after({V0, S0, I}).ends_with("53 69 6D 42 6F 78 20 76 31 2E 30 30"));

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-# Ends that the user did not request.
+# Tests how the program ends: on a signal, a crash, an exception or a lost display, and by File Exit
+# with inherited signals and closed standard descriptors.
 #
-#   ends_test.py QUORVEN SIMBOX FAULTS FOLDER CASE
+#   termination_test.py QUORVEN SIMBOX FAULTS FOLDER CASE
 #
 # FOLDER is recreated. Afterwards the supplies must be off, each file must be the old or the new one,
 # and no other file may be left.
@@ -17,7 +18,7 @@ import sys
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
 from driver import POWER_DOWN, ROOT, Screen, frames, same, start_simbox  # noqa: E402
 
-# What ends the program, its state and any obstacle: the exit status and a text on the console.
+# CAUSE-STATE[-OBSTACLE]: the expected exit status and a text expected on the console.
 CASES = {"SIGTERM-idle": (0, ""), "SIGINT-run": (0, ""), "SIGHUP-message": (0, ""),
          "SIGTERM-dialog": (0, ""), "SIGTERM-run-full": (1, "File too large"),
          "SIGTERM-run-interrupted": (-signal.SIGQUIT, ""),
@@ -36,7 +37,8 @@ status, console = CASES[sys.argv[5]]
 run, inherited = state in ("run", "message"), state == "inherited"
 
 
-# A line of /proc/PID/status; numbers without signals 32 and 33, which the C library uses.
+# The value of `key` in /proc/PID/status. A set of signals is returned as a number, without the bits
+# of signals 32 and 33, which the C library uses.
 def process(key):
     value = re.search(f"^{key}:\t(.*)", pathlib.Path(f"/proc/{app.pid}/status").read_text(), re.M)[1]
     return value if key == "State" else int(value, 16) & ~(3 << 31)
