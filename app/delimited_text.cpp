@@ -97,7 +97,7 @@ std::int32_t DelimitedReader::NextNumber(std::string_view meaning, std::int32_t 
                                          std::int32_t max) {
     const std::string expected =
         "a whole number from " + std::to_string(min) + " to " + std::to_string(max);
-    const bool firstOfLine = position_ == 0 || isLineEnd(text_[position_ - 1]);
+    const bool firstOfLine = item_ == 0 || isLineEnd(text_[position_ - 1]);
     const std::string_view item = nextItem(meaning, expected);
     std::string_view digits = item;
     while (!digits.empty() && isBlank(digits.back()))

@@ -2,8 +2,9 @@
 // files. In an Intel HEX file, each record is one item.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
-// Blanks before an item are skipped. An item that starts with a double quote is returned without
-// its quotes and may contain commas; any other item ends at the next comma or line end.
+// A UTF-8 byte order mark, and blanks (spaces and tabs) before an item, are skipped. An item that
+// starts with a double quote is returned without its quotes and may contain commas; it is never a
+// number. Any other item ends at the next comma or line end.
 #pragma once
 
 #include <cstdint>
@@ -56,7 +57,7 @@ private:
 };
 
 // One item on a line of its own, ended by CR LF: a number is written in plain decimal, a string in
-// double quotes.
+// double quotes; the string must not contain a double quote or a line end.
 std::string DelimitedLine(std::int32_t number);
 std::string DelimitedLine(const std::string& text);
 

@@ -1,9 +1,12 @@
-// Start-up and the start files: the settings, the device list and the Auto sequence.
+// Start-up and the three data files that it reads: the settings, the device list and the Auto
+// sequence.
 //
-// All three files must be in the folder AppPath. A procedure that reads one of them throws
+// These files must be in the folder AppPath. A procedure that reads one of them throws
 // platform::FileError if the file is missing or damaged or contains a value outside its limits. The
-// message names the file, the cause and, for a damaged file, the item. A text item may have up to
-// 65535 bytes. The Parse... procedures read a file whose text is already in memory.
+// message names the file, the cause and, for a damaged file, the item. State may then be
+// partly filled. A text item may have up to 65535 bytes and contain no zero byte; those of the
+// settings may not contain a double quote either. The Parse... procedures read a file whose text is
+// already in memory.
 #pragma once
 
 #include <string>
@@ -24,11 +27,12 @@ void Main();
 // ProgramVersion and ProgramDate.
 void ReadSettings();
 void ParseSettings(DelimitedReader& reader);
-// Replaces the contents of quorven.cfg with these five items, completely or not at all. Throws
+// Replaces the contents of quorven.cfg with these five items by platform::ReplaceFile. Throws
 // platform::FileError.
 void WriteSettings();
 
-// Reads quorven.dev: eight items for each of the rows 1 to DeviceCount of DeviceList. The rest of
+// Reads quorven.dev: eight items for each of the rows 1 to DeviceCount of DeviceList. DeviceCount
+// must have been read. The rest of
 // the file is ignored.
 void ReadDeviceList();
 void ParseDeviceList(DelimitedReader& reader);
@@ -36,8 +40,8 @@ void ParseDeviceList(DelimitedReader& reader);
 // Reads auto.cfg: AutoCount (0..20), then that many function codes into AutoList.
 void ReadAutoFile();
 void ParseAutoFile(DelimitedReader& reader);
-// Replaces the contents of auto.cfg with AutoCount and the entries of AutoList, completely or not
-// at all. Throws platform::FileError.
+// Replaces the contents of auto.cfg with AutoCount and the entries of AutoList by
+// platform::ReplaceFile. Throws platform::FileError.
 void WriteAutoFile();
 
 } // namespace modFunc

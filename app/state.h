@@ -50,7 +50,8 @@ struct State {
 
     // The image: bytes 0..70000, whichever device is selected. Byte n belongs to chip address n.
     Bytes BufferData = Bytes(lastBufferIndex + 1);
-    // Sum of the first Size bytes of BufferData (Size of the selected device), modulo 65536.
+    // Sum of the first Size bytes of BufferData (Size of the selected device), modulo 65536, as of
+    // the last ComputeCheckSum().
     std::int32_t BufferCheckSum = 0;
 
     // Result of frmBufferFill.
@@ -97,7 +98,7 @@ struct State {
 
 // The one instance.
 State& state();
-// Sets every field to zero, false or empty.
+// Sets every field to zero, false or empty. References to fields become invalid.
 void ResetState();
 
 // The selected device's rows of DeviceList and FamilyTable. selectedFamily() throws

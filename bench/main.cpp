@@ -170,8 +170,10 @@ void measureStart(const TemporaryFolder& folder) {
                     {QStringLiteral("start"), QString::number(now.count(), 'f')});
         check(child.waitForFinished() && child.exitCode() == 0, "the program does not start");
         const QList<QByteArray> printed = child.readAllStandardOutput().split(' ');
+        bool numbers = false;
         milliseconds.push_back(printed.value(0).toDouble() - splashMs - discoveryMs);
-        mebibytes.push_back(printed.value(1).toDouble());
+        mebibytes.push_back(printed.value(1).trimmed().toDouble(&numbers));
+        check(numbers, "the locale has a decimal comma");
     }
     row("Start to main window, less fixed waits", "%.0f ms", median(milliseconds));
     row("Resident memory, image loaded, hex view open", "%.1f MiB", median(mebibytes));
@@ -243,8 +245,7 @@ void measureGaps(const TemporaryFolder& folder) {
     check(gapsMs.size() == deviceBytes / blockBytes, "not every block was read");
     row("Blank, 64 KiB, unthrottled line", "%.0f ms", run.ms, "900 ms of it are pauses");
     row("  last byte of a reply to next frame, median of 256", "%.3f ms", median(gapsMs));
-    row("  worst of 256", "%.3f ms", *std::ranges::max_element(gapsMs),
-        "limit 2 ms");
+    row("  worst of 256", "%.3f ms", *std::ranges::max_element(gapsMs), "limit 2 ms");
 }
 
 template <typename Action>

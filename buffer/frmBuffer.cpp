@@ -53,10 +53,8 @@ QLabel* addHexLabel(QWidget* parent, const char* name, const TwipsRect& rect) {
     QLabel* label =
         addLabel(parent, name, QStringLiteral("0000"), rect, fixedFont(points9_75, QFont::Bold));
     label->setAlignment(Qt::AlignCenter);
-    setTextColour(label, Qt::white);
-    QPalette colours = label->palette();
-    colours.setColor(QPalette::Window, QColor(0, 0, 128));
-    label->setPalette(colours);
+    setColour(label, QPalette::WindowText, Qt::white);
+    setColour(label, QPalette::Window, QColor(0, 0, 128));
     label->setAutoFillBackground(true);
     return label;
 }
@@ -132,15 +130,23 @@ void PageBox::keyPressEvent(QKeyEvent* event) {
 
 // The line height is smaller than the font's, so the lines overlap and Qt's own hit test misses
 // some pixel rows. This function therefore computes the line from the y coordinate alone.
+int PageBox::characterAt(const QPoint& point) const {
+    const QTextBlock line = document()->findBlockByNumber(point.y() / lineHeight());
+    const int x = point.x() + horizontalScrollBar()->value();
+    if (!line.isValid())
+        return -1;
+    return line.position() + line.layout()->lineAt(0).xToCursor(x, QTextLine::CursorOnCharacter);
+}
+
+void PageBox::click(int position) {
+    const QTextBlock line = document()->findBlock(position);
+    if (line.isValid())
+        Q_EMIT clicked(line.blockNumber() - 1, position - line.position());
+}
+
 void PageBox::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton)
-        return;
-    const int line = event->pos().y() / lineHeight();
-    const int x = event->pos().x() + horizontalScrollBar()->value();
-    const QTextBlock hit = document()->findBlockByNumber(line);
-    if (hit.isValid())
-        Q_EMIT clicked(line - 1,
-                       hit.layout()->lineAt(0).xToCursor(x, QTextLine::CursorOnCharacter));
+    if (event->button() == Qt::LeftButton)
+        click(characterAt(event->pos()));
 }
 
 void PageBox::wheelEvent(QWheelEvent* event) {
@@ -157,12 +163,9 @@ frmBuffer::frmBuffer(QWidget* parent)
     txtBuffer->setObjectName(QStringLiteral("txtBuffer"));
     txtBuffer->setGeometry(TwipsRect{120, 360, 9975, 3615}.inPixels());
     txtBuffer->setAccessibleName(tr("Buffer"));
-    vsc = new QScrollBar(Qt::Vertical, this);
-    vsc->setObjectName(QStringLiteral("vsc"));
-    vsc->setGeometry(TwipsRect{9840, 360, 255, 3615}.inPixels());
+    vsc = laidOut(new QScrollBar(Qt::Vertical, this), "vsc", {9840, 360, 255, 3615});
     vsc->setAccessibleName(tr("Buffer line"));
     vsc->setFocusPolicy(Qt::StrongFocus);
-    vsc->setSingleStep(1);
     vsc->setPageStep(1);
     vsc->setTracking(false); // the page moves only when the thumb is released
     txtBuffer->wheelBar = vsc;

@@ -22,9 +22,12 @@ public:
     // which all 17 lines fit.
     void showPage(const std::string& text);
     void selectCharacter(int row, int column);
+    // Position in the text of the character at a point of the viewport; -1 if there is no line.
+    int characterAt(const QPoint& point) const;
+    void click(int position); // has the effect of a click on that character
     QAccessibleInterface* makeAccessible() override;
 
-    QScrollBar* wheelBar = nullptr;
+    QScrollBar* wheelBar = nullptr; // must be set before the first wheel event
 
 Q_SIGNALS:
     void clicked(int row, int column);

@@ -3,7 +3,6 @@
 #include "app/hex_text.h"
 #include "app/state.h"
 #include "buffer/image.h"
-#include "platform/machine.h"
 #include "platform/qt/controls.h"
 
 #include <QLabel>
@@ -77,11 +76,4 @@ void frmBufferFill::cmdOk_Click() {
     s.FillLength = *length;
     s.FillConfirmed = true;
     accept();
-}
-
-// Shows the cause and selects the contents of `textBox`. The dialog stays open.
-void frmBufferFill::rejectInput(QLineEdit* textBox, const std::string& cause) {
-    platform::machine().msgBox.Show("Buffer Fill", cause, platform::MessageBox::Icon::Critical);
-    textBox->setFocus();
-    textBox->selectAll();
 }

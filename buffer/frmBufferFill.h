@@ -5,7 +5,7 @@
 class QLineEdit;
 class QPushButton;
 
-// Asks what Buffer Fill writes and where. Sets FillConfirmed and, on OK, FillByte, FillStart and
+// Asks what Buffer Fill writes and where. Sets FillConfirmed and FillByte and, on OK, FillStart and
 // FillLength; the range that they describe is within the image.
 class frmBufferFill : public Form {
     Q_OBJECT
@@ -16,7 +16,6 @@ public:
 private:
     void connectHandlers();
     void cmdOk_Click();
-    void rejectInput(QLineEdit* textBox, const std::string& cause);
 
     QLineEdit* txtFillWith;
     QLineEdit* txtStart;

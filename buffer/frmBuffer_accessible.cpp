@@ -39,10 +39,7 @@ public:
     void setSelection(int, int, int) override {}
 
     int cursorPosition() const override { return page_->textCursor().selectionStart(); }
-    void setCursorPosition(int position) override {
-        const QTextBlock line = page_->document()->findBlock(position);
-        Q_EMIT page_->clicked(line.blockNumber() - 1, position - line.position());
-    }
+    void setCursorPosition(int position) override { page_->click(position); }
     QString text(int start, int end) const override {
         return page_->toPlainText().mid(start, end - start);
     }
@@ -58,7 +55,7 @@ public:
                 QSize(std::max(0, right.left() - left.left()), left.height())};
     }
     int offsetAtPoint(const QPoint& point) const override {
-        return page_->cursorForPosition(page_->viewport()->mapFromGlobal(point)).position();
+        return page_->characterAt(page_->viewport()->mapFromGlobal(point));
     }
     void scrollToSubstring(int, int) override {} // all text is visible
     QString attributes(int, int* start, int* end) const override {

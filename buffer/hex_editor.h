@@ -28,14 +28,16 @@ public:
     // Address of the byte under the caret.
     std::int32_t Address() const;
 
-    // Puts line `topLine`, 0..LastLine(), at the top of the page and the caret on the first digit
-    // of the page.
+    // Puts line `topLine`, which must be 0..LastLine(), at the top of the page and the caret on the
+    // first digit of the page.
     void ScrollTo(std::int32_t topLine);
     // Puts the caret on the first digit of the page.
     void Home();
     // A click on a row and column of the page's text; row -1 is the heading. If there is a digit of
     // a byte at that position, the caret goes there; otherwise it does not move.
     void Click(int row, int column);
+    // Moves the caret. At the edge of the page the page scrolls by one line if it can; Left and
+    // Right then put the caret on the first digit of the new line.
     void Press(Key key);
     // Stores a typed hexadecimal digit of either case in the image, moves the caret as Key::Right
     // does and returns true. For any other character, or if the caret is past the end of the image,

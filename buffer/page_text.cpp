@@ -11,9 +11,7 @@ namespace modFunc {
 namespace {
 
 constexpr char heading[] = "ADDR                       HEX                            ASCII\r\n";
-constexpr std::size_t headingLength = 65;
-static_assert(sizeof heading - 1 == headingLength);
-constexpr std::size_t lineLength = 71;
+constexpr std::size_t pageCharacters = 1201;
 constexpr int firstDigitColumn = 5;
 constexpr int byteColumns = 3; // two digits and a blank
 
@@ -41,7 +39,7 @@ void appendLine(std::string& text, std::int32_t address, std::span<const std::ui
 
 std::string PageText(std::int32_t topLine, std::span<const std::uint8_t> image) {
     std::string text;
-    text.reserve(headingLength + pageLines * lineLength);
+    text.reserve(pageCharacters);
     text += heading;
     for (int line = 0; line < pageLines; ++line)
         appendLine(text, (topLine + line) * lineBytes, image);
@@ -53,11 +51,10 @@ int DigitColumn(int digit) {
 }
 
 std::optional<int> DigitAtColumn(int column) {
-    const int byte = (column - firstDigitColumn) / byteColumns;
-    const int digit = 2 * byte + (column - firstDigitColumn) % byteColumns;
-    if (digit < 0 || digit >= lineDigits || DigitColumn(digit) != column)
-        return std::nullopt;
-    return digit;
+    for (int digit = 0; digit < lineDigits; ++digit)
+        if (DigitColumn(digit) == column)
+            return digit;
+    return std::nullopt;
 }
 
 std::int32_t LastTopLine(std::int32_t size) {

@@ -19,10 +19,7 @@ constexpr int indicatorPixels = 22; // the option button's circle and the gap af
 
 QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
                         const TwipsRect& rect) {
-    auto* option = new QRadioButton(text, frame);
-    option->setObjectName(QString::fromLatin1(name));
-    option->setGeometry(rect.inPixels());
-    option->setFont(sansFont());
+    auto* option = laidOut(new QRadioButton(text, frame), name, rect);
     fitText(option, indicatorPixels);
     return option;
 }
@@ -31,7 +28,7 @@ QRadioButton* addOption(QWidget* frame, const char* name, const QString& text,
 
 frmFileLoad::frmFileLoad(QWidget* owner)
     : Form(owner, "frmFileLoad", QString(), 4680, 2025, Frame::None) {
-    modFunc::state().FileCancelled = true; // unless OK is pressed
+    state().FileCancelled = true; // unless OK is pressed
     auto* Frame1 = addFrame(this, "Frame1", tr("File Type:"), {120, 120, 1695, 1095});
     Option1 = addOption(Frame1, "Option1", tr("Intel Hex"), {120, 240, 1095, 255});
     Option2 = addOption(Frame1, "Option2", tr("Binary"), {120, 600, 975, 255});
@@ -56,7 +53,7 @@ frmFileLoad::frmFileLoad(QWidget* owner)
 
 void frmFileLoad::connectHandlers() {
     connect(cmdOk, &QPushButton::clicked, this, &frmFileLoad::cmdOk_Click);
-    connect(cmdCancel, &QPushButton::clicked, this, &frmFileLoad::cmdCancel_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 void frmFileLoad::cmdOk_Click() {
@@ -66,13 +63,4 @@ void frmFileLoad::cmdOk_Click() {
     s.FileAddress = TolerantHex(txtFile->text().toStdString());
     s.FileCancelled = false;
     accept();
-}
-
-void frmFileLoad::cmdCancel_Click() {
-    state().FileCancelled = true;
-    done(Rejected);
-}
-
-void frmFileLoad::reject() {
-    cmdCancel->click();
 }

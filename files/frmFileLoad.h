@@ -14,12 +14,9 @@ class frmFileLoad : public Form {
 public:
     explicit frmFileLoad(QWidget* owner);
 
-    void reject() override; // Escape acts as Cancel
-
 private:
     void connectHandlers();
     void cmdOk_Click();
-    void cmdCancel_Click();
 
     QRadioButton* Option1; // Intel HEX
     QRadioButton* Option2; // binary

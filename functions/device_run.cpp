@@ -11,7 +11,7 @@ namespace modFunc {
 using platform::machine;
 
 namespace {
-constexpr std::int32_t largestDevice = 65536;
+constexpr std::int32_t maxDeviceBytes = 65536;
 }
 
 void DeviceRun::Run(int index) {
@@ -101,7 +101,7 @@ void DeviceRun::AppendToLine(const std::string& text) {
 
 bool DeviceRun::DeviceFits() {
     const DeviceRec& device = selectedDevice();
-    if (TraitsOf(device.Family).inTable && device.Size >= 0 && device.Size <= largestDevice)
+    if (TraitsOf(device.Family).inTable && device.Size >= 0 && device.Size <= maxDeviceBytes)
         return true;
     NotSupported();
     return false;
@@ -113,10 +113,11 @@ void DeviceRun::NotSupported() {
 
 // The chip stays powered while the message box is open. EndFunction powers it down after the
 // procedure has returned.
-void DeviceRun::CommunicationFailure() {
+bool DeviceRun::CommunicationFailure() {
     machine().msgBox.Show("Device Error", "Communication Error!",
                           platform::MessageBox::Icon::Critical);
     AppendToLine("   Device Fault!");
+    return false;
 }
 
 void DeviceRun::SetBlockAddress(std::int32_t address) {

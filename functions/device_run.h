@@ -45,9 +45,10 @@ public:
     DeviceRun& operator=(const DeviceRun&) = delete;
 
     // Runs row `index` of listFunction on the selected device and returns after the run's last
-    // frame and the pause that follows that frame. Call Run once per object. Sends no frame if
-    // there is no such row, and does nothing at all while the link is in use. If an exception
-    // escapes, the power-down frames are sent before it is passed on.
+    // frame and the pause that follows that frame. Call Run once per object, with the port open:
+    // otherwise every frame waits for its time-out. Sends no frame if there is no such row, and
+    // does nothing at all while the link is in use. If an exception escapes, the power-down frames
+    // are sent before it is passed on.
     void Run(int index);
 
 private:
@@ -77,7 +78,7 @@ private:
     // Runs the procedure of a function code, then EndFunction. Does nothing for Auto and for any
     // number that is not a function code.
     void RunFunction(int code);
-    void DropStaleBytes(); // called before a function outside Auto and before each entry of Auto
+    void DropStaleBytes(); // called when a run starts and before each entry of Auto
     void LockPasses();
     void WaitTimer(int milliseconds);
     void tmrWait_Timer();
@@ -89,7 +90,7 @@ private:
     // Otherwise the message line becomes "Function not supported!".
     bool DeviceFits();
     void NotSupported();
-    void CommunicationFailure();
+    bool CommunicationFailure(); // shows the failure and returns false
     void SetBlockAddress(std::int32_t address);
     std::int32_t BlockAddress() const { return AddrHigh * 256 + AddrLow; }
 

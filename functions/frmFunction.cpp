@@ -38,7 +38,7 @@ frmFunction::frmFunction(QWidget* owner)
         const int index = static_cast<int>(line);
         lblMsg[line] = addLabel(Frame1, qPrintable(QStringLiteral("lblMsg(%1)").arg(index)),
                                 QString(), {120, 240 + 240 * index, 2775, 255});
-        setTextColour(lblMsg[line], QColor(0, 0, 255));
+        setColour(lblMsg[line], QPalette::WindowText, QColor(0, 0, 255));
     }
 
     addChipRange();

@@ -18,7 +18,7 @@ namespace {
 bool canBeWritten(const DeviceRec& device, WritePath path) {
     if (path == WritePath::Blocks)
         return device.Size % blockBytes == 0;
-    return device.PageSize >= 1 && device.PageSize <= largestPageBytes &&
+    return device.PageSize >= 1 && device.PageSize <= maxPageBytes &&
            blockBytes % device.PageSize == 0 && device.Size % device.PageSize == 0;
 }
 
@@ -74,10 +74,8 @@ bool DeviceRun::WriteBlock(std::int32_t bytes) {
         DataFrame(std::span(s.BufferData)
                       .subspan(static_cast<std::size_t>(address), static_cast<std::size_t>(bytes))),
         1);
-    if (s.TimedOut) {
-        CommunicationFailure();
-        return false;
-    }
+    if (s.TimedOut)
+        return CommunicationFailure();
     const bool pages = TraitsOf(selectedDevice().Family).write == WritePath::Pages;
     Exchange(pages ? WritePageFrame(family, address, bytes) : WriteBlockFrame(family, address), 1);
     s.RxBytes = s.RxText;
@@ -89,10 +87,8 @@ bool DeviceRun::WriteSucceeded() {
     constexpr std::uint8_t written = 'N';
     constexpr std::uint8_t failed = 'E';
     State& s = state();
-    if (s.RxBytes.empty()) {
-        CommunicationFailure();
-        return false;
-    }
+    if (s.RxBytes.empty())
+        return CommunicationFailure();
     if (s.RxBytes[0] == written)
         return true;
     if (s.RxBytes[0] != failed) {
@@ -106,10 +102,8 @@ bool DeviceRun::WriteSucceeded() {
     WaitReply();
     ReadReplyTail();
     s.RxBytes = s.RxText;
-    if (s.RxBytes.size() < 3) {
-        CommunicationFailure();
-        return false;
-    }
+    if (s.RxBytes.size() < 3)
+        return CommunicationFailure();
     SetLine("Program Error at " + HexByte(s.RxBytes[1]) + HexByte(s.RxBytes[2]));
     StopAuto = true;
     return false;

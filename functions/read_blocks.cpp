@@ -30,16 +30,12 @@ bool DeviceRun::ReadBlocks(const std::string& openingText, const std::function<b
     for (BlockIndex = 0; BlockIndex < blocks; ++BlockIndex) {
         SetBlockAddress(BlockIndex * blockBytes);
         SendAndWait(ReadBlockFrame(family, BlockAddress()), readReplyBytes);
-        if (s.TimedOut) { // a partial reply is left for the next exchange to read
-            CommunicationFailure();
-            return false;
-        }
+        if (s.TimedOut) // a partial reply is left for the next exchange to read
+            return CommunicationFailure();
         ReadReply();
         s.RxBytes = s.RxText;
-        if (s.RxBytes.size() < readReplyBytes) { // the line was lost after the bytes were counted
-            CommunicationFailure();
-            return false;
-        }
+        if (s.RxBytes.size() < readReplyBytes) // the line was lost after the bytes were counted
+            return CommunicationFailure();
         if (!take())
             return false;
         SetPercent(BlockIndex * 100 / divisor);

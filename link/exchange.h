@@ -1,6 +1,7 @@
 // The transport layer: sends a frame, waits for its reply and reads the reply. The program is
-// always the master and at most one frame is outstanding. A frame is not sent again if its reply is
-// missing. Received bytes stay queued until they are read or the port is closed.
+// always the master and sends a frame only after the reply to the previous one or after a time-out.
+// A frame is not sent again if its reply is missing. Received bytes stay queued until they are read
+// or the port is closed.
 #pragma once
 
 #include "platform/bytes.h"
@@ -32,7 +33,8 @@ public:
 void totmr_Timer();
 
 // Yields until at least RxExpected bytes are waiting at the port or replyTimeoutMs have passed
-// since the call. The bytes are not read; stale bytes count too. On return, if
+// since the call. totmr.Tick must be totmr_Timer. The bytes are not read; stale bytes count too. On
+// return, if
 //   exactly RxExpected bytes are waiting: totmr is stopped;
 //   more are waiting: totmr still runs and will set TimedOut later unless it is restarted first;
 //   fewer are waiting: TimedOut is true.

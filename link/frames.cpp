@@ -1,8 +1,6 @@
 #include "link/frames.h"
 
-#include <algorithm>
 #include <initializer_list>
-#include <iterator>
 
 namespace modFunc {
 
@@ -28,7 +26,7 @@ Bytes frame(char command, std::span<const std::uint8_t> parameters) {
     for (int position = 3; position >= 0; --position)
         bytes.push_back(byteOf(length, position));
     bytes.push_back(static_cast<std::uint8_t>(command));
-    std::ranges::copy(parameters, std::back_inserter(bytes));
+    bytes.insert(bytes.end(), parameters.begin(), parameters.end());
     return bytes;
 }
 

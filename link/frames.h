@@ -27,7 +27,7 @@ namespace modFunc {
 // Number of bytes that an "R" reads and that, in block form, a "D" loads and a "W" writes.
 inline constexpr int blockBytes = 256;
 // Maximum number of bytes that a "D" loads and a "W" writes in page form.
-inline constexpr int largestPageBytes = 128;
+inline constexpr int maxPageBytes = 128;
 inline constexpr int identifyReplyBytes = 12;
 inline constexpr int readReplyBytes = 260;
 inline constexpr int readReplyHeaderBytes = 4; // ignored; they precede the 256 data bytes
@@ -70,8 +70,9 @@ Bytes WriteSocketFrame(const FamilyRec& family);
 //   5 on  the data: 256 bytes in block form, a page in page form
 Bytes DataFrame(std::span<const std::uint8_t> data);
 
-// "W": write the 256-byte block loaded by the last "D". Reply: 1 byte, "N", if the block was
-// written; otherwise 3 bytes: "E" and the failing address, high byte first.
+// "W": write the 256-byte block loaded by the last "D". The reply begins with a
+// status: "N" if the block was written; "E", followed by the failing address, high byte first; any
+// other byte is a fault without an address.
 //   5   first address, high byte
 //   6   first address, low byte: 00
 //   7   last address, high byte
@@ -96,6 +97,7 @@ Bytes WritePageFrame(const FamilyRec& family, std::int32_t address, int pageByte
 //   7  last address, high byte
 //   8  last address, low byte: FF
 //   9  ChipCode
+// `address` is the first address, 0..65280, a multiple of 256.
 Bytes ReadBlockFrame(const FamilyRec& family, std::int32_t address);
 
 // "E": erase. Reply: 1 byte; if a chip code is sent, a second byte follows when the chip has been

@@ -20,18 +20,18 @@ struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the programmer, which the program polls: 57600 baud, no flow control, every
-// byte value passed on unchanged. If the connection is lost while the port is open, no error is
-// raised; the port then neither accepts nor delivers bytes.
+// The serial line to the programmer, which the program polls: 57600 baud, 8 data bits, no
+// parity, 1 stop bit, no flow control, every
+// byte value passed on unchanged. A closed port, and one whose connection is lost while it is open,
+// accepts and delivers no bytes; this raises no error.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
     // Selects the port, 1..16. Takes effect at the next Open().
     virtual void setCommPort(int number) = 0;
-
-    virtual bool PortOpen() const = 0;
-    // Opens the port selected by setCommPort(), with DTR asserted and RTS deasserted. On failure
-    // throws PortError and leaves the port closed.
+    // Opens the port selected by setCommPort(), with DTR asserted and RTS deasserted; the port must
+    // be closed. On failure, also for a number outside 1..16, throws PortError and leaves the port
+    // closed.
     virtual void Open() = 0;
     // Closes the port and discards queued bytes. No effect on a closed port.
     virtual void Close() = 0;
@@ -46,13 +46,13 @@ struct SerialPort {
     // If bytes keep arriving, stops after about 32767 bytes.
     virtual Bytes Input() = 0;
 
-    // Sets the power-down frames to send if the process crashes. If `frames` is empty, nothing is
-    // sent.
+    // Sets the power-down frames to send if the process is terminated or crashes. If `frames` is
+    // empty, nothing is sent.
     virtual void setCrashFrames(const Bytes& frames) = 0;
 };
 
 // A repeating timer. Ticks are delivered as events, by EventQueue::Yield and by the event loops of
-// message boxes and dialogs.
+// message boxes and dialogs. The timer is stopped at first.
 struct Timer {
     virtual ~Timer() = default;
     // `milliseconds` is at least 1. If the timer is running, the interval starts again.
@@ -60,7 +60,7 @@ struct Timer {
     // Starts or stops the timer. Enabling a running timer has no effect.
     virtual void setEnabled(bool enabled) = 0;
 
-    std::function<void()> Tick; // called at each tick
+    std::function<void()> Tick; // if empty, ticks have no effect
 };
 
 struct EventQueue {
@@ -74,22 +74,24 @@ struct MessageBox {
     enum class Icon { Critical, Information };
 
     virtual ~MessageBox() = default;
-    // Returns after the user has pressed OK, the only button.
+    // Returns after the user has closed the message box. Until then, timers and other events are
+    // handled.
     virtual void Show(const std::string& title, const std::string& text, Icon icon) = 0;
 };
 
 // The main window's status bar `sbar`: panels 1 to 4 for port, device, size and file.
 struct StatusBar {
     virtual ~StatusBar() = default;
-    virtual void setPanel(int panel, const std::string& text) = 0;
+    virtual void setPanel(int panel,
+                          const std::string& text) = 0; // no effect before that window exists
 };
 
 // The only file dialog, `cdia`. It lists all files, accepts names that do not exist, never asks
 // before overwriting and appends nothing to a name.
 struct FileDialog {
     virtual ~FileDialog() = default;
-    // Lets the user choose a name; FileName is the initial name. Returns false on Cancel, which
-    // leaves FileName unchanged.
+    // Lets the user choose a name; FileName is the initial name, or empty for the current folder.
+    // Returns false on Cancel, which leaves FileName unchanged. A chosen name is an absolute path.
     virtual bool ShowOpen() = 0;
     virtual bool ShowSave() = 0;
 

@@ -28,12 +28,12 @@ std::string ReadWholeFile(const std::string& path) {
     // take twice the memory. The extra byte stays unused unless the file has grown.
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(path, unknown);
-    std::string contents(unknown ? 1 : std::min<std::uintmax_t>(size, largestTextFile) + 1, '\0');
+    std::string contents(unknown ? 1 : std::min<std::uintmax_t>(size, maxTextFileBytes) + 1, '\0');
     std::size_t length = 0;
     while (const std::size_t got =
                std::fread(contents.data() + length, 1, contents.size() - length, file.get())) {
         length += got;
-        if (length > largestTextFile)
+        if (length > maxTextFileBytes)
             throw FileError(path + ": the file is larger than 16 MiB and not one of this program.");
         if (length == contents.size())
             contents.resize(2 * length);

@@ -19,6 +19,8 @@ struct FileRights {
     uid_t owner;
     gid_t group;
 };
+// As an owner or a group: the one that the system gives to a new file.
+constexpr auto asCreated = static_cast<uid_t>(-1);
 
 std::filesystem::path folderOf(const std::filesystem::path& file) {
     return file.has_parent_path() ? file.parent_path() : ".";
@@ -62,7 +64,9 @@ public:
     void takeOver(const FileRights& rights) {
         if (inPlace())
             return;
-        [[maybe_unused]] int ignored = fchown(descriptor_, rights.owner, rights.group);
+        [[maybe_unused]] int ignored = 0;
+        if (fchown(descriptor_, rights.owner, rights.group) != 0) // only root can give files away
+            ignored = fchown(descriptor_, asCreated, rights.group);
         ignored = fchmod(descriptor_, rights.mode);
     }
 
@@ -143,7 +147,7 @@ FileRights rightsFor(const std::string& target) {
     if (stat(target.c_str(), &old) != 0) {
         const mode_t mask = umask(0); // the mask can only be read by setting it
         umask(mask);
-        return {0666 & ~mask, geteuid(), getegid()};
+        return {0666 & ~mask, asCreated, asCreated};
     }
     if (access(target.c_str(), W_OK) != 0)
         throw FileError(target + ": the file cannot be written: " + std::strerror(errno) + ".");

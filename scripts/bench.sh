@@ -10,4 +10,4 @@ cmake --build build/bench --target quorven_bench -- --quiet
 
 echo "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $(nproc) cores," \
     "Linux $(uname -r | cut -d- -f1), Qt $(qmake6 -query QT_VERSION), $(date +%F)"
-xvfb-run -a build/bench/bench-build/quorven_bench
+LC_ALL=C.UTF-8 xvfb-run -a build/bench/bench-build/quorven_bench

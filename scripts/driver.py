@@ -19,7 +19,7 @@
 #   screen.env                       the environment of its processes; start(env=...) adds to it
 #   screen.server                    the X server's process
 #   screen.picture(path)             saves a picture of the active window without its frame
-#   process.output(), .stop(signal=SIGTERM) -> exit status
+#   process.output(), .stop(number=SIGTERM) -> exit status
 #   app.until(what, condition, seconds=20)    polls; returns the first true value
 #   app.window(title)                waits until this window is active
 #   app.front()                      the active window, or None
@@ -142,9 +142,9 @@ class Process(subprocess.Popen):
             self.ask("search", "--onlyvisible", "--name", "", "windowactivate", "%@")
         return window
 
-    def window(self, title, seconds=20):
+    def window(self, title):
         return self.until(f"window {title!r}", lambda: (window := self.front())
-                          and window.get_name() == title and window, seconds)
+                          and window.get_name() == title and window)
 
     def keys(self, *keys):
         self.until("active window", self.front)

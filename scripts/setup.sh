@@ -6,12 +6,13 @@ set -euo pipefail
 
 packages=(
     # building
-    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev qt6-wayland
+    cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libpng-dev
     # tests; the formatter and the linter in fixed versions, because the results depend on the
     # version
     libgtest-dev clang-format-19 clang-tidy-19
-    # a virtual screen, a window manager, key input, screenshots, metric-compatible fonts
-    xvfb xauth openbox xdotool imagemagick fonts-liberation
+    # a virtual screen, a window manager, key input, screenshots, metric-compatible fonts, and Qt's
+    # Wayland plugin
+    xvfb xauth openbox xdotool imagemagick fonts-liberation qt6-wayland
     # the accessibility bus and a client, to read what the windows show
     dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
     # locales with a decimal comma

@@ -10,11 +10,8 @@ scripts/setup.sh
 
 code_folders=(app link functions buffer files shell platform simbox)
 results=$PWD/build/ci/results.xml
-test_status=0
-format_status=0
-lint_status=0
-include_status=0
-package_status=0
+status=0
+shopt -s extglob # for check_includes
 
 build() {
     cmake --preset ci >/dev/null # errors are still printed
@@ -25,16 +22,11 @@ build() {
 run_tests() {
     rm -f "$results"
     ctest --test-dir build/ci --parallel 2 --output-on-failure --no-tests=error \
-        --output-junit "$results" </dev/null || test_status=$?
+        --output-junit "$results" </dev/null || status=1
 }
 
-# Prints the names of the C++ sources and headers in the given folders; missing folders are skipped.
-sources() {
-    local folder
-    for folder in "$@"; do
-        [[ ! -d $folder ]] || find "$folder" -name '*.cpp' -o -name '*.h'
-    done
-}
+# Prints the names of the C++ sources and headers in the given folders.
+sources() { find "$@" -name '*.cpp' -o -name '*.h'; }
 
 check_format() {
     echo
@@ -43,7 +35,7 @@ check_format() {
     if clang-format-19 --dry-run -Werror "${files[@]}"; then
         echo "formatting: ${#files[@]} files match .clang-format"
     else
-        format_status=1
+        status=1
         echo "formatting: FAILED; clang-format-19 -i corrects it"
     fi
 }
@@ -56,33 +48,39 @@ check_lint() {
     if printf '%s\n' "${files[@]}" | xargs -P 2 -n 4 clang-tidy-19 -p build/ci --quiet 2>/dev/null; then
         echo "clang-tidy: nothing found in ${#files[@]} sources"
     else
-        lint_status=1
+        status=1
         echo "clang-tidy: FAILED"
     fi
 }
 
 # Prints each #include of the sources whose folder does not match the regular expression FOLDERS.
 includes_of() { # SOURCE... FOLDERS
-    ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || include_status=1
+    ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || wrong_includes=1
 }
 
 # Which folder may include which. Windows (frm*, and all of shell) may include platform/qt;
 # app/main.cpp may include everything.
 check_includes() {
     echo
+    local wrong_includes=0
     includes_of platform/*.* 'platform'
     includes_of platform/qt/*.* 'platform(/qt)?'
-    includes_of $(ls app/*.* | grep -v main.cpp) 'app|platform'
+    includes_of app/!(main.cpp) 'app|platform'
     includes_of link/*.* 'app|link|platform'
-    includes_of buffer/[!f]*.* 'app|buffer|platform'
+    includes_of buffer/!(frm*) 'app|buffer|platform'
     includes_of buffer/frm*.* 'app|buffer|platform(/qt)?'
-    includes_of files/[!f]*.* 'app|buffer|files|platform'
+    includes_of files/!(frm*) 'app|buffer|files|platform'
     includes_of files/frm*.* 'app|buffer|files|platform(/qt)?'
-    includes_of functions/[!f]*.* 'app|link|buffer|functions|platform'
+    includes_of functions/!(frm*) 'app|link|buffer|functions|platform'
     includes_of functions/frm*.* 'app|link|buffer|functions|platform(/qt)?'
     includes_of shell/*.* shell/help/*.* 'app|link|buffer|files|functions|platform(/qt)?|shell(/help)?'
     includes_of simbox/*.* 'simbox'
-    ((include_status == 0)) && echo "includes: as the table of folders allows" || echo "includes: FAILED"
+    if ((wrong_includes == 0)); then
+        echo "includes: as the table of folders allows"
+    else
+        status=1
+        echo "includes: FAILED"
+    fi
 }
 
 check_package() {
@@ -90,7 +88,7 @@ check_package() {
     if scripts/package.sh; then
         echo "package: hardened, and lintian finds nothing"
     else
-        package_status=1
+        status=1
         echo "package: FAILED"
     fi
 }
@@ -105,7 +103,7 @@ show_test_share() {
     code=$(sources "${code_folders[@]}" | count_lines //)
     tests=$(sources tests fuzz | count_lines //)
     tests=$((tests + $(find tests fuzz -type f ! -path '*/corpus/*' |
-        grep -vE '\.(cpp|h|png|bin|hex|svg|pyc)$' | count_lines '#')))
+        grep -vE '\.(cpp|h|bin|hex)$' | count_lines '#')))
     echo "test lines: $tests against $code lines of code, $((100 * tests / code)) %"
 }
 
@@ -121,7 +119,7 @@ count() {
     skipped=$(($(counted skipped) + $(counted disabled)))
     echo
     if ((skipped > 0)); then
-        test_status=1
+        status=1
         echo "$((all - failed - skipped)) passed, $failed failed, $skipped skipped"
     else
         echo "$((all - failed)) passed, $failed failed"
@@ -136,4 +134,4 @@ check_includes
 check_package
 show_test_share
 count
-((test_status == 0 && format_status == 0 && lint_status == 0 && include_status == 0 && package_status == 0))
+((status == 0))

@@ -12,16 +12,14 @@ void addLine(QWidget* parent, const char* name, const QString& text, const Twips
              const QFont& font, const QColor& colour) {
     QLabel* label = addLabel(parent, name, text, rect, font);
     label->setAlignment(Qt::AlignCenter);
-    setTextColour(label, colour);
+    setColour(label, QPalette::WindowText, colour);
 }
 
 } // namespace
 
 frmAbout::frmAbout(QWidget* owner, Purpose purpose)
     : Form(owner, "frmAbout", QString(), 5010, 3105, Frame::None) {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, QColor(0, 0, 255));
-    setPalette(colours);
+    setColour(this, QPalette::Window, QColor(0, 0, 255));
 
     const QStringList hand = {QStringLiteral("Comic Sans MS"), QStringLiteral("Comic Neue"),
                               QStringLiteral("Comic Relief"), QStringLiteral("DejaVu Sans")};

@@ -1,7 +1,6 @@
 #include "shell/frmSettings.h"
 
 #include "app/state.h"
-#include "platform/machine.h"
 #include "platform/port_names.h"
 #include "platform/qt/controls.h"
 
@@ -20,10 +19,7 @@ frmSettings::frmSettings(QWidget* owner)
     cmdOk = addButton(this, "cmdOk", tr("OK"), {1200, 1080, 975, 375});
     cmdOk->setDefault(true);
     auto* Frame1 = addFrame(this, "Frame1", tr("Select Port:"), {120, 120, 2055, 855});
-    cmbCOM = new QComboBox(Frame1);
-    cmbCOM->setObjectName(QStringLiteral("cmbCOM"));
-    cmbCOM->setGeometry(TwipsRect{360, 360, 1335, 315}.inPixels());
-    cmbCOM->setFont(sansFont());
+    cmbCOM = laidOut(new QComboBox(Frame1), "cmbCOM", {360, 360, 1335, 315});
     cmbCOM->setAccessibleName(tr("Port"));
     cmbCOM->setEditable(true);
     cmbCOM->setInsertPolicy(QComboBox::NoInsert); // typed text is not added to the list
@@ -46,15 +42,10 @@ void frmSettings::connectHandlers() {
 void frmSettings::cmdOk_Click() {
     const QString text = cmbCOM->currentText();
     const int entry = cmbCOM->findText(text, Qt::MatchFixedString); // ignores case
-    if (entry < 0) {
-        platform::machine().msgBox.Show("Settings",
-                                        "\"" + text.toStdString() +
-                                            "\" is not a port. Choose a port from COM1 to COM16.",
-                                        platform::MessageBox::Icon::Critical);
-        cmbCOM->setFocus();
-        cmbCOM->lineEdit()->selectAll();
-        return;
-    }
+    if (entry < 0)
+        return rejectInput(cmbCOM->lineEdit(),
+                           "\"" + text.toStdString() +
+                               "\" is not a port. Choose a port from COM1 to COM16.");
     state().ComPort = static_cast<std::int16_t>(entry + 1);
     accept();
 }

@@ -309,15 +309,12 @@ void mdiMain::HelpAbout_Click() {
 
 void mdiMain::Reopen() {
     delete bufferWindow_;
+    auto* view = new frmBuffer(nullptr);
     bufferWindow_ =
-        new QMdiSubWindow(area_, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                                     Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
-    bufferWindow_->setAttribute(Qt::WA_DeleteOnClose);
-    auto* view = new frmBuffer(bufferWindow_);
-    bufferWindow_->setWidget(view);
+        area_->addSubWindow(view, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                      Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     bufferWindow_->setAccessibleName(view->windowTitle());
     bufferWindow_->setFixedSize(bufferWindow_->sizeHint());
-    area_->addSubWindow(bufferWindow_, bufferWindow_->windowFlags());
     bufferWindow_->setSystemMenu(closeMenu(bufferWindow_));
     bufferWindow_->move(0, 0);
     bufferWindow_->show();

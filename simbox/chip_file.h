@@ -13,8 +13,8 @@ class ChipFile {
 public:
     // Loads the chip from the file, then saves the chip to the file. If the file is shorter than
     // the chip, the rest of the chip is unchanged. If there is no file, the whole chip is
-    // unchanged, including its lock. Throws an exception that names the file and the cause if the
-    // file is longer than a chip or cannot be read or written.
+    // unchanged, including its lock, and an old lock file is removed. Throws an exception that
+    // names the file and the cause if the file is longer than a chip or cannot be read or written.
     ChipFile(std::string path, Chip& chip);
 
     // True if the chip has been written since the last Save.

@@ -72,7 +72,7 @@ private:
     std::optional<std::uint16_t> program(std::uint16_t first);
     bool faultAt(FaultKind kind, std::uint16_t address) const;
 
-    Options options_; // only faults that name an address are used here
+    Options options_; // of its faults, only those with an address are used here
     Chip chip_;
     bool powered_ = false;
     SetUp setUp_ = SetUp::None;

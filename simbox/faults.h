@@ -12,7 +12,8 @@ namespace simbox {
 // The kinds of fault. In brackets: the fields of Fault that the kind uses in addition to those that
 // select a frame; "no frame" means that the kind ignores the fields that select a frame. A late
 // reply delays the replies after it, because the line keeps their order. A rejected frame has no
-// reply that a fault could change.
+// reply that a fault could change. Split and Chatter replace the pause in the reply to an erase of
+// a class 4 chip.
 enum class FaultKind {
     Silent,       // no reply to the frame, which is still executed
     SilentFrom,   // like Silent; applies to that frame and every later one
@@ -52,7 +53,8 @@ std::string FaultHelp();
 // One line of a help text: what the user types, at most 15 characters, and its meaning.
 std::string HelpLine(std::string_view text, std::string_view meaning);
 
-// Reads a number from 0 to `max`, digits only. Returns false for any other text.
+// Reads a number from 0 to `max`, digits only. Returns false for any other text; `value` is then
+// undefined.
 template <typename Value>
 bool ParseNumber(std::string_view text, int base, std::uint32_t max, Value& value) {
     std::uint32_t number = 0;

@@ -69,6 +69,8 @@ int run(const Settings& settings) {
 
     for (const std::string& error : programmer.protocolErrors())
         std::cerr << "simbox: protocol error: " << error << "\n";
+    if (!traceFile)
+        throw std::runtime_error("cannot write " + settings.traceFile);
     return programmer.protocolErrors().empty() ? 0 : statusProtocolError;
 }
 

@@ -20,7 +20,8 @@ namespace simbox {
 //
 // A frame is received when its last byte has arrived. The programmer then replies to it or rejects
 // it. A rejected frame changes nothing, has no reply and is a protocol error. An incomplete frame
-// is also a protocol error and is dropped one second after its first byte. Any byte sequence may be
+// is also a protocol error and is dropped one second after its first byte. So is a length above
+// maxLength, after which all received bytes are dropped at once. Any byte sequence may be
 // sent safely.
 //
 // Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes,
@@ -54,16 +55,17 @@ public:
     // Every complete frame in order of arrival, including rejected frames.
     const std::vector<Frame>& frames() const { return frames_; }
 
-    // Replaces the faults that select a frame. Replies that are already being sent are unchanged.
+    // Replaces the faults that select a frame and ends a SilentFrom that is in effect. Replies that
+    // are already being sent are unchanged.
     void setFaults(std::vector<Fault> faults);
 
     Chip& chip() { return commands_.chip(); }
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }
 
-    // `sink` gets one line, without line end, for each frame, each part of a reply and each
-    // protocol error. The line of a part is passed on when `Take` returns its first portion. If
-    // `sink` is empty, there is no trace.
+    // `sink` gets one line, without line end, for each frame, each part of a reply, each protocol
+    // error, a reply that a fault suppresses and a pulled cable. The line of a part is passed on
+    // when `Take` returns its first portion. If `sink` is empty, there is no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:

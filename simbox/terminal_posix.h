@@ -15,8 +15,9 @@ class Terminal {
 public:
     // Opens the terminal and makes `linkPath` (empty: no link) a symbolic link to it. An existing
     // symbolic link is replaced. Throws std::runtime_error with the cause on failure, or if
-    // `linkPath` exists and is not a symbolic link. Create only one Terminal per process, because
-    // the class handles SIGTERM, SIGINT and SIGHUP.
+    // `linkPath` exists and is not a symbolic link; Wait and Write throw it if the terminal fails.
+    // Create only one Terminal per process, because the class handles SIGTERM, SIGINT and SIGHUP,
+    // which arrive only in Wait, and ignores SIGPIPE.
     explicit Terminal(std::string linkPath);
     // Removes the link if it still points to this terminal, then hangs up.
     ~Terminal();

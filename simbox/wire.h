@@ -21,7 +21,7 @@ struct Frame {
 };
 
 constexpr std::size_t lengthFieldBytes = 4;
-// Maximum value of the length field. A greater value means that the programmer no longer knows
+// Maximum value of the length field. A larger value means that the programmer no longer knows
 // where a frame begins.
 constexpr std::uint32_t maxLength = 65536;
 
@@ -52,8 +52,9 @@ private:
 // `value` in at least `digits` hexadecimal digits.
 std::string HexText(std::size_t value, int digits);
 
-// A frame's meaning in words, for example "set supplies 12 0 50". The result is "malformed" if the
-// command code is unknown or the length is wrong for this command code.
+// The meaning in words of a frame of at least four bytes, for example "set supplies 12 0 50". The
+// result is "malformed" if the command code is unknown or the length is wrong for this command
+// code.
 std::string DescribeFrame(std::span<const std::uint8_t> frameBytes);
 
 // A line such as "0.001234 > 00 00 00 01 49  identify": seconds, direction, bytes, meaning. If

@@ -13,8 +13,8 @@ struct OwnAccessible {
 };
 
 // Makes Qt use OwnAccessible. Also makes the text of a label in a frame the label's accessible
-// name: for an empty label, Qt would otherwise use the title of the frame. Call once, before the
-// first window is created.
+// name: for an empty label, Qt would otherwise use the title of the frame. A window inside the main
+// window gets the role of a pane. Call once, before the first window is created.
 void useOwnAccessibles();
 
 // Makes a screen reader say `text`, whichever window has the focus. No effect if `window` is null

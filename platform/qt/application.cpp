@@ -14,8 +14,7 @@
 
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("quorven"));
-    setApplicationDisplayName(QString()); // otherwise Qt would append it to titles
-    setQuitOnLastWindowClosed(false);     // closing a start-up message box must not end the program
+    setQuitOnLastWindowClosed(false); // closing a start-up message box must not end the program
     QIcon icon;
     for (const int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/quorven-%1.png").arg(size));

@@ -9,14 +9,6 @@
 
 namespace {
 
-template <class Widget>
-Widget* laidOut(Widget* widget, const char* name, const TwipsRect& rect) {
-    widget->setObjectName(QString::fromLatin1(name));
-    widget->setGeometry(rect.inPixels());
-    widget->setFont(sansFont());
-    return widget;
-}
-
 class CaptionFrame : public QGroupBox {
 public:
     CaptionFrame(QWidget* parent, const QString& text, const QBrush& ground)
@@ -94,9 +86,9 @@ void fitText(QAbstractButton* button, int extraPixels) {
         fittedFont(button->font(), shown, QSize(button->width() - extraPixels, button->height())));
 }
 
-void setTextColour(QWidget* widget, const QColor& colour) {
+void setColour(QWidget* widget, QPalette::ColorRole role, const QBrush& colour) {
     QPalette colours = widget->palette();
-    colours.setColor(QPalette::WindowText, colour);
+    colours.setBrush(role, colour);
     widget->setPalette(colours);
 }
 

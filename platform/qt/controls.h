@@ -4,7 +4,7 @@
 #include "platform/qt/fonts.h"
 #include "platform/qt/twips.h"
 
-#include <QBrush>
+#include <QPalette>
 
 #include <initializer_list>
 
@@ -16,6 +16,14 @@ class QLineEdit;
 class QPushButton;
 class QWidget;
 
+// Gives a new control its name, its rectangle and the font of all windows.
+template <class Widget>
+Widget* laidOut(Widget* widget, const char* name, const TwipsRect& rect) {
+    widget->setObjectName(QString::fromLatin1(name));
+    widget->setGeometry(rect.inPixels());
+    widget->setFont(sansFont());
+    return widget;
+}
 QLabel* addLabel(QWidget* parent, const char* name, const QString& text, const TwipsRect& rect,
                  const QFont& font = sansFont());
 QLineEdit* addTextBox(QWidget* parent, const char* name, const QString& text,
@@ -35,7 +43,7 @@ void showText(QLabel* label, const QString& text);
 // everything on the button except the text.
 void fitText(QAbstractButton* button, int extraPixels);
 
-void setTextColour(QWidget* widget, const QColor& colour);
+void setColour(QWidget* widget, QPalette::ColorRole role, const QBrush& colour);
 // Background for text and lines whose colours are chosen for a light desktop: a light brush on a
 // dark desktop, no brush on a light one.
 QBrush lightGround();

@@ -1,10 +1,12 @@
 #include "platform/qt/form.h"
 
+#include "platform/machine.h"
 #include "platform/qt/twips.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontMetrics>
+#include <QLineEdit>
 #include <QScreen>
 
 #include <algorithm>
@@ -61,4 +63,11 @@ void Form::closeEvent(QCloseEvent* event) {
         event->ignore();
     else
         QDialog::closeEvent(event);
+}
+
+void Form::rejectInput(QLineEdit* textBox, const std::string& cause) {
+    platform::machine().msgBox.Show(windowTitle().toStdString(), cause,
+                                    platform::MessageBox::Icon::Critical);
+    textBox->setFocus();
+    textBox->selectAll();
 }

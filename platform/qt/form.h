@@ -2,6 +2,10 @@
 
 #include <QDialog>
 
+#include <string>
+
+class QLineEdit;
+
 // Minimum width in pixels at which a title is readable in full in the title bar that Qt itself
 // draws on Wayland; 0 if the platform is not Wayland.
 int minTitleBarWidth(const QString& title);
@@ -25,4 +29,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    // Shows `cause` in a message box with this window's title and selects the contents of
+    // `textBox`.
+    void rejectInput(QLineEdit* textBox, const std::string& cause);
 };

@@ -38,7 +38,7 @@ InputBlock::InputBlock(QWidget* window, std::function<bool()> blocked)
 }
 
 // True for the window and the widgets in it, but not for widgets in other windows that this window
-// owns. False for menu actions: mdiMain checks LinkInUse for them.
+// owns.
 bool InputBlock::isInside(const QObject* object) const {
     for (; object; object = object->parent()) {
         if (object == window_)

@@ -1,6 +1,6 @@
 #include "platform/qt/list.h"
 
-#include "platform/qt/fonts.h"
+#include "platform/qt/controls.h"
 
 #include <QKeyEvent>
 #include <QListWidget>
@@ -39,9 +39,7 @@ protected:
 
     // Leaves an empty strip below the last visible row, so that no row is partly visible.
     void showEvent(QShowEvent* event) override {
-        QPalette colours = palette();
-        colours.setBrush(QPalette::Window, colours.base()); // for the strip
-        setPalette(colours);
+        setColour(this, QPalette::Window, palette().base()); // for the strip
         setAutoFillBackground(true);
         if (const int row = sizeHintForRow(0); row > 0)
             setViewportMargins(0, 0, 0, (height() - 2 * frameWidth()) % row);
@@ -53,10 +51,7 @@ protected:
 
 QListWidget* addList(QWidget* parent, const char* name, const QString& accessibleName,
                      const TwipsRect& rect) {
-    auto* list = new List(parent);
-    list->setObjectName(QString::fromLatin1(name));
-    list->setGeometry(rect.inPixels());
-    list->setFont(sansFont());
+    auto* list = laidOut(new List(parent), name, rect);
     list->setAccessibleName(accessibleName);
     return list;
 }

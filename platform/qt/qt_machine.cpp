@@ -98,7 +98,8 @@ bool QtFileDialog::show(bool saving) {
     dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
     dialog.setAcceptMode(saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::AnyFile);
-    if (auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+    auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    if (name)
         name->setMaxLength(maxNameCharacters);
     if (FileName.empty())
         dialog.setDirectory(QDir::currentPath());
@@ -106,7 +107,11 @@ bool QtFileDialog::show(bool saving) {
         dialog.selectFile(QFile::decodeName(FileName.c_str()));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return false;
-    FileName = QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString();
+    // selectedFiles() would split a name at double quotes.
+    const QString file = name && name->text().contains(u'"')
+                             ? dialog.directory().absoluteFilePath(name->text())
+                             : dialog.selectedFiles().constFirst();
+    FileName = QFile::encodeName(file).toStdString();
     return true;
 }
 

@@ -22,7 +22,7 @@ public:
     void setInputModeBinary() {}
 
     void setCommPort(int number) override;
-    bool PortOpen() const override;
+    bool PortOpen() const; // false after the connection has been lost
     void Open() override;
     void Close() override;
     void Output(const Bytes& frame) override;

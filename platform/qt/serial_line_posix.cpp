@@ -108,8 +108,8 @@ std::string whyNotOpened(const std::string& path, const std::string& otherwise) 
     if (!S_ISCHR(device.st_mode))
         return "it is not a serial port.";
     if (access(path.c_str(), R_OK | W_OK) != 0)
-        return "you have no permission to use it. It belongs to the group \"" + groupName(device.st_gid) +
-               "\", of which you are not a member.";
+        return "you have no permission to use it. It belongs to the group \"" +
+               groupName(device.st_gid) + "\", of which you are not a member.";
     const int descriptor = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
         return errno == EBUSY ? "another program is using it."

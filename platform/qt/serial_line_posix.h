@@ -10,14 +10,16 @@ std::string lockFileOf(const std::string& path);
 // A description, for the user, of the lock file that bars the port `path`; empty if no lock file
 // bars the port. A lock file bars the port while a process other than this one has the process ID
 // in the file and, if the file also contains a program name, has that name. A lock file that cannot
-// be read or is not a small regular file also bars the port. Any other lock file that contains a
-// process ID is removed. Call before opening the port: QSerialPort waits forever if the lock file
-// is a pipe, and removes a lock file older than half a minute even if its owner is running.
+// be read, is not a regular file or has more than 1024 bytes also bars the port. Any other lock
+// file that contains a process ID is removed. Call before opening the port: QSerialPort waits
+// forever if the lock file is a pipe, and removes a lock file older than half a minute even if its
+// owner is running.
 std::string lockedByAnother(const std::string& path);
 
 // Why the port `path` could not be opened, in sentences for the user: the device does not exist or
 // is not a serial port, the user is not a member of the group that owns it, another program is
-// using it, or a lock file bars it. Returns `otherwise` for any other cause.
+// using it, the system reports another error, or a lock file bars it. Returns `otherwise` if none
+// of these is the cause.
 std::string whyNotOpened(const std::string& path, const std::string& otherwise);
 
 // Number of bytes in the system's receive queue; 0 on error.

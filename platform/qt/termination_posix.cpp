@@ -29,7 +29,7 @@ std::atomic<pid_t> handledProcess = 0; // the process that called HandleSignals(
 // Called by signal handlers too.
 void cleanUp() {
     SendCrashFrames();
-    if (guardedDescriptor >= 0)
+    if (guardedDescriptor.exchange(-1) >= 0) // at the end of exit() the name no longer exists
         unlink(guardedLockFile.c_str());
     platform::RemoveTemporaryFile();
 }

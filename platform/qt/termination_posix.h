@@ -1,5 +1,7 @@
 // Terminations that the user did not choose: signals, crashes, a lost display. They must not leave
-// a chip powered. The only exception is SIGKILL, which cannot be handled.
+// a chip powered. The only exceptions are SIGKILL, which cannot be handled, and the signals 32 and
+// 33, which the C library reserves. SIGSTOP cannot be handled either: the chip stays powered until
+// the process continues.
 #pragma once
 
 #include <functional>

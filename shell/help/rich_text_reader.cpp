@@ -89,9 +89,10 @@ void RichTextReader::controlSymbol() {
     const std::string_view digits = rest_.substr(0, 2);
     if (symbol == "\\" || symbol == "{" || symbol == "}") {
         byte(symbol[0]);
-    } else if (symbol == "'" && digits.size() == 2 && modFunc::StrictHex(digits)) {
+    } else if (const auto value = modFunc::StrictHex(digits);
+               symbol == "'" && digits.size() == 2 && value) {
         rest_.remove_prefix(2);
-        byte(modFunc::TolerantHex(digits));
+        byte(*value);
     } else {
         word(symbol == "\t" ? "tab" : symbol == "\r" || symbol == "\n" ? "par" : symbol, {});
     }
@@ -119,10 +120,12 @@ void RichTextReader::openGroup() {
 }
 
 void RichTextReader::closeGroup() {
-    if (groupsTooDeep_ > 0 || groups_.size() == 1) { // a surplus closing brace has no effect
-        groupsTooDeep_ -= groupsTooDeep_ > 0 ? 1 : 0;
+    if (groupsTooDeep_ > 0) {
+        --groupsTooDeep_;
         return;
     }
+    if (groups_.size() == 1) // a surplus closing brace has no effect
+        return;
     const bool wasPicture = group().destination == Destination::Picture;
     groups_.pop_back();
     if (wasPicture && group().destination != Destination::Picture)

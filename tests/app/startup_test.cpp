@@ -1,4 +1,4 @@
-// The start files and their format.
+// The data files that are read at start-up, and their format.
 #include "app/delimited_text.h"
 #include "app/startup.h"
 #include "tests/support/run_fixture.h"

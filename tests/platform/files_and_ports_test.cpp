@@ -74,13 +74,16 @@ TEST_F(ReplaceFile, ReportsACallThatFailsAndWhatIsNotAFile) {
 TEST_F(ReplaceFile, KeepsOwnerPermissionsAndLinks) {
     file("file", 0640);
     const bool owned = chown(folder.file("file").c_str(), 65534, 65534) == 0;
+    chown(folder.path().c_str(), geteuid(), 65534);
+    chmod(folder.path().c_str(), 02777);            // a new file gets the group of the folder
     fs::create_symlink("new", folder.file("link")); // to a file that does not exist yet
     umask(0002);
     EXPECT_EQ(attempt(text) + attempt(text, "link"), "");
-    struct stat file{};
+    struct stat file{}, created{};
     stat(folder.file("file").c_str(), &file);
-    EXPECT_EQ(std::tuple(file.st_mode, file.st_uid == 65534, file.st_gid == 65534),
-              std::tuple(S_IFREG | 0640, owned, owned));
+    stat(folder.file("new").c_str(), &created);
+    EXPECT_EQ(std::tuple(file.st_mode, file.st_uid == 65534, file.st_gid, created.st_gid),
+              std::tuple(S_IFREG | 0640, owned, owned ? 65534 : getegid(), file.st_gid));
     EXPECT_EQ(fs::status(folder.file("new")).permissions(), fs::perms(0664));
     EXPECT_EQ(count(folder.path()), 3);
 }

@@ -83,7 +83,7 @@ std::string pict(const char* kind) {
 struct Row {
     const char* name;
     std::string rtf, shown;
-    int most = 0; // characters on the page
+    int maxCharacters = 0;
 };
 struct HelpText : testing::TestWithParam<Row> {};
 struct HelpTime : testing::TestWithParam<Row> {};
@@ -155,7 +155,7 @@ TEST_P(HelpTime, IsShort) {
     EXPECT_TRUE(RichTextReader::Read(file, document, 1));
     document.setTextWidth(640);
     EXPECT_LT(document.size().height(), 8'000'000);
-    EXPECT_LE(document.characterCount(), GetParam().most);
+    EXPECT_LE(document.characterCount(), GetParam().maxCharacters);
 }
 
 TEST(Help, SurvivesDamageAndNoLibraryPrintsAWord) {

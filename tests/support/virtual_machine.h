@@ -77,7 +77,6 @@ struct VirtualMachine final : platform::EventQueue,
     }
 
     void setCommPort(int number) override { commPort = number; }
-    bool PortOpen() const override { return open; }
     void Open() override {
         if (open || commPort == 16)
             throw platform::PortError("/dev/ttyUSB2: gone");

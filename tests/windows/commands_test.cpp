@@ -48,8 +48,8 @@ TEST_F(Commands, LoadFillsTheImageOrLeavesItAsItWas) {
     trigger("FileLoad", {file("", "sample.hex"), escape});
     trigger("FileLoad", {file("sample.hex", "missing.hex"), enter});
     EXPECT_TRUE(image == Bytes(70001, 0xFF) && !viewOpen());
-    folder.write("image.bin", "abcd");
-    trigger("FileLoad", {file("missing.hex", "image.bin"), [&] {
+    folder.write("5\" image.bin", "abcd");
+    trigger("FileLoad", {file("missing.hex", "5\" image.bin"), [&] {
                              EXPECT_FALSE(window()->close());
                              press(Qt::Key_Tab, Qt::Key_1, Qt::Key_0, Qt::Key_Tab, Qt::Key_1,
                                    Qt::Key_Return);
@@ -99,7 +99,7 @@ TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
     EXPECT_FALSE(state().TimedOut);
 }
 
-// Settings outside their ranges still give a program.
+// The program also works with settings outside their ranges.
 TEST_F(Commands, ADeviceAndAPortAreKeptAndExitWritesThem) {
     std::filesystem::create_symlink("unplugged", folder.file("com16"));
     state().ComPort = 17;

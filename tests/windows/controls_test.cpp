@@ -1,4 +1,4 @@
-// The controls of every window and how they are painted: each has an entry in windows.txt.
+// The controls of every window and how they are painted. windows.txt has an entry for each window.
 #include "buffer/frmBuffer.h"
 #include "buffer/frmBufferFill.h"
 #include "files/frmFileLoad.h"
@@ -15,7 +15,8 @@
 
 namespace {
 
-// A control's geometry, its colours, font and properties other than Qt's, and what it paints.
+// A control's geometry; its colours, font and properties where they differ from Qt's; what it
+// paints.
 QString describe(QWidget& control) {
     QString text = control.objectName();
     const auto say = [&](bool isSo, const QString& word) { text += isSo ? ' ' + word : ""; };
@@ -79,7 +80,7 @@ QString describeWindow(QWidget& window) {
     for (auto* next = window.nextInFocusChain(); next != &window; next = next->nextInFocusChain())
         if (controls.contains(next) && (next->focusPolicy() & Qt::TabFocus) && !next->focusProxy())
             entries.last() += ' ' + next->objectName();
-    static const QRegularExpression line("(.{1,95})( |$)");
+    static const QRegularExpression line("(.{1,113})( |$)");
     return entries.join(" | ").replace(line, "\\1\n  ").trimmed() + '\n';
 }
 

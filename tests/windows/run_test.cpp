@@ -74,8 +74,8 @@ TEST_F(Runs, AreReachedByNoEvent) {
     EXPECT_FALSE(QApplication::overrideCursor() || mdi->isVisible());
 }
 
-// Every frame of every function is covered in virtual time; here it is the port and the windows. A
-// request to close that comes directly after the end of Settings waits for discovery.
+// Other tests cover every frame of every function in virtual time; this one covers the port and the
+// windows. A request to close that comes directly after the end of Settings waits for discovery.
 TEST_F(Runs, APulledCableEndsTheRunAndTheProgrammerIsFoundAgain) {
     startProgrammer(" --fault pull@5");
     start("i Device Found!: Firmware: SimBox v1.00");

@@ -1,5 +1,5 @@
 // The windows, alone or with the simulated programmer on a real pseudo-terminal. A test that uses
-// this needs no further header of Qt, of the standard library or of GoogleTest.
+// this needs no further header of the standard library or of GoogleTest, and of Qt at most QtDBus.
 #pragma once
 
 #include "app/startup.h"
