@@ -2,9 +2,9 @@
 // files. In an Intel HEX file, each record is one item.
 //
 // Items end at a comma or a line end (CR LF, LF or CR); the last line end of a file may be missing.
-// A UTF-8 byte order mark, and blanks (spaces and tabs) before an item, are skipped. An item that
-// starts with a double quote is returned without its quotes and may contain commas; it is never a
-// number. Any other item ends at the next comma or line end.
+// A UTF-8 byte order mark at the start of the file is skipped, and so are blanks (spaces and tabs)
+// before an item and after a number or a closing double quote. An item that starts with a double
+// quote is returned without its quotes, may contain commas and is never a number.
 #pragma once
 
 #include <cstdint>

@@ -5,11 +5,11 @@
 
 namespace modFunc {
 
-// One row of the device catalogue. The fields are in the same order as in the device list file. An
-// empty row has empty strings and zeros. The file may contain numbers outside the ranges given
-// here. The device functions reject a device whose Family or Size is outside its range. Program
-// also rejects a PageSize outside its range and a Size that is not a whole number of blocks or
-// pages.
+// One row of the device list. The fields are in the same order as in the file. An empty row has
+// empty strings and zeros. The file may contain numbers outside the ranges given here. The device
+// functions reject a device whose Family or Size is outside its range. Program also rejects a Size
+// that is not a whole number of blocks or pages and, for a family that writes pages, a PageSize
+// outside its range.
 struct DeviceRec {
     std::string Name;        // shown to the user
     std::string Text2;       // not used

@@ -6,7 +6,7 @@ namespace modFunc {
 
 namespace {
 
-// Fields that are not listed are 0.
+// Fields that a block does not list are 0; a copied family keeps those of its original.
 constexpr FamilyRec family1{
     .Program = {.PinP = 250, .PinQ = 192, .WriteOption = 4, .SupplyV1 = 12, .SupplyV3 = 50},
     .Read = {.PinP = 248, .PinQ = 192, .SupplyV1 = 5, .SupplyV3 = 50},
@@ -54,7 +54,6 @@ constexpr FamilyRec family4 = [] {
     return family;
 }();
 
-// All three lock steps use the same pin pattern.
 constexpr FamilyRec family5 = [] {
     FamilyRec family = family1;
     family.Read.SupplyV1 = 12;
@@ -76,7 +75,7 @@ constexpr FamilyRec family10{
     .ClassByte = 2,
 };
 
-// The serial families: no supplies, no pin patterns.
+// These families have no supply values and no pin patterns.
 constexpr FamilyRec family20{.ChipCode = 20, .ClassByte = 3};
 constexpr FamilyRec family21{.ChipCode = 21, .ClassByte = 3};
 constexpr FamilyRec family30{.ChipCode = 7, .ClassByte = 4};

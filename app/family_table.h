@@ -26,7 +26,7 @@ struct FamilyGroup {
 // offsets in the row, 0 to 94.
 struct FamilyRec {
     FamilyGroup Program{};       // offsets 0-8
-    FamilyGroup Read{};          // 9-17; also used by Blank check, Verify and Program
+    FamilyGroup Read{};          // 9-17; also used by Blank, Verify and Program
     FamilyGroup Lock1{};         // 18-26; its supplies are used for all lock steps
     FamilyGroup Lock2{};         // 27-35; its supplies are not sent
     FamilyGroup Lock3{};         // 36-44; its supplies are not sent

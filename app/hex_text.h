@@ -25,7 +25,7 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
 }();
 
 // The value of one digit, 0..15; -1 if the character is not a digit. This and the next function are
-// inline because a call per digit would double the time needed to convert a file or a page.
+// inline: as ordinary calls, they would double the time needed to read an Intel HEX file.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }

@@ -1,4 +1,4 @@
-// Puts the program together: application, start files, machine, main window.
+// Puts the program together: application, data files, machine, main window.
 #include "app/startup.h"
 #include "app/state.h"
 #include "platform/qt/application.h"

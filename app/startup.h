@@ -3,10 +3,10 @@
 //
 // These files must be in the folder AppPath. A procedure that reads one of them throws
 // platform::FileError if the file is missing or damaged or contains a value outside its limits. The
-// message names the file, the cause and, for a damaged file, the item. State may then be
-// partly filled. A text item may have up to 65535 bytes and contain no zero byte; those of the
-// settings may not contain a double quote either. The Parse... procedures read a file whose text is
-// already in memory.
+// message names the file, the cause and, for a damaged file, the item. State may then be partly
+// filled. A text item has at most 65535 bytes and no zero byte; a text item of the settings must
+// not contain a double quote either. The Parse... procedures read a file whose text is already in
+// memory.
 #pragma once
 
 #include <string>
@@ -27,8 +27,7 @@ void Main();
 // ProgramVersion and ProgramDate.
 void ReadSettings();
 void ParseSettings(DelimitedReader& reader);
-// Replaces the contents of quorven.cfg with these five items by platform::ReplaceFile. Throws
-// platform::FileError.
+// Writes these five items to quorven.cfg, using platform::ReplaceFile. Throws platform::FileError.
 void WriteSettings();
 
 // Reads quorven.dev: eight items for each of the rows 1 to DeviceCount of DeviceList. DeviceCount
@@ -40,8 +39,8 @@ void ParseDeviceList(DelimitedReader& reader);
 // Reads auto.cfg: AutoCount (0..20), then that many function codes into AutoList.
 void ReadAutoFile();
 void ParseAutoFile(DelimitedReader& reader);
-// Replaces the contents of auto.cfg with AutoCount and the entries of AutoList by
-// platform::ReplaceFile. Throws platform::FileError.
+// Writes AutoCount and the entries of AutoList to auto.cfg, using platform::ReplaceFile. Throws
+// platform::FileError.
 void WriteAutoFile();
 
 } // namespace modFunc

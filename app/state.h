@@ -36,7 +36,7 @@ struct State {
     std::string ProgramVersion;
     // Release date text.
     std::string ProgramDate;
-    // The device catalogue, rows 1..DeviceCount; row 0 stays empty.
+    // The device list, rows 1..DeviceCount; row 0 stays empty.
     std::array<DeviceRec, lastDeviceRow + 1> DeviceList{};
     // The family parameters, rows 0..50; constant after start-up.
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
@@ -96,9 +96,9 @@ struct State {
     bool ProgrammerFound = false;
 };
 
-// The one instance.
+// The one instance. Created at the first call, when a lack of memory can be reported.
 State& state();
-// Sets every field to zero, false or empty. References to fields become invalid.
+// Sets every field to zero, false or empty.
 void ResetState();
 
 // The selected device's rows of DeviceList and FamilyTable. selectedFamily() throws

@@ -210,10 +210,10 @@ void measureRun(Program& program, Simbox& simbox, const char* function, double p
     for (const TraceLine& line : simbox.newLines())
         minMs += line.bytes * byteMs;
     char beside[80];
-    std::snprintf(beside, sizeof beside, "%.3f times the %.0f ms of wire and pauses",
+    std::snprintf(beside, sizeof beside, "%.3f times the %.0f ms of transmission and pauses",
                   run.ms / minMs, minMs);
     row((std::string(function) + ", 64 KiB, 57600 baud").c_str(), "%.0f ms", run.ms, beside);
-    row("  CPU time during it, of one core", "%.2f %%", 100 * run.cpuMs / run.ms, "limit 2 %");
+    row("  CPU time as a share of one core's", "%.2f %%", 100 * run.cpuMs / run.ms, "limit 2 %");
 }
 
 void measureRunsAt57600Baud(const TemporaryFolder& folder) {
@@ -265,7 +265,7 @@ void measureFilesAndPage(const TemporaryFolder& folder) {
     row("Intel HEX file of 64 KiB: load, hex view reopened", "%.2f ms",
         medianMs(51, [&] { program.loadImage(); }));
     program.machine.cdia.FileName = folder.file("saved.hex");
-    row("  save", "%.2f ms", medianMs(51, [] { SaveHexFile(); }), "with the disk's sync");
+    row("  save", "%.2f ms", medianMs(51, [] { SaveHexFile(); }), "including the sync to disk");
     constexpr int pages = 1000;
     row("Text of a page of the hex view", "%.2f us",
         medianMs(51,

@@ -11,8 +11,8 @@ class QScrollBar;
 
 // The text box that shows the page: read-only, without its own scroll bar. It reports keys and
 // clicks and changes nothing itself; the mouse wheel moves the scroll bar `wheelBar`. A row is
-// 0..15, or -1 for the heading; columns are numbered as in buffer/page_text.h. `clicked` may report
-// other rows and columns, which HexEditor::Click ignores.
+// 0..15, or -1 for the heading; columns are numbered as in buffer/page_text.h. `clicked` also
+// reports positions without a digit, which HexEditor::Click ignores.
 class PageBox : public QTextEdit, public OwnAccessible {
     Q_OBJECT
 

@@ -1,6 +1,6 @@
 // The rules of the hex view: where the caret can be and what keys, clicks and digits do. Nothing
-// here depends on pixels: the window draws, and it converts pixels to rows and columns. These are
-// numbered as in buffer/page_text.h.
+// here depends on pixels: the window draws, and it converts pixels to rows and columns. Columns are
+// numbered as in buffer/page_text.h; row 0 is the first row below the heading.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@ namespace modFunc {
 
 class HexEditor {
 public:
-    // The keys that move the caret, with or without modifiers. Other is any other key, which does
-    // not move the caret.
+    // The keys that move the caret, with or without modifiers. Other is any other key; Press()
+    // ignores it.
     enum class Key { Other, Left, Up, Right, Down };
 
     // Starts at the top of `image`, for a device of `size` bytes. The image must outlive the

@@ -42,8 +42,8 @@ void OpenHexFile();
 // five digits.
 std::string HexFileText();
 
-// Replaces the contents of cdia.FileName with HexFileText() by platform::ReplaceFile. Then status
-// bar panel 4 names the file. Every failure throws platform::FileError.
+// Writes HexFileText() to cdia.FileName, using platform::ReplaceFile. Then status bar panel 4 names
+// the file. Every failure throws platform::FileError.
 void SaveHexFile();
 
 // The file type that frmFileLoad proposes: true (Intel HEX) if the name ends in "HEX" or "hex".

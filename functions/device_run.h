@@ -45,10 +45,10 @@ public:
     DeviceRun& operator=(const DeviceRun&) = delete;
 
     // Runs row `index` of listFunction on the selected device and returns after the run's last
-    // frame and the pause that follows that frame. Call Run once per object, with the port open:
-    // otherwise every frame waits for its time-out. Sends no frame if there is no such row, and
-    // does nothing at all while the link is in use. If an exception escapes, the power-down frames
-    // are sent before it is passed on.
+    // frame and the pause that follows that frame. Call Run once per object. Open the port first:
+    // with a closed port, every frame waits for its time-out. Sends no frame if there is no such
+    // row, and does nothing at all while the link is in use. If an exception escapes, the
+    // power-down frames are sent before it is passed on.
     void Run(int index);
 
 private:
@@ -86,7 +86,7 @@ private:
     void SetLine(const std::string& text);
     void AppendToLine(const std::string& text);
     void SetPercent(std::int32_t percent);
-    // True if the selected device's Family and Size are within the limits of the catalogue.
+    // True if the selected device's Family and Size are within the limits of the device list.
     // Otherwise the message line becomes "Function not supported!".
     bool DeviceFits();
     void NotSupported();
@@ -94,10 +94,10 @@ private:
     void SetBlockAddress(std::int32_t address);
     std::int32_t BlockAddress() const { return AddrHigh * 256 + AddrLow; }
 
-    // The part that Read, Blank check and Verify share. Sets the supplies, sets up the socket,
-    // shows `openingText`, then reads the chip into RxBytes, one block at a time. Calls `take`
-    // after each block; `take` returns whether to continue. After the last block, appends "OK!" to
-    // the message line and returns true. After any failure, returns false.
+    // The part that Read, Blank and Verify share. Sets the supplies, sets up the socket, shows
+    // `openingText`, then reads the chip into RxBytes, one block at a time. Calls `take` after each
+    // block; `take` returns whether to continue. After the last block, appends "OK!" to the message
+    // line and returns true. After any failure, returns false.
     bool ReadBlocks(const std::string& openingText, const std::function<bool()>& take);
     // The byte at index ByteIndex of the block in RxBytes.
     std::uint8_t ReplyByte() const;

@@ -8,7 +8,7 @@
 namespace modFunc {
 
 // Erases the chip. The replies are used only for timing. They do not show whether the chip is
-// erased; Blank check shows that.
+// erased; Blank shows that.
 void DeviceRun::EraseDevice() {
     constexpr int settleMs = 200;
     if (!DeviceFits())
@@ -38,7 +38,8 @@ void DeviceRun::EraseDevice() {
         state().RxExpected = 1;
         WaitReply();
         ReadReply();
-        // Also waits for a third byte. If one arrives, it is left for the next exchange to read.
+        // Waits up to one more second. A third byte, which is not expected, would end this wait and
+        // be left for the next exchange to read.
         WaitReply();
         break;
     }

@@ -22,6 +22,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
           "rich text is recognised by its beginning");
     document.setTextWidth(640);
     check(document.size().height() < 8'000'000, "Qt can lay it out");
-    check(document.toPlainText().isValidUtf16(), "there is only text");
+    check(document.toPlainText().isValidUtf16(), "the text is valid UTF-16");
     return 0;
 }

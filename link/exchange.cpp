@@ -19,7 +19,7 @@ LinkUser CurrentLinkUser() {
 }
 
 LinkUse::LinkUse(LinkUser user) {
-    assert(!LinkInUse() && "whoever uses the link checks first that nobody does");
+    assert(!LinkInUse() && "check LinkInUse() before creating a LinkUse");
     currentUser = user;
 }
 

@@ -1,7 +1,7 @@
 // The transport layer: sends a frame, waits for its reply and reads the reply. The program is
-// always the master and sends a frame only after the reply to the previous one or after a time-out.
-// A frame is not sent again if its reply is missing. Received bytes stay queued until they are read
-// or the port is closed.
+// always the master. Except for the power-down frames after a crash or an exception, it sends a
+// frame only after the reply to the previous one or after a time-out. A frame is not sent again if
+// its reply is missing. Received bytes stay queued until they are read or the port is closed.
 #pragma once
 
 #include "platform/bytes.h"
@@ -51,8 +51,8 @@ void ReadReply();
 // Appends all bytes waiting at the port to RxText.
 void ReadReplyTail();
 
-// SendAndWait, then ReadReply: for every frame whose reply is read without first checking for a
-// time-out.
+// SendAndWait, then ReadReply: for a frame whose reply is read at once, whether or not a time-out
+// has occurred.
 void Exchange(Bytes frame, std::int16_t replyBytes);
 
 } // namespace modFunc

@@ -24,7 +24,7 @@
 
 namespace modFunc {
 
-// Number of bytes that an "R" reads and that, in block form, a "D" loads and a "W" writes.
+// Bytes in a block. An "R" reads one block; in block form, a "D" loads one and a "W" writes one.
 inline constexpr int blockBytes = 256;
 // Maximum number of bytes that a "D" loads and a "W" writes in page form.
 inline constexpr int maxPageBytes = 128;
@@ -70,9 +70,9 @@ Bytes WriteSocketFrame(const FamilyRec& family);
 //   5 on  the data: 256 bytes in block form, a page in page form
 Bytes DataFrame(std::span<const std::uint8_t> data);
 
-// "W": write the 256-byte block loaded by the last "D". The reply begins with a
-// status: "N" if the block was written; "E", followed by the failing address, high byte first; any
-// other byte is a fault without an address.
+// "W": write the 256-byte block loaded by the last "D". Reply: 1 status byte. "N": the block was
+// written. "E": a byte failed; its address follows in 2 bytes, high byte first. Any other status is
+// a fault without an address.
 //   5   first address, high byte
 //   6   first address, low byte: 00
 //   7   last address, high byte

@@ -18,9 +18,9 @@ void RejectSpecialFile(const std::string& path);
 // be opened or read, or is larger than maxTextFileBytes.
 std::string ReadWholeFile(const std::string& path);
 
-// Replaces the contents of the file `path`, completely or not at all: on any failure, throws
-// FileError and leaves the old contents. A symbolic link stays a link; the permissions, the group
-// and the owner of the file are kept if the system allows it. A file without write permission and a
+// Replaces the contents of the file `path`. On failure, throws FileError and leaves the old
+// contents, except as stated below. A symbolic link stays a link; the permissions, the group and
+// the owner of the file are kept if the system allows it. A file without write permission and a
 // path that is not a regular file are rejected. If no file can be created in the folder of `path`
 // but the file itself is writable, the file is overwritten in place. A full disk then still leaves
 // the file unchanged, but a device error or the end of the process may leave it incomplete.

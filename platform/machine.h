@@ -20,17 +20,17 @@ struct PortError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The serial line to the programmer, which the program polls: 57600 baud, 8 data bits, no
-// parity, 1 stop bit, no flow control, every
-// byte value passed on unchanged. A closed port, and one whose connection is lost while it is open,
-// accepts and delivers no bytes; this raises no error.
+// The serial line to the programmer: 57600 baud, 8 data bits, no parity, 1 stop bit, no flow
+// control. Every byte value is passed on unchanged. The program polls the port for received bytes.
+// A closed port, and one whose connection is lost while it is open, accepts and delivers no bytes;
+// this raises no error.
 struct SerialPort {
     virtual ~SerialPort() = default;
 
     // Selects the port, 1..16. Takes effect at the next Open().
     virtual void setCommPort(int number) = 0;
     // Opens the port selected by setCommPort(), with DTR asserted and RTS deasserted; the port must
-    // be closed. On failure, also for a number outside 1..16, throws PortError and leaves the port
+    // be closed. On failure, or for a number outside 1..16, throws PortError and leaves the port
     // closed.
     virtual void Open() = 0;
     // Closes the port and discards queued bytes. No effect on a closed port.
@@ -90,8 +90,9 @@ struct StatusBar {
 // before overwriting and appends nothing to a name.
 struct FileDialog {
     virtual ~FileDialog() = default;
-    // Lets the user choose a name; FileName is the initial name, or empty for the current folder.
-    // Returns false on Cancel, which leaves FileName unchanged. A chosen name is an absolute path.
+    // Lets the user choose a name; FileName is the initial name, or empty for the current
+    // directory. Returns false on Cancel, which leaves FileName unchanged. A chosen name is an
+    // absolute path.
     virtual bool ShowOpen() = 0;
     virtual bool ShowSave() = 0;
 
@@ -101,7 +102,7 @@ struct FileDialog {
 // The machine as the core uses it. main() creates it before the main window.
 struct Machine {
     SerialPort& cm;
-    Timer& totmr;   // reply time-out; also times the splash window
+    Timer& totmr;   // reply time-out; also times discovery and the splash screen
     Timer& tmrWait; // settling pauses between frames
     EventQueue& events;
     MessageBox& msgBox;

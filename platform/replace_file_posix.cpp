@@ -19,7 +19,7 @@ struct FileRights {
     uid_t owner;
     gid_t group;
 };
-// As an owner or a group: the one that the system gives to a new file.
+// For fchown(): keeps the owner or the group that the system gave to the new file.
 constexpr auto asCreated = static_cast<uid_t>(-1);
 
 std::filesystem::path folderOf(const std::filesystem::path& file) {

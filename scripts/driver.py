@@ -11,10 +11,10 @@
 # order. If Python is killed, these processes are terminated too.
 #
 # A process is a subprocess.Popen. The windows of a process are those of its process group, so the
-# command may be a wrapper that forks. Each method waits until it can act, and raises TimeoutError
-# after its time limit (in seconds) or as soon as the process has ended. Controls are found by their
-# accessible name, which is what a screen reader says, and by their Role; BUTTON, TEXT and LABEL are
-# short names for three roles.
+# command may be a wrapper that forks. A method that needs a window or an item waits for it, and
+# raises TimeoutError after its time limit (in seconds) or as soon as the process has ended.
+# Controls are found by their accessible name, which is what a screen reader says, and by their
+# Role; BUTTON, TEXT and LABEL are short names for three roles.
 #
 #   screen.env                       the environment of its processes; start(env=...) adds to it
 #   screen.server                    the X server's process
@@ -160,7 +160,7 @@ class Process(subprocess.Popen):
             while has(button, State.PRESSED):
                 time.sleep(0.02)
 
-    # Selects the row of a list that has this text, with the arrow keys.
+    # Uses the arrow keys to select the row with this text in a list.
     def select(self, name, row):
         box = self.item(name, Role.LIST)
         self.until(f"focus on {name!r}", lambda: (box.grab_focus(), has(box, State.FOCUSED))[1])

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzz targets with Clang and runs each of them (by
-# default all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or
-# "fuzz.sh 1000000x intel_hex". Prints a line for each target; the exit status is 0 only if no fault
-# was found. A target consists of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in
-# max_bytes below, and a folder of inputs in fuzz/corpus/. Every test run replays these inputs:
-# ctest --preset dev -R replay.
+# default all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or "fuzz.sh
+# 1000000x intel_hex". Prints a line for each target; the exit status is 0 only if no fault was
+# found. A target consists of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in
+# max_bytes below, and a folder of inputs in fuzz/corpus/. Every test run replays these inputs. To
+# do only that: ctest --preset dev -R replay.
 #
 # New inputs are kept in build/fuzz/corpus/. An input that reveals a fault is kept in
 # build/fuzz/findings/ and its path is printed. Reproduce the fault with the first of these
@@ -16,7 +16,8 @@
 #
 # To add to fuzz/corpus/TARGET only those new inputs that reach additional code:
 #
-#   build/fuzz/fuzz-build/fuzz_TARGET -merge=1 -use_counters=0 fuzz/corpus/TARGET build/fuzz/corpus/TARGET
+#   build/fuzz/fuzz-build/fuzz_TARGET -merge=1 -use_counters=0 \
+#       fuzz/corpus/TARGET build/fuzz/corpus/TARGET
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

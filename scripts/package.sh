@@ -10,7 +10,7 @@ scripts/build.sh
 
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l build/packaging-build/changelog -S Timestamp)
 export SOURCE_DATE_EPOCH
-umask 022 # determines the mode of the directories in the package
+umask 022 # determines the mode of the folders in the package
 rm -rf build/package
 (cd build && cpack >package.log 2>&1) || { cat build/package.log >&2; exit 1; }
 rm -r build/package/_CPack_Packages

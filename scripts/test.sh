@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs missing packages, builds with sanitizers and warnings as errors, runs every test, checks
 # the formatting, runs clang-tidy on the sources, checks the includes, builds the release and its
-# package, checks the package, and counts the test lines. The last line of the output states how many tests passed and failed; the exit status is 0
-# only if nothing failed.
+# package, checks the package, and counts the test lines. The last line of the output states how
+# many tests passed and failed; the exit status is 0 only if nothing failed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -53,7 +53,7 @@ check_lint() {
     fi
 }
 
-# Prints each #include of the sources whose folder does not match the regular expression FOLDERS.
+# Prints each #include of a header whose folder does not match the regular expression FOLDERS.
 includes_of() { # SOURCE... FOLDERS
     ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || wrong_includes=1
 }
@@ -97,7 +97,7 @@ check_package() {
 # $1 is the text that starts a comment.
 count_lines() { xargs -d '\n' cat | grep -cvaE "^[[:space:]]*($1.*)?\$"; }
 
-# Test lines include everything used only for testing, except images and corpora.
+# Test lines are those of all files in tests and fuzz, except images and corpora.
 show_test_share() {
     local code tests
     code=$(sources "${code_folders[@]}" | count_lines //)

@@ -21,7 +21,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cache=$PWD/build/try-on/$release
 work=$cache/work
 tools=$work/tools      # a root with everything that setup.sh installs
-clean=$tools/clean     # a root with only the package; inside $tools, so that programs there can enter it
+clean=$tools/clean     # a root with only the package; in $tools, whose programs enter it
 user_home="/home/Zoë Müller" # a space and a non-ASCII letter, as in real names
 folder=$user_home/.local/share/quorven
 user=59871
@@ -160,8 +160,8 @@ use_program() {
     rm -r "$tools$user_home/pictures"
 }
 
-# After the purge, the files must be the same as before the installation: only records of
-# apt and debconf may differ, and no file may be missing. The user's folder must remain.
+# After the purge, the same files must exist as before the installation, except for records of apt
+# and debconf; contents are not compared. The user's folder must remain.
 remove_package() {
     step "apt purge quorven and its dependencies"
     logged purge in_root "$clean" apt-get purge --autoremove -y quorven

@@ -91,8 +91,8 @@ void frmSelectDevice::showOutline(int row) {
         length + tr(", at the lower end of the socket, its mark at that end too"));
 }
 
-// Catalogue rows are numbered from 1. If no row of the list is highlighted, catalogue row 0 is
-// used, which is empty.
+// Rows of DeviceList are numbered from 1. If no row of the list box is highlighted, row 0 of
+// DeviceList is used, which is empty.
 void frmSelectDevice::listDevice_Click() {
     showOutline(highlightedRow(listDevice) + 1);
 }

@@ -7,7 +7,7 @@
 class QListWidget;
 class QPushButton;
 
-// The device catalogue, with a drawing of the chip's position in the socket. OK or a double click
+// The device list, with a drawing of the chip's position in the socket. OK or a double click
 // selects the highlighted device; the caller then closes the hex view.
 class frmSelectDevice : public Form {
     Q_OBJECT
@@ -20,7 +20,7 @@ private:
     void connectHandlers();
     void listDevice_Click();
     void cmdOk_Click();
-    // Shows the chip outline for the family in catalogue row `row`.
+    // Shows the chip outline for the family in row `row` of DeviceList.
     void showOutline(int row);
 
     QListWidget* listDevice;

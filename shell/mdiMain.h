@@ -20,7 +20,7 @@ public:
     explicit mdiMain(QtMachine& machine);
     ~mdiMain() override;
 
-    // Call before the window is shown. Shows the splash window, erases the image, sets up the port
+    // Call before the window is shown. Shows the splash window, clears the image, sets up the port
     // and runs discovery.
     void Load();
 

@@ -38,7 +38,7 @@ struct ProtocolError : std::runtime_error {
 };
 
 // Executes frames. Keeps the state of the supplies and the socket, the data held for the next
-// write, and the chip. Does not deal with the line or with time.
+// write, and the chip. Does not deal with the line and reads no clock; delays are part of a Reply.
 //
 // The class byte of the last socket set-up selects the class of the chip: classes 1, 2 and 4 are
 // flash, class 3 is a page device.

@@ -20,7 +20,7 @@ enum class FaultKind {
     Short,        // reply truncated to `count` bytes (0: silence) [count]
     Long,         // `count` extra bytes EE after the reply [count]
     Late,         // the reply starts `delayUs` later [delayUs]
-    Split,        // `count` bytes in time, the rest `delayUs` later [count, delayUs]
+    Split,        // `count` bytes on time, the rest `delayUs` later [count, delayUs]
     Double,       // the whole reply twice, without a gap
     Chatter,      // `count` unrequested bytes EE, `delayUs` after the reply [count, delayUs]
     Status,       // `bytes` instead of the reply, whatever the frame did [bytes]

@@ -20,14 +20,14 @@ namespace simbox {
 //
 // A frame is received when its last byte has arrived. The programmer then replies to it or rejects
 // it. A rejected frame changes nothing, has no reply and is a protocol error. An incomplete frame
-// is also a protocol error and is dropped one second after its first byte. So is a length above
-// maxLength, after which all received bytes are dropped at once. Any byte sequence may be
-// sent safely.
+// is dropped one second after its first byte; this is a protocol error too. A length above
+// maxLength is also a protocol error: the frame and all bytes still on the wire are dropped at
+// once. Any byte sequence may be sent safely.
 //
 // Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes,
 // the last of which may be shorter. Each portion arrives when its last byte has been transmitted.
 // If a reply has a gap, its two parts are divided into portions separately. When the cable is
-// pulled, the incomplete portion is lost.
+// pulled, all portions that have not arrived are lost.
 class Programmer {
 public:
     explicit Programmer(const Options& options = {});
@@ -37,9 +37,9 @@ public:
     // cable has been pulled.
     void Receive(std::int64_t nowUs, std::span<const std::uint8_t> bytes);
 
-    // The time of the next event: a portion of a reply arrives, a frame is complete, or an
-    // incomplete frame is dropped. May be in the past. nullopt if nothing will happen until more
-    // bytes are received.
+    // The time of the next event: a portion of a reply arrives, a length field or a frame is
+    // complete, or an incomplete frame is dropped. May be in the past. nullopt if nothing will
+    // happen until more bytes are received.
     std::optional<std::int64_t> nextEventUs() const;
 
     // Advances time to `nowUs` and returns the reply bytes due by then, in order and each only

@@ -122,8 +122,8 @@ std::vector<std::uint8_t> Terminal::Wait(std::optional<std::int64_t> timeoutUs) 
             return {};
         throw failure("cannot read from " + path_);
     }
-    // Exclusive mode belongs to the terminal. Because this side stays open, the mode would outlast
-    // a crash of the program that set it, and no program could open the line again.
+    // Exclusive mode belongs to the terminal. Because simbox keeps the slave open, the mode would
+    // outlast a crash of the program that set it, and no program could open the line again.
     ioctl(slave_.value, TIOCNXCL);
     return {buffer.begin(), buffer.begin() + count};
 }

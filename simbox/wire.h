@@ -39,9 +39,9 @@ class WirePace {
 public:
     // If `baud` is 0, bytes take no time.
     explicit WirePace(std::uint32_t baud) : byteNs_(baud == 0 ? 0 : 10'000'000'000 / baud) {}
-    // The time (microseconds, rounded up) at which the last of the next `bytes` bytes has been
-    // sent. The first of them starts at `readyUs`, or when all earlier bytes have been sent if that
-    // is later.
+    // Reserves the line for `bytes` more bytes and returns the time (microseconds, rounded up) at
+    // which the last of them has been sent. The first one starts at `readyUs`, or when all earlier
+    // bytes have been sent if that is later.
     std::int64_t Next(std::int64_t readyUs, std::size_t bytes);
 
 private:

@@ -21,8 +21,8 @@ void useOwnAccessibles();
 // or not visible, or `text` is empty.
 void announce(QWidget* window, const QString& text);
 
-// The accessible interface of the progress bar drawn on `track`. It reports the value to assistive
-// programs at most four times a second, and always reports the last value.
+// A widget that gives the progress bar drawn on `track` its accessible interface. It reports the
+// value to assistive programs at most four times a second, and always reports the last value.
 class ProgressValue : public QWidget, public OwnAccessible {
 public:
     ProgressValue(QWidget* track, const QString& name);

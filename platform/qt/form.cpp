@@ -51,8 +51,8 @@ Form::Form(QWidget* owner, const char* name, const QString& caption, int width, 
     setObjectName(QString::fromLatin1(name));
     setWindowTitle(caption);
     setFixedSize(std::max(pixels(width), minTitleBarWidth(caption)), pixels(height));
-    // The position is set before the native window exists: a window without a title bar may never
-    // be moved to a position that is set later.
+    // The position is set before the native window exists: otherwise Qt may never learn the actual
+    // position of a window without a title bar.
     QRect centred = geometry();
     centred.moveCenter((owner ? owner : this)->screen()->availableGeometry().center());
     setGeometry(centred);

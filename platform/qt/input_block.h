@@ -6,9 +6,9 @@
 #include <functional>
 
 // Discards user input to a window and everything inside it while `blocked` returns true, without
-// greying out any control. Other windows, message boxes in particular, stay usable. Menu actions
-// are not discarded, because assistive programs trigger them without an input event: their handlers
-// must check `blocked` themselves.
+// greying out any control. Other windows, message boxes in particular, stay usable. An action that
+// an assistive program triggers is not discarded, because it comes without an input event: the
+// handler of each action must check `blocked` itself.
 class InputBlock : public QObject {
     Q_OBJECT
 

@@ -69,8 +69,8 @@ std::string lockFileOf(const std::string& path) {
 }
 
 // A lock file begins with a process ID. Most programs write nothing else, some append their own
-// name and the user's name, and QSerialPort writes the name of the program that uses it on the next
-// line. An ID without a name may be that of any program, so the lock is respected as long as a
+// name and the user's name, and QSerialPort writes, on the next line, the name of the program that
+// uses it. An ID without a name may be that of any program, so the lock is respected as long as a
 // process has that ID.
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
@@ -118,8 +118,8 @@ std::string whyNotOpened(const std::string& path, const std::string& otherwise) 
     close(descriptor);
     if (!terminal)
         return "it is not a serial port.";
-    // The device itself can be opened, so a lock file, if there is one, is the cause: it could not
-    // be removed.
+    // The device itself can be opened, so a lock file, if there is one, is the cause: it contains
+    // no process ID or could not be removed.
     const std::string lockFile = lockFileOf(path);
     if (lockFile.empty())
         return otherwise;

@@ -2,8 +2,8 @@
 
 #include <QDBusPendingCall>
 
-// Asks the session manager (logind) not to suspend the computer or treat it as idle while this
-// object exists. Does not wait for the reply. Without a session manager, this class has no effect.
+// Asks the login manager (logind) not to suspend the computer or treat it as idle while this
+// object exists. Does not wait for the reply. Without a login manager, this class has no effect.
 // Requires Application, which opens the D-Bus connection.
 class StayAwake {
 public:

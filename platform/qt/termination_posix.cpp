@@ -17,7 +17,7 @@
 
 namespace {
 
-// Written by a signal handler, read by the event queue.
+// Written by a signal handler, watched by the event queue.
 std::array<int, 2> wakePipe = {-1, -1};
 
 std::atomic<int> guardedDescriptor = -1;
@@ -29,7 +29,7 @@ std::atomic<pid_t> handledProcess = 0; // the process that called HandleSignals(
 // Called by signal handlers too.
 void cleanUp() {
     SendCrashFrames();
-    if (guardedDescriptor.exchange(-1) >= 0) // at the end of exit() the name no longer exists
+    if (guardedDescriptor.exchange(-1) >= 0) // only once: exit() destroys the name later
         unlink(guardedLockFile.c_str());
     platform::RemoveTemporaryFile();
 }

@@ -13,11 +13,11 @@
 void OpenStandardDescriptors();
 
 // Installs the signal handlers permanently. Requires the application object. SIGTERM, SIGINT and
-// SIGHUP are handled in the running event loop: the crash frames are sent, `save` is called, and
-// the process ends with status 0. If `save` throws, the cause is printed to stderr and the status
-// is 1. For every other signal that ends a process, the crash frames are sent before the process
-// ends. SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the process during
-// a run. A signal that was ignored when the process started stays ignored.
+// SIGHUP are handled in the running event loop: the power-down frames are sent, `save` is called,
+// and the process ends with status 0. If `save` throws, the cause is printed to stderr and the
+// status is 1. For every other signal that ends a process, the power-down frames are sent before
+// the process ends. SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the
+// process during a run. A signal that was ignored when the process started stays ignored.
 void HandleSignals(std::function<void()> save);
 
 // Registers the open port and its lock file (empty: no lock file) for clean-up at termination.
@@ -27,9 +27,9 @@ void GuardPort(int descriptor, const std::string& lockFile = {});
 // valid until the next call; if it is null, no frames are sent.
 void SetCrashFrames(const char* bytes, int byteCount);
 
-// Sends the crash frames, if any, to the guarded port. Further calls send nothing until
+// Sends the power-down frames, if any, to the guarded port. Further calls send nothing until
 // SetCrashFrames() is called again.
 void SendCrashFrames();
-// Ends the process at once, without unwinding the running event loops. First sends the crash frames
-// and removes the lock file and any temporary file.
+// Ends the process at once, without unwinding the running event loops. First sends the power-down
+// frames and removes the lock file and any temporary file.
 [[noreturn]] void EndProcess(int status);

@@ -15,7 +15,7 @@ frmHelp::frmHelp(QWidget* owner)
     rtb->setFont(sansFont(points12)); // for the window's own messages
     rtb->setReadOnly(true);
     rtb->setUndoRedoEnabled(false);
-    // Black on white on any desktop: the colours in a help file are chosen for paper.
+    // Black on white on any desktop: the colours in a guide are chosen for paper.
     setColour(rtb, QPalette::Base, Qt::white);
     setColour(rtb, QPalette::Text, Qt::black);
     Form_Load();

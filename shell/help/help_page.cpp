@@ -13,7 +13,7 @@
 namespace {
 
 // The page has a budget. Its unit is the layout time of one Latin character (less than a
-// microsecond). Everything else costs a multiple of that.
+// microsecond). The costs of everything else are expressed in this unit.
 constexpr qint64 room = 2'400'000;
 constexpr qint64 runCost = 20;
 constexpr qint64 tabCost = 40;

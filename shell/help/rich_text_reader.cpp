@@ -218,7 +218,7 @@ void RichTextReader::addPicture() {
     page_.AddPicture(QByteArray::fromHex(picture.digits), size, group().paragraph.inTable);
 }
 
-// A font that is not installed is replaced by a font that the other windows use.
+// If a font is not installed, a serif font or the sans or fixed font of the other windows is used.
 QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     static const QString sans = sansFont(points12).family();
     static const QString fixed = fixedFont(points12).family();

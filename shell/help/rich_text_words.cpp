@@ -27,7 +27,7 @@ constexpr auto normal = QTextCharFormat::AlignNormal;
 constexpr auto raised = QTextCharFormat::AlignSuperScript;
 constexpr auto lowered = QTextCharFormat::AlignSubScript;
 
-// The tables are built at first use, when running out of memory can be reported.
+// The tables are built at first use: before main(), a lack of memory could not be reported.
 
 // Groups that are not shown, besides those that the file itself marks as optional.
 const std::unordered_set<std::string_view>& unseenGroups() {
@@ -40,7 +40,8 @@ const std::unordered_set<std::string_view>& unseenGroups() {
     return table;
 }
 
-// Control words for single characters. A table inside a table is shown as lines of text.
+// Control words for single characters. A table inside a table is shown as text: each of its cells
+// ends with a tab.
 const std::unordered_map<std::string_view, char16_t>& characters() {
     static const std::unordered_map<std::string_view, char16_t> table = {
         {"tab", u'\t'},         {"line", u'\u2028'},      {"~", u'\u00A0'},

@@ -5,7 +5,7 @@
 
 using namespace modFunc;
 
-// The filled rows: their ten groups, "-" for one of zeros, and the last five bytes.
+// The filled rows: their ten groups, "-" for a group of zeros, and the last five bytes.
 const std::map<int, std::string> rows = {
     {1, " 00FAC00000040C0032 00F8C0000000050032 00FBC0FF00000C0032 00FB00FF0000000000"
         " 00F940FF0000000000- 00F9000000000C0032 00F800000000050032-- A03F080101"},
@@ -28,8 +28,8 @@ const std::map<int, std::string> rows = {
     {32, "---------- 0000090004"},
 };
 
-// The outline (long, middle or short) and the command codes that Erase and Lock send; each for the
-// families up to its number.
+// For each range of families, by the last number in it: the outline (long, middle or short) and the
+// command codes that Erase and Lock send.
 const std::string lock2 = " VSLSLSLVSLSLSLVS", lock3 = " VSLSLSLVSLSLSLVSLSLSLVS";
 const std::map<int, std::string> paths = {
     {1, " L VSEEVS" + lock2}, {2, " L VSEEVS" + lock3},

@@ -27,7 +27,7 @@ constexpr char cfg[] = "quorven.cfg", dev[] = "quorven.dev";
 const struct Damage {
     const char *name, *file;
     std::string contents;
-    const char *position, *cause; // after the file's name and at the end
+    const char *position, *cause; // how the message goes on after the file's name, and ends
 } damages[] = {
     {"EmptyLine", cfg, "3\r\n\r\n1\na\nb\n", ", line 2, item 2 (device count)", "an empty line."},
     {"EmptyItem", dev, "a,b,c\n,4096,0,0", ", line 2, item 4 (row 1, family)", "an empty item."},

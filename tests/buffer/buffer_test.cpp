@@ -8,7 +8,7 @@
 using namespace modFunc;
 using enum HexEditor::Key;
 
-// Of an image of FF with a 0 at byte 256, taken as far as the image reaches.
+// The image is FF except for a 0 at byte 256. For a larger device, the sum ends with the image.
 TEST(DeviceSize, DecidesChecksumAndLastTopLine) {
     ResetState();
     ClearImage();
@@ -23,7 +23,8 @@ TEST(DeviceSize, DecidesChecksumAndLastTopLine) {
     }
 }
 
-// The caret goes, and the page scrolls, as far as the device's bytes and the bar's range reach.
+// The caret can reach every digit of the page. The page scrolls down only if the device has the
+// byte below the caret and the range of the scroll bar allows it.
 TEST(HexEditor, FollowsKeysAndDigits) {
     Bytes image(303, 0xA5);
     HexEditor editor(300, image);
@@ -65,11 +66,11 @@ TEST(PageText, HasFixedPositions) {
               "ADDR                       HEX                            ASCII\r\n"
               "0FF0=1F 20 7E 7F 80 00 FF FF FF FF FF FF FF FF FF FF . ~\x7F............\r\n"
               "1000=FF ");
-    EXPECT_EQ(PageText(4375, image).substr(65, 72), // the image ends after its first byte
+    EXPECT_EQ(PageText(4375, image).substr(65, 72), // the image ends after this line's first byte
               "11170=5A FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF Z...............\r\n");
 }
 
-TEST(HexText, ReadingEndsAtTheFirstOtherCharacterAndAtTheLargestNumberOrIsStrict) {
+TEST(HexText, TolerantReadingStopsAtTheFirstOtherCharacterAndStrictReadingRejectsIt) {
     EXPECT_EQ(std::pair(TolerantHex("12G4"), TolerantHex("80000000")), std::pair(0x12, INT32_MAX));
     EXPECT_EQ(StrictHex("fFfF"), 0xFFFF);
     for (const char* rejected : {"", "G5", "5g", "12345"})

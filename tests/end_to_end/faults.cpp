@@ -1,6 +1,6 @@
-// Preloaded into the program. Once the file "armed" is in the current folder, the next call of the
-// function that FAULT selects removes the file and causes the fault. In a read of the serial port,
-// "exception" throws from an event that is handled inside a run, and "_exit" ends the process
+// Preloaded into the program. Once the file "armed" is in the current directory, the next call of
+// the function that FAULT selects removes the file and causes the fault. In a read of the serial
+// port, "exception" throws from an event that is handled inside a run, and "_exit" ends the process
 // without its exit handlers, as Qt does when a Wayland compositor is gone. In a write of a file,
 // "interrupted" raises another signal.
 #include <csignal>

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # Tests how the program ends: on a signal, a crash, an exception or a lost display, and by File Exit
-# with inherited signals and closed standard descriptors.
+# with inherited ignored signals and closed standard descriptors.
 #
 #   termination_test.py QUORVEN SIMBOX FAULTS FOLDER CASE
 #
-# FOLDER is recreated. Afterwards the supplies must be off, each file must be the old or the new one,
-# and no other file may be left.
+# FOLDER is recreated. Afterwards the supplies must be off, each file must be the old or the new
+# one, and no other file may be left.
 
 import os
 import pathlib
@@ -58,8 +58,8 @@ with Screen() as screen:
     # Signals that the parent process ignores stay ignored. Arguments, even Qt's, have no effect.
     wrapper = ["env", "--ignore-signal", "sh", "-c",
                'exec "$0" -platform offscreen <&- >&- 2>&-'] if inherited else []
-    # The library's folder is passed separately, because LD_PRELOAD splits at blanks. Leaks are not
-    # checked: Qt's connections leak on abnormal termination.
+    # The library's folder is passed separately, because LD_PRELOAD is split at spaces. Leaks are
+    # not checked: Qt's connections leak on abnormal termination.
     app = screen.start([*wrapper, quorven], folder, env={
         "FAULT": obstacle or cause, "LD_PRELOAD": faults.name, "LD_LIBRARY_PATH": str(faults.parent),
         "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0:"

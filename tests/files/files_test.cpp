@@ -89,7 +89,7 @@ TEST_F(Files, OffsetsSelectAndMoveBytesUpToTheEndOfTheImage) {
 }
 
 // A device or a pipe could block the program, and a disk image would fill the memory.
-TEST_F(Files, ReadersRejectDevicesAndLargeFilesAndATextMustExist) {
+TEST_F(Files, ReadersRejectDevicesAndLargeFilesAndAHexFileMustExist) {
     const std::string noFile = ": the file cannot be opened: No such file or directory.";
     EXPECT_EQ(attempt(OpenHexFile, file), file + noFile);
     EXPECT_EQ(attempt(OpenBinFile, file + "/a"), file + "/a" + noFile);
@@ -119,7 +119,7 @@ TEST_F(Files, AHexSaveHasRecordsOfSixteenAndABinarySaveKeepsTheTailOfALongerFile
     EXPECT_TRUE(LooksLikeHexFile("A.HEX") && LooksLikeHexFile("a.hex") && !LooksLikeHexFile("Hex"));
 }
 
-TEST_F(Files, ASaveThatFailsReportsItAndOnlyABinaryFileMayBeLeftShort) {
+TEST_F(Files, ASaveThatFailsReportsItAndOnlyABinaryFileMayBeLeftIncomplete) {
     const std::string full = file + ": the file cannot be written: File too large.";
     for (const auto& command : {SaveHexFile, SaveBinFile})
         for (const auto& [size, room, report] :

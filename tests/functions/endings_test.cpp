@@ -1,4 +1,4 @@
-// How runs end other than by plain success: what is shown, and when.
+// How runs end: what is shown, and when.
 #include "tests/support/run_fixture.h"
 
 using namespace modFunc;
@@ -23,7 +23,7 @@ struct Ending {
     int percent, ms;          // the last percentage, and the time of the whole run
     std::size_t messages = 0; // message boxes "Communication Error!"
     int pageSize = 64;
-    int byte = 0xFF, address = 0xFFFF; // in the chip, else FF or, for Verify, as the image
+    int byte = 0xFF, address = 0xFFFF; // one chip byte; the rest: FF or, for Verify, the image
 };
 
 const Ending endings[] = {
@@ -33,9 +33,9 @@ const Ending endings[] = {
     {{Program}, 1, 1024, "status@W2:4501", {programFault}, 25, 2200, 1},
     {{Program}, 1, 1024, "silent@W2", {programFault}, 25, 2200, 1},
     {{Program}, 1, 1024, "silent@D2", {programFault}, 25, 2200, 1},
-    // The third reply comes with the tick of the time-out.
+    // The reply to the second write arrives together with the tick of the time-out.
     {{Program}, 31, 1024, "silent@V1 silent@S1 late@W2:1000ms", {programOk}, 100, 4200},
-    // Devices at the limits of the catalogue and outside.
+    // Devices at the limits of the device list and outside them.
     {{Program}, 50, 1000, "", {}, 0, 1000},
     {{Program}, 1, 300, "", {unsupported}, 0, 500},
     {{Program}, 20, 1024, "", {unsupported}, 0, 500, 0, 0},
@@ -70,7 +70,7 @@ class Endings : public RunTest, public testing::WithParamInterface<Ending> {};
 
 } // namespace
 
-TEST_P(Endings, AreShownAndSent) {
+TEST_P(Endings, AreShownAndTakeTheirTime) {
     const Ending& ending = GetParam();
     programmer(parseFaults(ending.faults));
     device(ending.family, ending.size, ending.pageSize);

@@ -8,7 +8,7 @@ struct EachFault : Faults, testing::WithParamInterface<unsigned> {};
 TEST_P(EachFault, EndsSafelyAtEveryFrame) {
     for (const int family : families) {
         SCOPED_TRACE(family);
-        // Each fault is moved to every frame, except those of an address.
+        // Each fault is moved to every frame; faults at an address ignore the frame's number.
         for (unsigned frame = runWith(family, FunctionCode(GetParam()), {}); frame > 0; --frame) {
             for (simbox::Fault fault : parseFaults(
                      "silent@1 silent-from@1 short@1:1 short@1:259 long@1:1 long@1:300 "

@@ -15,8 +15,8 @@ struct Path {
     const char* name;
     int family;
     FunctionCode function;
-    // The frames by command code and parameters, "D" by the number of its data bytes, each after
-    // the milliseconds since the one before; the pause after them; the percentages.
+    // For each frame: the milliseconds since the previous one, the command code and the parameters
+    // ("D": the number of data bytes). Then the pause after the last frame, and the percentages.
     std::string traffic;
 };
 

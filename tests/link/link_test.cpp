@@ -5,8 +5,8 @@
 
 using namespace modFunc;
 
-// The port number, a fault, and what is then shown: the message box before the state and the panels
-// change, with stale bytes on an open port.
+// The port number, a fault, and what is then shown. The message box opens before the state and the
+// panels change. The port was open and had stale bytes.
 TEST_F(RunTest, DiscoveryTakesTwelveBytesWithinHundredMillisecondsByteForByteAndLetsNoRunStart) {
     const std::string found = "Device Found!: Firmware: ",
                       panels = "COM7 Device: DIP40 8K Size: 2000H",

@@ -16,8 +16,8 @@ folder=$home/.local/share/quorven
 
 stub() { printf '#!/bin/sh\n%s\n' "$2" >"$scratch/stubs/$1" && chmod +x "$scratch/stubs/$1"; }
 
-# Runs the launcher in $elsewhere, with only PATH and the given NAME=VALUE; prints its output, errors
-# included, and its exit status.
+# Runs the launcher in $elsewhere, with only PATH and the given NAME=VALUE; prints its output,
+# errors included, and its exit status.
 launch() {
     (cd "$elsewhere" && env -i PATH="$scratch/stubs:$PATH" "$@" "$scratch/launcher" \
         -style "two words" 2>&1) || echo "status $?"

@@ -44,7 +44,7 @@ std::string_view failing; // one of the calls below
 
 } // namespace
 
-// In place of the system's, for everything in this program.
+// Replace the system's functions in the whole test program.
 extern "C" int fsync(int) {
     return failing == "fsync" ? errno = EIO, -1 : 0;
 }

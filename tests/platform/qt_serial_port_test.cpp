@@ -47,7 +47,7 @@ struct Line : testing::Test {
 
 } // namespace
 
-// A dead line that still has a notifier wakes every Yield.
+// A notifier left on a dead line would make every Yield return at once.
 TEST_F(Line, PassesEveryByteBothWaysAt57600BaudUntilItIsHungUp) {
     port.Open();
     termios line{};

@@ -124,7 +124,7 @@ const Row texts[] = {
     {"Png", "a" + pict("png"), "a(40x30)¶"},
     {"Jpeg", "\\picwgoal9000\\pichgoal3000\\picscalex200" + pict("jpeg"), "(600x100)¶"},
 };
-// Each is repeated after its beginning, up to a million bytes, and not shown to its end.
+// A page begins with `shown` and repeats `rtf` up to a million bytes; its end is left out.
 const Row times[] = {
     {"NoBlank", "a", " ", 1'010'000},
     {"Bold", "\\b x\\b0 x", "", 115'000},
@@ -170,7 +170,7 @@ TEST(Help, SurvivesDamageAndNoLibraryPrintsAWord) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(Help, OfTwoHundredPagesIsWholeAndAnEndlessOneSaysSo) {
+TEST(Help, OfTwoHundredPagesIsWholeAndALargerOneStatesThatItIsNot) {
     const std::string page =
         repeated("{\\b Some} words of a guide, in a paragraph. ", 280) + "\\par ";
     const std::string guide = "\\qc\\fs20 " + repeated(page, 620'000) + "the end";

@@ -76,7 +76,7 @@ TEST_P(Program, EndsWithItsStatus) {
 
 INSTANTIATE_TEST_SUITE_P(, Program, testing::ValuesIn(runs), rowName);
 
-TEST(FaultTexts, AreRejectedUnlessTheirTextIsComplete) {
+TEST(FaultTexts, AreRejectedIfAnyPartIsMissingSurplusOrOutOfRange) {
     for (const char* wrong :
          {"quiet@1", "silent@W0", "silent:1", "long@1:65537", "late@1:5", "late@1:3600001ms",
           "status@1:450", "status@1:", "lie:123", "pull@2:3"})

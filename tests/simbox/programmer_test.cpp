@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(, Moments, testing::ValuesIn(moments), rowName);
 
 // Three identify frames, a second apart, and when bytes of the replies arrive: "7:1 9:2" is one
 // byte after 7 us and two after 9 us. At 57600 baud a byte takes 173.6 us in either direction.
-TEST(Line, DelaysDividesAndLosesReplies) {
+TEST(Line, DelaysSplitsAndLosesReplies) {
     for (const auto& [baud, fault, expected] :
          {std::tuple(0, "silent-from@I2", "0:12 "),
           std::tuple(0, "double@2", "0:12 1000000:24 2000000:12 "),

@@ -31,8 +31,8 @@ protected:
         modFunc::useBufferView(this);
     }
 
-    // A programmer with these faults and a fresh chip of FF, its port open. Unthrottled, so that a
-    // reply arrives as soon as its frame has been sent.
+    // A programmer with these faults and a fresh chip of FF, its port open. By default unthrottled:
+    // a reply arrives as soon as its frame has been sent.
     void programmer(const std::vector<simbox::Fault>& faults = {}, std::uint32_t baud = 0) {
         vm.programmer = simbox::Programmer({.baud = baud, .fill = 0xFF, .faults = faults});
         vm.queue.clear();

@@ -20,7 +20,7 @@ inline std::string hexText(const Bytes& bytes) {
     return text;
 }
 
-// Faults of the simulated programmer, separated by blanks.
+// Faults of the simulated programmer, separated by spaces.
 inline std::vector<simbox::Fault> parseFaults(const std::string& text) {
     std::vector<simbox::Fault> faults;
     std::istringstream words(text);
@@ -109,7 +109,7 @@ struct VirtualMachine final : platform::EventQueue,
     bool ShowSave() override { return true; }
 
     std::int64_t nowUs = 0;
-    // Run from the event queue at their time of the clock, in microseconds.
+    // Yield runs each one when the clock reaches its key, in microseconds.
     std::multimap<std::int64_t, std::function<void()>> actions;
     VirtualTimer totmr{nowUs}, tmrWait{nowUs};
     simbox::Programmer programmer; // at the other end of the line

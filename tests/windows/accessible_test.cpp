@@ -24,10 +24,11 @@ bool QAccessible::isActive() {
 }
 void QAccessible::updateAccessibility(QAccessibleEvent* event) {
     QAccessibleInterface* item = event->accessibleInterface();
-    const Role role = item ? item->role() : NoRole; // none while it is being deleted
+    const Role role = item ? item->role() : NoRole; // no role while the object is being deleted
     EXPECT_FALSE(event->type() == Focus && role == Pane);
+    // A dialog could close before its text has been read out; the main window stays.
     if (event->type() == ObjectShow && role == Notification &&
-        event->object()->parent()->inherits("QMainWindow")) // does not close before it is heard
+        event->object()->parent()->inherits("QMainWindow"))
         Accessible::heard += item->text(Name) + '|';
     else if (event->type() == ValueChanged && role == ProgressBar)
         Accessible::percents << item->valueInterface()->currentValue().toInt() * 100 /
@@ -42,7 +43,7 @@ void QAccessible::updateAccessibility(QAccessibleEvent* event) {
                             key.keyboardModifiers());
 }
 
-// In place of the session manager.
+// In place of the login manager.
 QDBusPendingCall QDBusConnection::asyncCall(const QDBusMessage& request, int) const {
     const auto held = std::make_shared<int>();
     Accessible::awake = held;

@@ -60,7 +60,7 @@ TEST_F(Commands, LoadFillsTheImageOrLeavesItAsItWas) {
 TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
     trigger("BufferFill", {[&] {
                 press(Qt::Key_A, Qt::Key_Tab, Qt::Key_G, Qt::Key_Tab, Qt::Key_H, Qt::Key_Return);
-                // Each replaces the selected text box; 1173 would end at 70001.
+                // Each replaces the selected text; 1173 would end at 70001.
                 for (const char* typed : {"FFFF", "1173", "1172"}) {
                     QTest::keyClicks(window()->focusWidget(), typed);
                     enter();
@@ -74,7 +74,7 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
     EXPECT_EQ(Bytes(image.begin() + 0xFFFF, image.end()), Bytes(0x1172, 0x0A));
     set("vsc", "16");
     image[0x101] = image[0x102] = 0;
-    trigger("BufferFill", {[&] { // with FF
+    trigger("BufferFill", {[&] { // an empty text box means FF
                 press(Qt::Key_Delete, Qt::Key_Tab, Qt::Key_1, Qt::Key_0, Qt::Key_2, Qt::Key_Return);
             }});
     EXPECT_EQ(row(0) + text("lblAddress"), "0100=FF 00 FF FF 0100");
@@ -85,7 +85,7 @@ TEST_F(Commands, FillKeepsThePageAndRejectsWhatDoesNotFit) {
 
 TEST_F(Commands, EditAutoStoresAtMostTwentyRows) {
     state().AutoList[2] = 6;  // Auto itself
-    state().TimedOut = false; // the splash's timer has ended
+    state().TimedOut = false; // stays false: the splash's timer has stopped
     trigger("OptionsEditAuto", {[&] {
                 for (int row = 3; row < 25; ++row)
                     click("cmdMoveRight");
@@ -155,7 +155,7 @@ TEST_F(Commands, DigitsAreTypedAndClickedWhereTheCaretIsShown) {
     press(Qt::Key_7, Qt::Key_F, Qt::CTRL | Qt::Key_A, Qt::Key_Down, Qt::Key_Right, Qt::Key_5);
     EXPECT_EQ(row(0, 11) + row(1, 11), "0000=7F FF 0010=FF F5 ");
     set("vsc", "240");
-    press(Qt::Key_1, Qt::Key_2, Qt::Key_Up); // from the first digit of the page, which scrolls
+    press(Qt::Key_1, Qt::Key_2, Qt::Key_Up); // typed at the first digit of the page; Up scrolls
     QWheelEvent turn({5, 5}, {5, 5}, {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
     QApplication::sendEvent(page()->viewport(), &turn);
     EXPECT_EQ(text("vsc", "value") + ": " + row(0, 8) + text("lblAddress"), "240: 0F00=12 0F00");

@@ -8,8 +8,8 @@ namespace {
 
 class Runs : public Windows {
 protected:
-    // First line and width of the bar after a run of the function that begins with this letter.
-    // During the run the window was requested to close.
+    // First line and width of the bar after a run of the function that begins with this letter. The
+    // window gets a close request during the run.
     std::string run(Qt::Key first) {
         std::string line;
         trigger("DeviceFunction", {[&] {
@@ -48,8 +48,8 @@ TEST_F(Runs, AreReachedByNoEvent) {
             return;
         after.insert(state().TxFrame.at(4));
         QWidget* form = QApplication::activeModalWidget();
-        EXPECT_TRUE(form || QApplication::overrideCursor()) << "the busy pointer";
-        if (form && !form->inherits("QMessageBox")) { // which closes by itself
+        EXPECT_TRUE(form || QApplication::overrideCursor()) << "the busy cursor";
+        if (form && !form->inherits("QMessageBox")) { // which the fixture closes
             EXPECT_FALSE(find("cmdRun")->isEnabled() || find("cmdClose")->isEnabled());
             QTest::keyClick(find("listFunction"), Qt::Key_Escape);
             EXPECT_FALSE(form->close() || form->isHidden());

@@ -1,5 +1,5 @@
 // The windows, alone or with the simulated programmer on a real pseudo-terminal. A test that uses
-// this needs no further header of the standard library or of GoogleTest, and of Qt at most QtDBus.
+// this needs no other header of the standard library, GoogleTest or Qt, except QtDBus.
 #pragma once
 
 #include "app/startup.h"
@@ -51,7 +51,7 @@ protected:
         simbox.start(SIMBOX, (options + faults).split(' '));
         ASSERT_TRUE(simbox.waitForReadyRead(5000)) << "simbox does not start";
     }
-    // Ends simbox, which must not have rejected a frame and then has saved its chip.
+    // Ends simbox, which then saves its chip. It must not have rejected a frame.
     void endProgrammer() {
         simbox.terminate();
         simbox.waitForFinished();
@@ -63,7 +63,7 @@ protected:
         machine.totmr.setInterval(splashMs);
         mdi->Load();
         mdi->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(mdi.get())); // or it has no shortcuts
+        EXPECT_TRUE(QTest::qWaitForWindowActive(mdi.get())); // or its shortcuts do not work
         EXPECT_EQ(said(), message);
     }
     // Triggers a menu entry and runs one action in each modal window that opens; message boxes are
