@@ -190,8 +190,8 @@ void HelpPage::openTable(int columns) {
     table_ = cursor_.insertTable(1, columns, format);
 }
 
-// Called after the cell's paragraphs: Qt takes the format of a cell from the end of its first
-// paragraph.
+// Called after the cell's paragraphs: Qt keeps a cell's format in the block character format of its
+// first paragraph, which End() sets.
 void HelpPage::endCell() {
     QTextTableCell cell = table_->cellAt(table_->rows() - 1, column_);
     QTextTableCellFormat format = cell.format().toTableCellFormat();
