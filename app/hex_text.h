@@ -24,8 +24,8 @@ inline constexpr std::array<std::int8_t, 256> hexDigitValues = [] {
     return values;
 }();
 
-// The value of one digit, 0..15; -1 if the character is not a digit. This and the next function are
-// inline: as ordinary calls, they would double the time needed to read an Intel HEX file.
+// The value of one digit, 0..15; -1 if the character is not a digit. Inline, because reading an
+// Intel HEX file calls it for every digit.
 inline int HexDigitValue(char character) {
     return hexDigitValues[static_cast<std::uint8_t>(character)];
 }

@@ -31,8 +31,7 @@ void ParseSettings(DelimitedReader& reader);
 void WriteSettings();
 
 // Reads quorven.dev: eight items for each of the rows 1 to DeviceCount of DeviceList. DeviceCount
-// must have been read. The rest of
-// the file is ignored.
+// must have been read. The rest of the file is ignored.
 void ReadDeviceList();
 void ParseDeviceList(DelimitedReader& reader);
 

@@ -1,7 +1,6 @@
 // Measures the program and prints one table (scripts/bench.sh). The real program runs in this
-// process with all its windows; the programmer is simbox in a separate process. A figure is printed
-// only if the measured operation succeeded: every function must end with "OK!", and the image read
-// must be the one programmed.
+// process with all its windows; the programmer is simbox in a separate process. The benchmark fails
+// if a function does not end with "OK!" or if the image read is not the one programmed.
 #include "app/startup.h"
 #include "app/state.h"
 #include "buffer/image.h"
@@ -213,7 +212,7 @@ void measureRun(Program& program, Simbox& simbox, const char* function, double p
     std::snprintf(beside, sizeof beside, "%.3f times the %.0f ms of transmission and pauses",
                   run.ms / minMs, minMs);
     row((std::string(function) + ", 64 KiB, 57600 baud").c_str(), "%.0f ms", run.ms, beside);
-    row("  CPU time as a share of one core's", "%.2f %%", 100 * run.cpuMs / run.ms, "limit 2 %");
+    row("  CPU time, share of one core", "%.2f %%", 100 * run.cpuMs / run.ms, "limit 2 %");
 }
 
 void measureRunsAt57600Baud(const TemporaryFolder& folder) {

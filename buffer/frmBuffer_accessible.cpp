@@ -5,7 +5,9 @@
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QKeyEvent>
-#include <QTextBlock>
+#include <QTextCursor>
+
+#include <algorithm>
 
 namespace {
 

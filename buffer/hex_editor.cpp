@@ -52,10 +52,9 @@ void HexEditor::Press(Key key) {
 
 bool HexEditor::Type(char character) {
     const int value = HexDigitValue(character);
-    const auto address = static_cast<std::size_t>(Address());
-    if (value < 0 || address >= image_.size())
+    if (value < 0)
         return false;
-    std::uint8_t& byte = image_[address];
+    std::uint8_t& byte = image_[static_cast<std::size_t>(Address())];
     const bool high = digit_ % 2 == 0;
     byte = static_cast<std::uint8_t>(high ? byte % 16 + value * 16 : byte / 16 * 16 + value);
     right();

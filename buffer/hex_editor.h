@@ -14,8 +14,8 @@ public:
     // ignores it.
     enum class Key { Other, Left, Up, Right, Down };
 
-    // Starts at the top of `image`, for a device of `size` bytes. The image must outlive the
-    // editor.
+    // Starts at the top of `image`, for a device of `size` bytes. The image must contain every byte
+    // of the page at LastLine() and outlive the editor.
     HexEditor(std::int32_t size, std::span<std::uint8_t> image);
 
     // The 16-byte line at the top of the page, 0..LastLine().
@@ -40,8 +40,7 @@ public:
     // Right then put the caret on the first digit of the new line.
     void Press(Key key);
     // Stores a typed hexadecimal digit of either case in the image, moves the caret as Key::Right
-    // does and returns true. For any other character, or if the caret is past the end of the image,
-    // changes nothing and returns false.
+    // does and returns true. For any other character, changes nothing and returns false.
     bool Type(char character);
 
 private:

@@ -1,7 +1,6 @@
 #include "buffer/page_text.h"
 
 #include "app/hex_text.h"
-#include "buffer/image.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,10 +25,9 @@ void appendLine(std::string& text, std::int32_t address, std::span<const std::ui
     text.resize(bytesAt + byteColumns * lineBytes + lineBytes, ' ');
     char* digits = text.data() + bytesAt;
     char* character = digits + byteColumns * lineBytes;
-    const auto first = static_cast<std::size_t>(address);
-    for (std::size_t index = first; index < first + lineBytes; ++index, digits += byteColumns) {
-        const std::uint8_t byte = index < image.size() ? image[index] : erasedByte;
+    for (const std::uint8_t byte : image.subspan(static_cast<std::size_t>(address), lineBytes)) {
         PutHexByte(digits, byte);
+        digits += byteColumns;
         *character++ = shownCharacter(byte);
     }
     text += "\r\n";

@@ -15,8 +15,8 @@ void OpenBinFile();
 
 // Writes the first Size bytes of BufferData (Size of the selected device) over the start of
 // cdia.FileName. The file is created if it does not exist and is never truncated. On success,
-// status bar panel 4 names the file. A failed write may leave the file incomplete. A
-// device larger than the image is an error; for a negative Size nothing is written.
+// status bar panel 4 names the file. A failed write may leave the file incomplete. A device larger
+// than the image is an error; for a negative Size nothing is written.
 void SaveBinFile();
 
 } // namespace modFunc

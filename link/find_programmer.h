@@ -9,9 +9,8 @@ inline constexpr int identifyWaitMs = 100;
 // ProgrammerFound is true. Otherwise the port is closed again and ProgrammerFound is false. If the
 // port cannot be opened, the cause is shown. Each outcome shows one message box first and then sets
 // the status bar: the port, device and size panels, or only the port panel if the port could not be
-// opened. If an earlier call left a port open, that port is closed first. Does nothing
-// while the link is in use: otherwise frames would mix, and closing the port would leave a chip
-// powered.
+// opened. If an earlier call left a port open, that port is closed first. Does nothing while the
+// link is in use: otherwise frames would mix, and closing the port would leave a chip powered.
 void FindProgrammer();
 
 } // namespace modFunc

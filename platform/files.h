@@ -22,8 +22,9 @@ std::string ReadWholeFile(const std::string& path);
 // contents, except as stated below. A symbolic link stays a link; the permissions, the group and
 // the owner of the file are kept if the system allows it. A file without write permission and a
 // path that is not a regular file are rejected. If no file can be created in the folder of `path`
-// but the file itself is writable, the file is overwritten in place. A full disk then still leaves
-// the file unchanged, but a device error or the end of the process may leave it incomplete.
+// but the file itself is writable, the file is overwritten in place. If the file system can reserve
+// space, a full disk still leaves the file unchanged; a device error or the end of the process may
+// leave it incomplete.
 void ReplaceFile(const std::string& path, std::string_view contents);
 // May be called from signal handlers. Removes the temporary file of a ReplaceFile call that will
 // not be completed.

@@ -79,17 +79,17 @@ void Commands::check(char commandCode, Parameters parameters) const {
     reject("VS", heldBytes > 0 && !powerDown, "loaded data is waiting for its write");
     reject("TDREL", heldBytes > 0, "loaded data is waiting for its write");
     reject("DWREL", setUp_ == SetUp::None, "socket is not set up");
-    reject("WREL", lowClass() && !powered_, "supplies are off");
+    reject("WREL", class1Or2() && !powered_, "supplies are off");
     reject("D", (parameters.size() == blockBytes) == (class_ == 3),
            "class 3 takes pages, all other classes blocks");
     reject("W", heldBytes == 0, "no data is loaded");
-    reject("W", lowClass() && setUp_ != SetUp::ForWriting, "socket is not set up for writing");
+    reject("W", class1Or2() && setUp_ != SetUp::ForWriting, "socket is not set up for writing");
     reject("W", p[0] != p[2] || rangeBytes != heldBytes, "range does not match the loaded data");
     reject("W", class_ == 3 && p[6] != heldBytes, "page size does not match the loaded data");
     reject("R", p[1] != 0x00 || p[2] != p[0] || p[3] != 0xFF, "range is not a whole block");
     reject("EL", class_ == 3, "class 3 has neither erase nor lock");
     reject("EL", setUp_ == SetUp::ForWriting, "socket is set up for writing");
-    reject("E", lowClass() && p[0] != 0x00, "erase parameter is not 00");
+    reject("E", class1Or2() && p[0] != 0x00, "erase parameter is not 00");
     reject("L", class_ == 4, "class 4 has no lock");
     reject("L", !freshSetUp_, "only one lock step after each socket set-up");
 }

@@ -67,7 +67,7 @@ private:
     Reply erase();
     void lockStep();
 
-    bool lowClass() const { return class_ == 1 || class_ == 2; }
+    bool class1Or2() const { return class_ == 1 || class_ == 2; }
     CellKind cells() const { return class_ == 3 ? CellKind::PageWrite : CellKind::Flash; }
     std::optional<std::uint16_t> program(std::uint16_t first);
     bool faultAt(FaultKind kind, std::uint16_t address) const;

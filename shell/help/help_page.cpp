@@ -34,16 +34,18 @@ qint64 area(QSize size) {
     return qint64{size.width()} * size.height();
 }
 
-// An upper bound of the cost: in a table, each character may get a line of its own.
+// An upper bound of the cost. A line is assumed to be one and a half times as high as its text and
+// to contain at least 140 / `height` characters; in a table, each character may get a line of its
+// own.
 qint64 costOf(const QString& text, qint64 height, bool inTable) {
-    const qint64 ownLine = height / 2;
-    const qint64 sharedLine = height * height / 280;
+    const qint64 ownLine = height * 3 / 2 / heightPerUnit;
+    const qint64 sharedLine = height * height * 3 / 2 / heightPerUnit / 140;
     qint64 cost = 0;
     for (const QChar c : text) {
         // Greek and Cyrillic letters take longer than Latin ones; other characters, such as
         // combining ones, can take even longer.
-        const bool simple = c >= u'\u0370' && c < u'\u0590';
-        cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : simple ? 2 : 10;
+        const bool greekOrCyrillic = c >= u'\u0370' && c < u'\u0590';
+        cost += c == u'\t' ? tabCost : c < u'\u0250' ? 1 : greekOrCyrillic ? 2 : 10;
         cost += inTable || c == u'\t' || c == QChar::LineSeparator ? ownLine : sharedLine;
     }
     return cost;

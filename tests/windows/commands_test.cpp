@@ -128,7 +128,7 @@ TEST_F(Commands, ADeviceAndAPortAreKeptAndExitWritesThem) {
             }});
     EXPECT_EQ(said().find("! Communication Port Error: COM16, " + folder.file("com16")), 0U);
     trigger("FileExit");
-    EXPECT_EQ(folder.read("quorven.cfg"), "16\r\n22\r\n11\r\n\"1.0\"\r\n\"22/11/2026\"\r\n");
+    EXPECT_EQ(folder.read("quorven.cfg"), "16\r\n22\r\n11\r\n\"1.0\"\r\n\"23/11/2026\"\r\n");
 }
 
 TEST_F(Commands, HelpShowsTheGuideOrTheCause) {
