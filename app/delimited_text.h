@@ -35,7 +35,7 @@ public:
                            std::int16_t max = INT16_MAX);
 
     // Throws platform::FileError for the item read last. The message shows `item`, truncated if it
-    // is long.
+    // is long; if `item` contains a zero byte, the message says so instead.
     [[noreturn]] void Reject(std::string_view meaning, const std::string& expected,
                              std::string_view item) const;
 

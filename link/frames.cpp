@@ -26,7 +26,8 @@ Bytes frame(char command, std::span<const std::uint8_t> parameters) {
     for (int position = 3; position >= 0; --position)
         bytes.push_back(byteOf(length, position));
     bytes.push_back(static_cast<std::uint8_t>(command));
-    bytes.insert(bytes.end(), parameters.begin(), parameters.end());
+    for (const std::uint8_t parameter : parameters) // GCC 14 wrongly warns of an insert() here
+        bytes.push_back(parameter);
     return bytes;
 }
 

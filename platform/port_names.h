@@ -13,9 +13,8 @@ inline constexpr int portCount = 16;
 //      or its own path if the link is dangling;
 //   2. otherwise from a fixed table: 1-4 /dev/ttyS0-3, 5-12 /dev/ttyUSB0-7, 13-16 /dev/ttyACM0-3;
 //      on Windows COM<number>.
-// Connecting or removing a device can change the result only if the target of the link com<number>
-// changes. The system decides which device a ttyUSB or ttyACM name refers to, and that does depend
-// on the connected devices.
+// The names in the table do not depend on the connected devices, but the system decides which
+// device a ttyUSB or ttyACM name refers to.
 std::string PortName(int number, const std::string& directory);
 
 } // namespace platform

@@ -90,7 +90,8 @@ void HelpPage::AddText(const QString& text, const QTextCharFormat& format, bool 
         cursor_.insertText(text, format);
 }
 
-// A few bytes of a file can decode to a picture of any size, so only the scaled picture is kept.
+// Even a small file can decode to a picture of maxPicturePixels pixels, so only the scaled picture
+// is kept.
 void HelpPage::AddPicture(const QByteArray& bytes, QSize size, bool inTable) {
     const bool png = bytes.startsWith("\x89PNG");
     if (!png && !bytes.startsWith("\xFF\xD8"))

@@ -27,7 +27,8 @@ constexpr auto normal = QTextCharFormat::AlignNormal;
 constexpr auto raised = QTextCharFormat::AlignSuperScript;
 constexpr auto lowered = QTextCharFormat::AlignSubScript;
 
-// The tables are built at first use: before main(), a lack of memory could not be reported.
+// The tables are built at first use, not before main(), where a lack of memory could not be
+// reported.
 
 // Groups that are not shown, besides those that the file itself marks as optional.
 const std::unordered_set<std::string_view>& unseenGroups() {
