@@ -48,8 +48,8 @@ private:
     void up();
     void right();
     void down();
-    // If the device has the byte at offset `byte` of the line below the page, and the range of the
-    // scroll bar allows it, scrolls down by one line and returns true. Otherwise returns false.
+    // Scrolls down by one line and returns true if the device has a byte at offset `byte` in the
+    // line below the page and the scroll bar is not at its end. Otherwise returns false.
     bool scrollDown(int byte);
 
     std::int32_t size_;

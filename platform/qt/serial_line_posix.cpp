@@ -68,10 +68,10 @@ std::string lockFileOf(const std::string& path) {
     return {};
 }
 
-// A lock file begins with a process ID. Most programs write nothing else, some append their own
-// name and the user's name, and QSerialPort writes, on the next line, the name of the program that
-// uses it. An ID without a name may be that of any program, so the lock is respected as long as a
-// process has that ID.
+// A lock file begins with a process ID. Most programs write nothing else. Some append their own
+// name and the user's name. QSerialPort writes the name of its program on the next line. An ID
+// without a name may be that of any program, so the lock is respected as long as a process has that
+// ID.
 std::string lockedByAnother(const std::string& path) {
     const std::string file = lockFileOf(path);
     constexpr off_t maxBytes = 1024;
