@@ -96,7 +96,8 @@ struct State {
     bool ProgrammerFound = false;
 };
 
-// The one instance. Created at the first call, when a lack of memory can be reported.
+// The one instance. Created at the first call and not before main(), so that a lack of memory can
+// be reported.
 State& state();
 // Sets every field to zero, false or empty.
 void ResetState();

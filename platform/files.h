@@ -22,9 +22,9 @@ std::string ReadWholeFile(const std::string& path);
 // contents, except as stated below. A symbolic link stays a link; the permissions, the group and
 // the owner of the file are kept if the system allows it. A file without write permission and a
 // path that is not a regular file are rejected. If no file can be created in the folder of `path`
-// but the file itself is writable, the file is overwritten in place. If the file system can reserve
-// space, a full disk still leaves the file unchanged; a device error or the end of the process may
-// leave it incomplete.
+// but the file itself is writable, the file is overwritten in place. In that case a full disk
+// leaves the file unchanged only if the file system can reserve space, and a device error or the
+// termination of the process may leave the file incomplete.
 void ReplaceFile(const std::string& path, std::string_view contents);
 // May be called from signal handlers. Removes the temporary file of a ReplaceFile call that will
 // not be completed.

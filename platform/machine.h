@@ -2,7 +2,7 @@
 // implementation (platform/qt/) and a fake with a virtual clock (tests/support/), so that tests
 // need not wait for time-outs and can produce any order of events.
 //
-// The program has one thread; nothing here is thread-safe. Texts are UTF-8.
+// The code of the program runs in one thread; nothing here is thread-safe. Texts are UTF-8.
 #pragma once
 
 #include "platform/bytes.h"
@@ -33,7 +33,8 @@ struct SerialPort {
     // be closed. On failure, or for a number outside 1..16, throws PortError and leaves the port
     // closed.
     virtual void Open() = 0;
-    // Closes the port and discards queued bytes. No effect on a closed port.
+    // Closes the port and discards received bytes that have not been read. No effect on a closed
+    // port.
     virtual void Close() = 0;
 
     // Passes all bytes to the system immediately and returns without waiting for their

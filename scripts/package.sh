@@ -30,8 +30,8 @@ for page in quorven simbox; do
     gunzip <"$share/man/man1/$page.1.gz" >"$scratch/$page.1"
     mandoc -T lint -W warning "$scratch/$page.1"
 done
-# The help and the manual page list the same options and faults. In the help they are at the start
-# of a line, before the explanation; in the page they are indented by 7.
+# The help and the manual page list the same options and faults. In the help, each is indented by
+# two spaces and followed by its explanation; in the manual page, each is indented by seven spaces.
 diff <(build/simbox --help | sed -nE 's/^  ([-a-z]+[^ ]*( [A-Z]+)?)  .*/\1/p') \
     <(mandoc -T ascii "$scratch/simbox.1" | col -bx | sed -n '/^OPTIONS/,/^EXIT/s/^ \{7\}//p' |
         grep -oE '^(--[-a-z]+( [A-Z]+\b)?|[-a-z]+[@:][^ ]*)')

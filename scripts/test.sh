@@ -58,8 +58,8 @@ includes_of() { # SOURCE... FOLDERS
     ! grep -HnE '^#include "' "${@:1:$#-1}" | grep -vE "\"(${!#})/[^/]+\"" || wrong_includes=1
 }
 
-# Which folder may include which. Windows (frm*, and all of shell) may include platform/qt;
-# app/main.cpp may include everything.
+# Which folder may include which. The sources of the windows (frm*, and all of shell) may also
+# include platform/qt; app/main.cpp may include everything.
 check_includes() {
     echo
     local wrong_includes=0

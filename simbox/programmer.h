@@ -64,8 +64,9 @@ public:
     bool socketReleased() const { return commands_.socketReleased(); }
 
     // `sink` gets one line, without line end, for each frame, each part of a reply, each protocol
-    // error, a reply that a fault suppresses and a pulled cable. The line of a part is passed on
-    // when `Take` returns its first portion. If `sink` is empty, there is no trace.
+    // error, a reply that a fault suppresses and a pulled cable. `sink` gets the line for a part of
+    // a reply when `Take` returns the first portion of that part. If `sink` is empty, there is no
+    // trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:

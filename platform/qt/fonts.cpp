@@ -23,8 +23,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // Of all captions, this one has the tightest fit. captionWidth is the width of its label minus
-    // a gap, for the smallest type size.
+    // The font is condensed until the caption that needs it most fits. captionWidth is the width of
+    // this caption's label at the smallest type size, less a gap before the text box.
     constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;

@@ -30,7 +30,8 @@ char16_t codePage1252(int byte) {
     return byte >= 0x80 && byte < 0xA0 ? from80[byte - 0x80] : static_cast<char16_t>(byte);
 }
 
-// List symbols in the two common symbol fonts: bullet, square, arrowhead, check mark.
+// The character for a byte of text in a symbol font. Only the usual list markers of the two common
+// symbol fonts are translated: bullet, square, arrowhead, check mark.
 char16_t symbol(int byte) {
     constexpr std::string_view bytes = "\x6C\xB7\x6E\xA7\xD8\xFC";
     constexpr char16_t symbols[] = u"\u2022\u2022\u25AA\u25AA\u27A2\u2713";
@@ -66,7 +67,7 @@ bool RichTextReader::Read(std::string_view rtf, QTextDocument& document, double 
     return true;
 }
 
-// Line ends and all other control characters except tabs are skipped.
+// Line ends and all other bytes below 20 (hexadecimal) except tabs are skipped.
 void RichTextReader::next() {
     const char c = rest_.front();
     rest_.remove_prefix(1);

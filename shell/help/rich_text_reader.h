@@ -20,8 +20,8 @@
 class RichTextReader {
 public:
     // `document` must be empty. Returns false and leaves it empty if `rtf` does not begin with
-    // "{\rtf". Reading, layout and destruction of the document take about a second at most: the
-    // rest of a larger file is left out, and the last line of the document states this.
+    // "{\rtf". The document is cut off so that reading it, laying it out and destroying it take
+    // about a second at most; its last line then states that the rest of the file is not shown.
     // `pixelRatio`: screen pixels per device-independent pixel.
     static bool Read(std::string_view rtf, QTextDocument& document, double pixelRatio);
 
