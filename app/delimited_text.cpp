@@ -16,7 +16,8 @@ bool isLineEnd(char character) {
     return character == '\r' || character == '\n';
 }
 
-// How an error message shows the item: in double quotes, truncated if it is long.
+// How an error message shows the item: in double quotes, truncated if it is long. An item that
+// contains a zero byte is described instead.
 std::string shown(std::string_view item) {
     std::size_t maxBytes = 40;
     if (item.find('\0') != std::string_view::npos) // a zero byte would truncate the message

@@ -1,4 +1,4 @@
-// The electrical parameters of each chip family. The programmer knows nothing about chips: it gets
+// The electrical parameters of each chip family. The programmer does not know the families: it gets
 // these bytes unchanged, inside the frames of link/frames.h.
 #pragma once
 

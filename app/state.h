@@ -42,8 +42,8 @@ struct State {
     std::array<FamilyRec, lastFamily + 1> FamilyTable{};
     // Number of entries of the Auto sequence, 0..20.
     std::int16_t AutoCount = 0;
-    // The Auto sequence: entries 1..AutoCount, each a FunctionCode below Auto; entry 0 is not used.
-    // auto.cfg may contain other numbers; an entry with such a number does nothing.
+    // The Auto sequence: entries 1..AutoCount; entry 0 is not used. Each entry is a FunctionCode
+    // below Auto. Any other number, which can only come from auto.cfg, runs nothing.
     std::array<std::int16_t, lastAutoEntry + 1> AutoList{};
 
     // Memory image.

@@ -22,7 +22,8 @@ public:
     // which all 17 lines fit.
     void showPage(const std::string& text);
     void selectCharacter(int row, int column);
-    // Position in the text of the character at a point of the viewport; -1 if there is no line.
+    // The index, within the text, of the character at `point` in the viewport; -1 if there is no
+    // line at that point.
     int characterAt(const QPoint& point) const;
     void click(int position); // has the effect of a click on that character
     QAccessibleInterface* makeAccessible() override;

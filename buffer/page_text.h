@@ -21,8 +21,8 @@ inline constexpr int pageLines = 16;
 inline constexpr int lineBytes = 16;
 inline constexpr int lineDigits = 2 * lineBytes;
 
-// The page's 1201 characters for addresses topLine * 16 to topLine * 16 + 255, all of which the
-// image must contain. topLine is 0 to LastTopLine() of a device.
+// The 1201 characters of the page that shows addresses topLine * 16 to topLine * 16 + 255. The
+// image must be large enough to include these addresses. topLine is 0 to LastTopLine() of a device.
 std::string PageText(std::int32_t topLine, std::span<const std::uint8_t> image);
 
 // The column of digit number `digit` (0..31) in its row. Digit 2 * b is the high digit of byte b.

@@ -8,9 +8,9 @@ namespace modFunc {
 
 // Loads cdia.FileName: byte p of the file, for p from FileAddress to the end of the file, becomes
 // byte p + BufferAddress of BufferData. Other bytes of BufferData keep their values. If the file
-// does not exist, an empty file is created. A byte whose position is past the end of the image is
-// an error, and so is a failed read; the bytes before it stay stored. On success, status bar panel
-// 4 names the file and the hex view is reopened.
+// does not exist, an empty file is created. A byte that would be stored past the end of the image
+// is an error, and so is a failed read; the bytes loaded before the error stay in the image. On
+// success, status bar panel 4 names the file and the hex view is reopened.
 void OpenBinFile();
 
 // Writes the first Size bytes of BufferData (Size of the selected device) over the start of

@@ -38,8 +38,8 @@ void OpenHexFile();
 // The first Size bytes of BufferData (Size of the selected device) in records of 16 bytes, followed
 // by an end record; each line ends with CR LF. Erased bytes are included. If Size is not a multiple
 // of 16, the last record is filled up with the next bytes of the image. Throws platform::FileError
-// for a device larger than the image. Addresses from 65536 on, which the format does not have, get
-// five digits.
+// for a device larger than the image. Addresses from 65536 on do not fit in a record's four digits;
+// they are written with five.
 std::string HexFileText();
 
 // Writes HexFileText() to cdia.FileName, using platform::ReplaceFile. Then status bar panel 4 names

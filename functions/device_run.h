@@ -52,7 +52,7 @@ public:
     void Run(int index);
 
 private:
-    // The ranges of these fields are in parentheses.
+    // Numbers in parentheses are ranges.
     std::int16_t Percent = 0;    // progress (0..100)
     std::int32_t ByteIndex = 0;  // index of a byte in its block
     std::int32_t BlockIndex = 0; // index of a block or page

@@ -3,7 +3,7 @@
 
 #include <QGuiApplication>
 
-// Fontconfig's patterns point to each other by offsets, which the leak checker does not follow.
+// Fontconfig refers to parts of its patterns by offsets, which the leak checker does not follow.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }

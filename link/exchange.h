@@ -1,7 +1,8 @@
 // The transport layer: sends a frame, waits for its reply and reads the reply. The program is
-// always the master. Except for the power-down frames after a crash or an exception, it sends a
-// frame only after the reply to the previous one or after a time-out. A frame is not sent again if
-// its reply is missing. Received bytes stay queued until they are read or the port is closed.
+// always the master. It sends a frame only after the reply to the previous one or after a time-out,
+// except for the power-down frames when a run is cut short by an exception, a crash or a
+// termination of the process. A frame is not sent again if its reply is missing. Received bytes
+// stay queued until they are read or the port is closed.
 #pragma once
 
 #include "platform/bytes.h"

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// No text file of this program comes near this limit. It keeps a disk image that was chosen by
-// mistake from filling the memory.
+// No text file of this program comes near this limit. The limit prevents a disk image that was
+// chosen by mistake from filling the memory.
 inline constexpr std::size_t maxTextFileBytes = 16u * 1024 * 1024;
 
 // Throws FileError if `path` exists and is not a regular file: a device or a pipe could block the

@@ -25,7 +25,8 @@ std::string ReadWholeFile(const std::string& path) {
         throw FileError(path + ": the file cannot be opened: " + std::strerror(errno) + ".");
 
     // Allocate the file's size plus one byte in one step: a buffer that grows step by step would
-    // take twice the memory. The extra byte stays unused unless the file has grown.
+    // take twice the memory. The extra byte is filled only if the file is over the limit or has
+    // grown since its size was read.
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(path, unknown);
     std::string contents(unknown ? 1 : std::min<std::uintmax_t>(size, maxTextFileBytes) + 1, '\0');

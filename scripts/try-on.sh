@@ -6,11 +6,12 @@
 # tests and starts by installing that file.
 #
 # Needs root and the network; the tested programs have no access to the network. The roots, builds,
-# package and pictures are kept in build/try-on/RELEASE. Mounts and processes end with this script.
+# package and pictures are kept in build/try-on/RELEASE. When this script exits, its mounts are
+# removed and its processes are killed.
 set -euo pipefail
 
 if [[ $(id -u) != 0 || $# == 0 ]]; then
-    sed -n '2,9s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,10s/^# \{0,1\}//p' "$0" >&2
     exit 1
 fi
 [[ ${QUORVEN_NAMESPACES:-} ]] || QUORVEN_NAMESPACES=1 exec unshare --mount --pid --fork --kill-child \

@@ -12,12 +12,13 @@ namespace simbox {
 class ChipFile {
 public:
     // Loads the chip from the file, then saves the chip to the file. If the file is shorter than
-    // the chip, the rest of the chip is unchanged. If there is no file, the whole chip is
-    // unchanged, including its lock, and an old lock file is removed. Throws an exception that
-    // names the file and the cause if the file is longer than a chip or cannot be read or written.
+    // the chip, the rest of the chip is unchanged. If there is no file, the chip keeps its contents
+    // and its lock state; an old lock file is removed unless the chip is locked. Throws an
+    // exception that names the file and the cause if the file is longer than a chip or cannot be
+    // read or written.
     ChipFile(std::string path, Chip& chip);
 
-    // True if the chip has been written since the last Save.
+    // True if the path is not empty and the memory or the lock has changed since the last Save.
     bool outdated() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
     // If outdated, writes all 64 KiB to a temporary file in the same folder and renames that file

@@ -12,8 +12,8 @@ namespace simbox {
 // The kinds of fault. In brackets: the fields of Fault that the kind uses in addition to those that
 // select a frame; "no frame" means that the kind ignores the fields that select a frame. A late
 // reply delays the replies after it, because the line keeps their order. A rejected frame has no
-// reply that a fault could change. Split and Chatter replace the pause in the reply to an erase of
-// a class 4 chip.
+// reply that a fault could change. The reply to an erase of a class 4 chip contains a pause of its
+// own; the delays of Split and Chatter replace this pause.
 enum class FaultKind {
     Silent,       // no reply to the frame, which is still executed
     SilentFrom,   // like Silent; applies to that frame and every later one
@@ -34,7 +34,7 @@ struct Fault {
     FaultKind kind = FaultKind::Silent;
     // `commandCode` and `number` select the frame. `number` counts complete frames from 1,
     // including rejected ones: all frames if commandCode is 0, otherwise only frames with this
-    // command code. Number 0 selects every frame that would be counted.
+    // command code. Number 0 selects every such frame.
     char commandCode = 0;
     std::uint32_t number = 1;
     std::uint32_t count = 0;         // bytes

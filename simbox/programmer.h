@@ -24,10 +24,10 @@ namespace simbox {
 // maxLength is also a protocol error: the frame and all bytes still on the wire are dropped at
 // once. Any byte sequence may be sent safely.
 //
-// Unless the line is unthrottled, a reply arrives as from a USB bridge: in portions of 32 bytes,
-// the last of which may be shorter. Each portion arrives when its last byte has been transmitted.
-// If a reply has a gap, its two parts are divided into portions separately. When the cable is
-// pulled, all portions that have not arrived are lost.
+// If the line has a speed, a reply arrives the way a USB bridge would deliver it: in portions of 32
+// bytes, the last of which may be shorter. Each portion arrives when its last byte has been
+// transmitted. If a reply has a gap, its two parts are divided into portions separately. When the
+// cable is pulled, all portions that have not arrived are lost.
 class Programmer {
 public:
     explicit Programmer(const Options& options = {});
@@ -63,10 +63,10 @@ public:
     bool powered() const { return commands_.powered(); }
     bool socketReleased() const { return commands_.socketReleased(); }
 
-    // `sink` gets one line, without line end, for each frame, each part of a reply, each protocol
-    // error, a reply that a fault suppresses and a pulled cable. `sink` gets the line for a part of
-    // a reply when `Take` returns the first portion of that part. If `sink` is empty, there is no
-    // trace.
+    // `sink` gets one line, without a line end, for each frame, each part of a reply, each protocol
+    // error, each reply suppressed by a fault, and when the cable is pulled. `sink` gets the line
+    // for a part of a reply when `Take` returns the first portion of that part. If `sink` is empty,
+    // there is no trace.
     void setTraceSink(std::function<void(const std::string&)> sink);
 
 private:

@@ -12,9 +12,9 @@ struct OwnAccessible {
     virtual QAccessibleInterface* makeAccessible() = 0; // Qt deletes the result
 };
 
-// Makes Qt use OwnAccessible. Also makes the text of a label in a frame the label's accessible
-// name: for an empty label, Qt would otherwise use the title of the frame. A window inside the main
-// window gets the role of a pane. Call once, before the first window is created.
+// Makes Qt use OwnAccessible. Also gives each label in a frame its own text as its accessible name;
+// otherwise Qt would give an empty label the title of the frame. A window inside the main window
+// gets the role of a pane. Call once, before the first window is created.
 void useOwnAccessibles();
 
 // Makes a screen reader say `text`, whichever window has the focus. No effect if `window` is null

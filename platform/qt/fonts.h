@@ -7,8 +7,8 @@
 #include <QStringList>
 
 // Type sizes in device-independent pixels, 96 to the inch. Each name states the size in points at
-// 96 pixels to the inch. Qt's own point sizes are not used: window geometry does not depend on the
-// desktop's type size, so font sizes must not depend on it either.
+// 96 pixels to the inch. Fonts are not set in points, because Qt scales points with the desktop's
+// font setting. Window geometry ignores that setting, so font sizes must ignore it too.
 inline constexpr int points8_25 = 11;
 inline constexpr int points9_75 = 13;
 inline constexpr int points12 = 16;

@@ -9,8 +9,8 @@
 // events are handled; it then neither accepts nor delivers bytes until it is opened again.
 class QtSerialPort final : public platform::SerialPort {
 public:
-    // `portName` returns the system's name for a port number; the name is empty if there is no such
-    // port.
+    // `portName` returns the system's name for a port number, or an empty string if the number is
+    // out of range; the device need not exist.
     explicit QtSerialPort(std::function<std::string(int)> portName);
     ~QtSerialPort() override;
 

@@ -69,7 +69,7 @@ std::string lockFileOf(const std::string& path) {
 }
 
 // A lock file begins with a process ID. Most programs write nothing else. Some append their own
-// name and the user's name. QSerialPort writes the name of its program on the next line. An ID
+// name and the user's name. A program that uses QSerialPort writes its name on the next line. An ID
 // without a name may be that of any program, so the lock is respected as long as a process has that
 // ID.
 std::string lockedByAnother(const std::string& path) {

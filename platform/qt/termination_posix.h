@@ -13,18 +13,19 @@
 void OpenStandardDescriptors();
 
 // Installs the signal handlers permanently. Requires the application object. SIGTERM, SIGINT and
-// SIGHUP are handled in the running event loop: the power-down frames are sent, `save` is called,
-// and the process ends with status 0. If `save` throws, the cause is printed to stderr and the
-// status is 1. For every other signal that ends a process, the power-down frames are sent before
-// the process ends. SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are ignored; SIGTSTP does not stop the
-// process during a run. A signal that was ignored when the process started stays ignored.
+// SIGHUP are handled in the running event loop: if a run is in progress, the power-down frames are
+// sent; then `save` is called, and the process ends with status 0. If `save` throws, the cause is
+// printed to stderr and the status is 1. For every other signal that ends a process, the power-down
+// frames are also sent first if a run is in progress. SIGPIPE, SIGXFSZ, SIGTTIN and SIGTTOU are
+// ignored; SIGTSTP does not stop the process during a run. A signal that was ignored when the
+// process started stays ignored.
 void HandleSignals(std::function<void()> save);
 
 // Registers the open port and its lock file (empty: no lock file) for clean-up at termination.
 // Descriptor -1 means that the port has been closed.
 void GuardPort(int descriptor, const std::string& lockFile = {});
-// Sets the power-down frames to send on a crash; used while a run is in progress. `bytes` must stay
-// valid until the next call; if it is null, no frames are sent.
+// Sets the power-down frames to send if the process crashes or is terminated during a run. `bytes`
+// must stay valid until the next call; if it is null, no frames are sent.
 void SetCrashFrames(const char* bytes, int byteCount);
 
 // Sends the power-down frames, if any, to the guarded port. Further calls send nothing until

@@ -39,8 +39,9 @@ char16_t symbol(int byte) {
     return found < bytes.size() ? symbols[found] : codePage1252(byte);
 }
 
-// False for control characters and characters that QTextDocument reserves. Also false for
-// characters of those scripts for which Qt prints a warning about each font that cannot shape them.
+// False for control characters other than tab, and for characters that QTextDocument reserves. Also
+// false for characters of certain complex scripts: Qt would print a warning for every font that
+// cannot shape such a script.
 bool isShown(char32_t code) {
     const QChar::Script script = QChar::script(code);
     const bool needsShaping = (script >= QChar::Script_Syriac && script <= QChar::Script_Sinhala) ||

@@ -30,7 +30,7 @@ constexpr auto lowered = QTextCharFormat::AlignSubScript;
 // The tables are built at first use, not before main(), where a lack of memory could not be
 // reported.
 
-// Groups that are not shown, besides those that the file itself marks as optional.
+// Groups that are not shown even if the file does not mark them as optional.
 const std::unordered_set<std::string_view>& unseenGroups() {
     static const std::unordered_set<std::string_view> table = {
         "annotation", "atnauthor", "atnid",      "comment",      "filetbl",  "fldinst",
