@@ -208,8 +208,9 @@ void frmBuffer::txtBuffer_KeyDown(HexEditor::Key key) {
         showPage();
     else
         showCaret();
-    // After Up or Down, a screen reader reads the new line on its own. If the page has scrolled,
-    // the caret has not moved within the text, so the line is announced here.
+    // After Up or Down, a screen reader reads the new line without an announcement from this
+    // program. If the page has scrolled, the caret has not moved within the text, so the line is
+    // announced here.
     const bool line = key == HexEditor::Key::Up || key == HexEditor::Key::Down;
     if (!line || scrolled)
         announceMove(address, line);

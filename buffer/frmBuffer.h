@@ -67,8 +67,9 @@ private:
 
     void showPage();
     void showCaret();
-    // If the caret's address is no longer `from`, makes a screen reader say the text of the caret's
-    // line if `line` is true, otherwise the caret's address and the byte there.
+    // No effect if the caret's address is still `from`. Otherwise makes a screen reader say the
+    // text of the caret's line (`line` is true) or the caret's address and the byte there (`line`
+    // is false).
     void announceMove(std::int32_t from, bool line = false);
 
     modFunc::HexEditor editor_;

@@ -13,7 +13,8 @@
 
 namespace modFunc {
 
-// Positions in listFunction. The positions below Auto are also the values in AutoList.
+// Positions in listFunction. All positions except that of Auto, the last, are also the values in
+// AutoList.
 enum class FunctionCode { Read, Erase, Blank, Program, Verify, Lock, Auto };
 
 inline constexpr int messageLines = 6;
@@ -86,8 +87,8 @@ private:
     void SetLine(const std::string& text);
     void AppendToLine(const std::string& text);
     void SetPercent(std::int32_t percent);
-    // True if the selected device's Family and Size are within the limits of the device list.
-    // Otherwise the message line becomes "Function not supported!".
+    // True if the selected device's Family and Size are within the ranges given in
+    // app/device_rec.h. Otherwise the message line becomes "Function not supported!".
     bool DeviceFits();
     void NotSupported();
     bool CommunicationFailure(); // shows the failure and returns false

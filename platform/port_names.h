@@ -7,7 +7,7 @@ namespace platform {
 // Ports are numbered from 1.
 inline constexpr int portCount = 16;
 
-// The system's name of serial port `number`; empty for a number outside 1..portCount. The name is
+// The system's name for serial port `number`; empty for a number outside 1..portCount. The name is
 // looked up at every call:
 //   1. if `directory` contains com<number> (lower case, usually a symbolic link): its target,
 //      or its own path if the link is dangling;

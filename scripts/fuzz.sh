@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzz targets with Clang and runs each of them (by
-# default all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or "fuzz.sh
+# fuzz.sh SECONDS|COUNTx [TARGET...]: builds the fuzz targets with Clang and runs each TARGET
+# (default: all in fuzz/) for that many seconds or executions, for example "fuzz.sh 60" or "fuzz.sh
 # 1000000x intel_hex". Prints a line for each target; the exit status is 0 only if no fault was
 # found. A target consists of a source in fuzz/, an entry in fuzz/CMakeLists.txt, an entry in
 # max_bytes below, and a folder of inputs in fuzz/corpus/. Every test run replays these inputs. To

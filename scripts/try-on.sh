@@ -144,7 +144,7 @@ use_program() {
     local name
     mkdir -p "$tools/srv/quorven/bin" "$cache/pictures"
     cp -r data scripts "$tools/srv/quorven/"
-    # Wrappers that run the programs in $clean, without the capability to enter it.
+    # Wrappers that enter $clean, drop the capability to do so, and run the programs there.
     for name in quorven simbox; do
         printf '#!/bin/sh\nexec %s "$PWD" %s "$@"\n' \
             "/usr/sbin/chroot /clean setpriv --ambient-caps=-all --inh-caps=-all -- sh -c 'cd \"\$0\" && exec \"\$@\"'" \

@@ -23,8 +23,8 @@ QFont sansFont(int pixelSize) {
                         QStringLiteral("Nimbus Sans"), QStringLiteral("DejaVu Sans Condensed"),
                         QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")},
                        pixelSize);
-    // The font is condensed until the caption that needs it most fits. captionWidth is the width of
-    // this caption's label at the smallest type size, less a gap before the text box.
+    // The font is condensed until this caption, the tightest of all, fits its label. captionWidth
+    // is the width of that label at the smallest type size, less a gap before the text box.
     constexpr int captionWidth = 100;
     const QString caption = QStringLiteral("Buffer Address (HEX):");
     const int width = captionWidth * pixelSize / points8_25;

@@ -3,17 +3,17 @@
 
 #include <string>
 
-// The path of the lock file by which programs reserve the port `path`, even if it is not a regular
-// file; empty if there is no lock file.
+// The path of the lock file by which programs reserve the port `path`; empty if there is none. The
+// lock file need not be a regular file.
 std::string lockFileOf(const std::string& path);
 
 // A description, for the user, of the lock file that bars the port `path`; empty if no lock file
-// bars the port. A lock file bars the port while a process other than this one has the process ID
-// in the file and, if the file also contains a program name, has that name. A lock file that cannot
-// be read, is not a regular file or has more than 1024 bytes also bars the port. Any other lock
-// file that contains a process ID is removed. Call before opening the port: QSerialPort waits
-// forever if the lock file is a pipe, and removes a lock file older than half a minute even if its
-// owner is running.
+// bars the port. A lock file bars the port if it contains the ID of a running process other than
+// this one. If the file also contains a program name, it bars the port only if the process has that
+// name or the system does not disclose its name. A lock file that cannot be read, is not a regular
+// file or has more than 1024 bytes also bars the port. Any other lock file that contains a process
+// ID is removed. Call before opening the port: QSerialPort waits forever if the lock file is a
+// pipe, and removes a lock file older than half a minute even if its owner is running.
 std::string lockedByAnother(const std::string& path);
 
 // Why the port `path` could not be opened, in sentences for the user: the device does not exist or

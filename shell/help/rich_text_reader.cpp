@@ -220,7 +220,8 @@ void RichTextReader::addPicture() {
     page_.AddPicture(QByteArray::fromHex(picture.digits), size, group().paragraph.inTable);
 }
 
-// If a font is not installed, a serif font or the sans or fixed font of the other windows is used.
+// A font that is not installed is replaced by one of the same kind: a serif font, or the sans or
+// fixed font that the other windows use.
 QTextCharFormat RichTextReader::charFormat(QTextCharFormat format) const {
     static const QString sans = sansFont(points12).family();
     static const QString fixed = fixedFont(points12).family();
