@@ -66,8 +66,8 @@ struct State {
 
     // File exchange.
 
-    // The records of the Intel HEX file being read, from element 1 on. When a file is saved, each
-    // line is built in element 0.
+    // The records of the Intel HEX file being read, from element 1 on. When an Intel HEX file is
+    // saved, the line of each data record is built in element 0.
     std::vector<HexRec> HexRecords = std::vector<HexRec>(lastHexRecord + 1);
     // Number of data records in HexRecords, 0..9999.
     std::int16_t HexRecordCount = 0;

@@ -36,8 +36,9 @@ public:
     // A click on a row and column of the page's text; row -1 is the heading. If there is a digit of
     // a byte at that position, the caret goes there; otherwise it does not move.
     void Click(int row, int column);
-    // Moves the caret. At the edge of the page the page scrolls by one line if it can; Left and
-    // Right then put the caret on the first digit of the new line.
+    // Moves the caret. A move past the start or end of the page scrolls the page by one line if
+    // possible; after such a scroll, Left and Right put the caret on the first digit of the new
+    // line.
     void Press(Key key);
     // Stores a typed hexadecimal digit of either case in the image, moves the caret as Key::Right
     // does and returns true. For any other character, changes nothing and returns false.

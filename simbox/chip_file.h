@@ -18,7 +18,8 @@ public:
     // read or written.
     ChipFile(std::string path, Chip& chip);
 
-    // True if the path is not empty and the memory or the lock has changed since the last Save.
+    // True if the path is not empty and the memory or the lock has been written since the last
+    // Save.
     bool outdated() const { return !path_.empty() && chip_.revision() != savedRevision_; }
 
     // If outdated, writes all 64 KiB to a temporary file in the same folder and renames that file

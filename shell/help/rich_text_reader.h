@@ -69,7 +69,8 @@ private:
         int value = 0;
         bool given = false;
         bool On() const { return !given || value != 0; } // for on/off words
-        // The value as a length in pixels; one unit is `twips` twips. Clamped to +-32,000 twips.
+        // The value converted to pixels; `twips` is the number of twips in one unit of the value.
+        // Clamped to +-32,000 twips.
         int Pixels(int twips = 1) const {
             constexpr int max = 32'000;
             return pixels(std::clamp(value, -max / twips, max / twips) * twips);
