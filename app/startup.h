@@ -2,11 +2,11 @@
 // sequence.
 //
 // These files must be in the folder AppPath. A procedure that reads one of them throws
-// platform::FileError if the file is missing or damaged or contains a value outside its limits. The
-// message names the file, the cause and, for a damaged file, the item. State may then be partly
-// filled. A text item has at most 65535 bytes and no zero byte; a text item of the settings must
-// not contain a double quote either. The Parse... procedures read a file whose text is already in
-// memory.
+// platform::FileError if the file is missing or damaged or contains a number that does not fit its
+// type or is outside a range given below. Other limits are not checked here. The message names the
+// file, the cause and, for a damaged file, the item. State may then be partly filled. A text item
+// has at most 65535 bytes and no zero byte; a text item of the settings must not contain a double
+// quote either. The Parse... procedures read a file whose text is already in memory.
 #pragma once
 
 #include <string>

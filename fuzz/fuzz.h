@@ -1,5 +1,6 @@
-// Shared by all targets. A target defines LLVMFuzzerTestOneInput, which passes the input to the
-// program as if the input came from outside, and checks what must hold for any input.
+// Shared by all targets. A target defines LLVMFuzzerTestOneInput, which uses the input as the
+// contents of a file or to select the faults of the programmer, and checks what must hold for any
+// input.
 #pragma once
 
 #include <cstdint>

@@ -57,7 +57,8 @@ def children(item):
     return list(filter(None, map(item.get_child_at_index, range(item.get_child_count()))))
 
 
-# Yields the item, if it is visible, and its visible descendants, in tree order.
+# If the item is visible, yields it and its visible descendants in tree order, without the contents
+# of tables and trees.
 def shown(item):
     if has(item, State.SHOWING):
         yield item

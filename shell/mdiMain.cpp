@@ -290,8 +290,8 @@ void mdiMain::OptionsEditAuto_Click() {
 }
 
 // Discovery follows even after Cancel: the Settings window is the only way to find a programmer
-// that is plugged in after start-up. Discovery begins before exec() returns, so that no close
-// request is handled in between.
+// that is plugged in after start-up. The signal finished() starts discovery before exec() returns,
+// so that no close request is handled between the closing of the Settings window and discovery.
 void mdiMain::OptionsSettings_Click() {
     frmSettings settings(this);
     connect(&settings, &QDialog::finished, FindProgrammer);

@@ -18,9 +18,10 @@ constexpr int statusFailed = 1;
 constexpr int statusWrongOption = 2;
 constexpr int statusProtocolError = 3;
 
-// Saving the chip takes about a millisecond, which must not delay a reply. The chip is therefore
-// saved only when the line has been quiet for `quietUs` and no event is due for the next `quietUs`.
-// The completion of a frame that is still on the wire is such an event.
+// Saving the chip takes about a millisecond, which must not delay a reply. While the line is
+// served, the chip is therefore saved only when the line has been quiet for `quietUs` and no event
+// is due for the next `quietUs`. The completion of a frame that is still on the wire is such an
+// event.
 void serve(Programmer& programmer, Terminal& terminal, ChipFile& chipFile) {
     constexpr std::int64_t quietUs = 5'000;
     const auto start = std::chrono::steady_clock::now();

@@ -1,4 +1,4 @@
-// Builds a text document from its beginning to its end.
+// Builds a text document by appending to it.
 #pragma once
 
 #include <QColor>

@@ -14,8 +14,8 @@ constexpr std::size_t maxCells = 64; // in a row
 // Maximum for \uc, the number of characters skipped after each \u. Without it, a damaged file with
 // a large number there could hide most of its text.
 constexpr int maxFallback = 16;
-// Qt prints a warning for a font of size 0. A subscript has two thirds of the text's size, so a
-// text size of 1 would result in 0.
+// Qt prints a warning for a font of size 0. A subscript is two thirds the size of the text, so it
+// would have size 0 if the text size were 1.
 constexpr int minPixelSize = 2;
 constexpr int maxPixelSize = 96;
 constexpr int twipsPerHalfPoint = 10;
