@@ -22,8 +22,8 @@ struct PortError : std::runtime_error {
 
 // The serial line to the programmer: 57600 baud, 8 data bits, no parity, 1 stop bit, no flow
 // control. Every byte value is passed on unchanged. The program polls the port for received bytes.
-// A closed port, and one whose connection is lost while it is open, accepts and delivers no bytes;
-// this raises no error.
+// A port that is closed, or that has lost its connection while open, neither accepts nor delivers
+// bytes; this raises no error.
 struct SerialPort {
     virtual ~SerialPort() = default;
 

@@ -25,8 +25,8 @@ sample, copy = (("sample.hex", "edited.hex") if pictures else
                 ("Gerät № 1.hex", "Kopie für später.hex"))
 
 
-# Returns the contents of an Intel HEX file, which must have data at address 0, padded with FF to 64
-# KiB.
+# Returns the contents of an Intel HEX file, padded with FF to 64 KiB. The file must have data at
+# address 0.
 def read_hex(path):
     subprocess.run(["objcopy", "-I", "ihex", "-O", "binary", "--gap-fill", "0xFF", "--pad-to",
                     "0x10000", path, f"{path}.bin"], check=True)

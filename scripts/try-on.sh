@@ -5,9 +5,9 @@
 # program, removes the package and looks for remaining files. With PACKAGE, skips the builds and
 # tests and starts by installing that file.
 #
-# Needs root and the network; the tested programs have no access to the network. The roots, builds,
-# package and pictures are kept in build/try-on/RELEASE. When this script exits, its mounts are
-# removed and its processes are killed.
+# Needs root and the network; the tested programs have no access to the network. The roots as
+# installed, the builds, package, logs and pictures are kept in build/try-on/RELEASE. When this
+# script exits, its mounts are removed and its processes are killed.
 set -euo pipefail
 
 if [[ $(id -u) != 0 || $# == 0 ]]; then

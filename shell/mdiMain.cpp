@@ -167,8 +167,8 @@ void mdiMain::addStatusBar() {
 }
 
 void mdiMain::connectHandlers() {
-    // Each action checks LinkInUse(): assistive programs trigger actions without input events, so
-    // InputBlock has nothing to discard.
+    // InputBlock cannot stop an action that an assistive program triggers, because no input event
+    // occurs. So every action except FileExit checks LinkInUse() itself.
     const auto on = [this](const char* entry, void (mdiMain::*handler)()) {
         connect(findChild<QAction*>(QString::fromLatin1(entry)), &QAction::triggered, this,
                 [this, handler] {

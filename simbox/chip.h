@@ -40,9 +40,9 @@ public:
 
     // What the programmer reads: the cell, or 00 from a locked flash chip.
     std::uint8_t Read(std::uint16_t address, CellKind kind) const;
-    // Programs one cell. Returns true if the cell then contains `data`. Returns false if `data` has
-    // a bit set that only an erase can set, or if the chip is a locked flash chip, whose cells stay
-    // unchanged.
+    // Programs one cell. Returns false, and changes nothing, for a locked flash chip. Otherwise
+    // returns whether the cell now contains `data`; it does not if `data` has a bit set that only
+    // an erase can set.
     bool Write(std::uint16_t address, std::uint8_t data, CellKind kind);
     // Sets every byte to FF and unlocks the chip.
     void Erase();

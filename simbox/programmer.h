@@ -55,8 +55,8 @@ public:
     // Every complete frame in order of arrival, including rejected frames.
     const std::vector<Frame>& frames() const { return frames_; }
 
-    // Replaces the faults that select a frame and ends a SilentFrom that is in effect. Replies that
-    // are already being sent are unchanged.
+    // Replaces all faults except those at a chip address (ProgramError, Lie), and ends a SilentFrom
+    // that is in effect. Replies that are already being sent are unchanged.
     void setFaults(std::vector<Fault> faults);
 
     Chip& chip() { return commands_.chip(); }

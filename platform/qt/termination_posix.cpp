@@ -87,8 +87,8 @@ void giveCrashesAStack() {
 } // namespace
 
 // Replaces the C library's _exit(), even where a library calls it: when the compositor is lost,
-// Qt's Wayland plugin calls _exit(), which runs no exit handlers. In a child process, _exit() does
-// not clean up.
+// Qt's Wayland plugin calls _exit(), which runs no exit handlers. In a child process, this
+// replacement does not clean up.
 extern "C" void _exit(int status) { // NOLINT(bugprone-reserved-identifier)
     if (getpid() == handledProcess)
         cleanUp();

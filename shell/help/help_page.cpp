@@ -22,8 +22,8 @@ constexpr qint64 cellCost = 100;
 constexpr qint64 objectCost = 150; // of a table or picture, without its contents
 constexpr qint64 decodedPixelsPerUnit = 64;
 constexpr qint64 shownPixelsPerUnit = 8; // these take memory, too
-// Limits the height of the page: from 8,388,607 pixels on, Qt searches endlessly for the position
-// of a line.
+// Limits the height of the page: if it is 8,388,607 pixels or more, Qt never finishes searching for
+// the position of a line.
 constexpr qint64 heightPerUnit = 3;
 
 constexpr qint64 maxPicturePixels = 4'000'000;
@@ -193,8 +193,8 @@ void HelpPage::openTable(int columns) {
     table_ = cursor_.insertTable(1, columns, format);
 }
 
-// Called after the cell's paragraphs: Qt keeps a cell's format in the block character format of its
-// first paragraph, which End() sets.
+// Called after End() has been called for the cell's paragraphs: Qt keeps a cell's format in the
+// block character format of its first paragraph, and End() overwrites this format.
 void HelpPage::endCell() {
     QTextTableCell cell = table_->cellAt(table_->rows() - 1, column_);
     QTextTableCellFormat format = cell.format().toTableCellFormat();
