@@ -25,9 +25,9 @@ public:
 
     // The next item. The view is valid as long as the reader exists. NextString, NextNumber and
     // NextInt16 throw platform::FileError if the file has ended, a double quote is not closed on
-    // its line, or the item is not valid. The message contains the file name, the item's line
-    // number and its number in the file, `meaning` (such as "device count"), what was expected and
-    // what was found.
+    // its line, or the item is not valid. The message contains the file name, the line number, the
+    // item's number counted from the start of the file, `meaning` (such as "device count"), what
+    // was expected and what was found.
     std::string_view NextString(std::string_view meaning);
     // A decimal integer from `min` to `max`, inclusive, with an optional sign.
     std::int32_t NextNumber(std::string_view meaning, std::int32_t min, std::int32_t max);

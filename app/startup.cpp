@@ -22,7 +22,8 @@ DelimitedReader openDataFile(const char* name) {
 }
 
 // Reads a text that will be shown in a title, a panel or a list. Rejects very long texts, which
-// would block the window for minutes, and zero bytes, which would truncate the text.
+// would block the window for minutes, and texts that contain a zero byte, which would truncate
+// them.
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)

@@ -84,7 +84,7 @@ struct State {
 
     // The frame last sent by SendAndWait().
     Bytes TxFrame;
-    // The bytes last read from the port.
+    // The reply last read from the port, including any bytes that ReadReplyTail() appended.
     Bytes RxText;
     // A copy of RxText, first byte at index 0, for procedures that examine a reply.
     Bytes RxBytes;

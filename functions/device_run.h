@@ -1,9 +1,10 @@
 // One run of a device function, from the press of Run to the last frame.
 //
 // The data of the function procedures belongs to the run, not to the window, because a successful
-// Read closes the window while the run continues. Each function procedure returns normally on every
-// outcome, writes only to message line `MsgLine` and leaves the power-down to EndFunction, which is
-// always called afterwards.
+// Read closes the window while the run continues. Whether it succeeds or fails, each function
+// procedure returns normally, writes only to message line `MsgLine` and leaves the power-down to
+// EndFunction, which is called next. If an exception escapes, Run sends the power-down frames
+// instead.
 #pragma once
 
 #include <array>
@@ -13,8 +14,8 @@
 
 namespace modFunc {
 
-// Positions in listFunction. All positions except that of Auto, the last, are also the values in
-// AutoList.
+// Positions in listFunction. AutoList uses the same numbers, except that of Auto, which is always
+// last.
 enum class FunctionCode { Read, Erase, Blank, Program, Verify, Lock, Auto };
 
 inline constexpr int messageLines = 6;

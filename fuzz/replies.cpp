@@ -1,5 +1,5 @@
-// Runs a function on a device of a family, with one to four faults of the programmer; the input
-// selects all of these.
+// Runs one function on one family with one to four faults of the programmer; the input selects the
+// function, the family and the faults.
 #include "fuzz/fuzz.h"
 #include "tests/functions/fault_fixture.h"
 

@@ -6,8 +6,8 @@
 #
 #   demo.py QUORVEN SIMBOX FOLDER [PICTURES [SCALE]]
 #
-# FOLDER is deleted and recreated. If PICTURES is given, it is a folder in which a picture of each
-# window is saved, at a screen scale of 200 % if SCALE is 2.
+# FOLDER is deleted and recreated. If PICTURES is given, a picture of each window is saved in that
+# folder. SCALE is the screen scale: 1 (default) or 2.
 
 import pathlib
 import shutil

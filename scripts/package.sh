@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the Debian package from the release build: build/package/quorven_VERSION_ARCHITECTURE.deb.
 # The same sources give the same bytes on the same Debian release; every timestamp in the package is
-# the date of the newest entry in the change log. Afterwards runs all lintian checks, and checks the
-# hardening that lintian does not check.
+# the date of the newest entry in the change log. Then runs all checks of lintian, validates the
+# desktop entry, the AppStream data, the launcher and the manual pages, and checks the hardening
+# that lintian does not cover.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

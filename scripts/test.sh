@@ -111,7 +111,8 @@ show_test_share() {
 # missing.
 counted() { printf '%d\n' "$(sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$results" | head -n 1)"; }
 
-# Prints the last line of the output. A skipped or disabled test makes the whole run fail.
+# Prints the numbers of tests, the last line of the output. A skipped or disabled test makes the
+# whole run fail.
 count() {
     local all failed skipped
     all=$(counted tests)

@@ -98,8 +98,8 @@ mount_roots() {
     done
 }
 
-# copy_sources FOLDER BUILD: copies the sources to FOLDER in $tools and mounts the folder BUILD of
-# the cache as their build folder.
+# copy_sources FOLDER BUILD: copies the sources to FOLDER in $tools and mounts $cache/BUILD there as
+# the folder build.
 copy_sources() {
     mkdir -p "$tools$1/build" "$cache/$2"
     mount --bind "$cache/$2" "$tools$1/build"

@@ -22,7 +22,7 @@ public:
     // A new chip, not locked, with `fill` in every byte.
     explicit Chip(std::uint8_t fill) { memory_.fill(fill); }
 
-    // The contents of the cells, whether the chip is locked or not. The index is the chip address,
+    // The true contents of the cells, even if the chip is locked. The index is the chip address,
     // 0..FFFF.
     const std::array<std::uint8_t, sizeBytes>& memory() const { return memory_; }
     bool locked() const { return locked_; }

@@ -26,8 +26,8 @@ struct Reply {
     std::vector<std::uint8_t> bytes; // at least one, unless a fault removes them
     std::string meaning;             // for the trace
     std::int64_t delayUs = 0;        // from the frame's arrival to the reply's start
-    // The bytes from this index on start `gapUs` after the end of the bytes before them. If the
-    // index is past the end, there is no gap.
+    // The line pauses for `gapUs` before the byte at this index. If the index is past the end,
+    // there is no gap.
     std::size_t gapIndex = SIZE_MAX;
     std::int64_t gapUs = 0;
 };

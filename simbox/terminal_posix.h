@@ -9,15 +9,15 @@
 namespace simbox {
 
 // A pseudo-terminal as seen from the device's side. It is raw: all 256 byte values pass in both
-// directions, without echo. A program that closes its side and opens it again finds the line
-// unchanged.
+// directions, without echo. The line does not hang up when a program closes its side, so the
+// program can open it again.
 class Terminal {
 public:
     // Opens the terminal and makes `linkPath` (empty: no link) a symbolic link to it. An existing
     // symbolic link is replaced. Throws std::runtime_error with the cause on failure, or if
     // `linkPath` exists and is not a symbolic link; Wait and Write throw it if the terminal fails.
-    // Create only one Terminal per process, because the class handles SIGTERM, SIGINT and SIGHUP,
-    // which arrive only in Wait, and ignores SIGPIPE.
+    // Create only one Terminal per process, because it changes the signal handling of the process:
+    // SIGTERM, SIGINT and SIGHUP arrive only in Wait, and SIGPIPE is ignored.
     explicit Terminal(std::string linkPath);
     // Removes the link if it still points to this terminal, then hangs up.
     ~Terminal();

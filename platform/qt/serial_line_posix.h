@@ -16,10 +16,10 @@ std::string lockFileOf(const std::string& path);
 // pipe, and removes a lock file older than half a minute even if its owner is running.
 std::string lockedByAnother(const std::string& path);
 
-// Why the port `path` could not be opened, in sentences for the user: the device does not exist or
-// is not a serial port, the user is not a member of the group that owns it, another program is
-// using it, the system reports another error, or a lock file bars it. Returns `otherwise` if none
-// of these is the cause.
+// A message for the user that states why the port `path` could not be opened: the device does not
+// exist or is not a serial port, the user is not a member of the group that owns it, another
+// program is using it, the system reports another error, or there is a lock file that contains no
+// process ID or could not be removed. Returns `otherwise` if none of these is the cause.
 std::string whyNotOpened(const std::string& path, const std::string& otherwise);
 
 // Number of bytes in the system's receive queue; 0 on error.
