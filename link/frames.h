@@ -1,5 +1,5 @@
-// The frames of the wire protocol. Each function except PowerDownFrames takes the values that one
-// kind of frame contains and returns the whole frame.
+// The frames of the wire protocol. Each function except PowerDownFrames returns one whole frame;
+// its parameters supply whatever varies in this kind of frame.
 //
 // The layout of a frame from the program to the programmer. Multi-byte fields have the most
 // significant byte first.
