@@ -83,8 +83,8 @@ struct MessageBox {
 // The main window's status bar `sbar`: panels 1 to 4 for port, device, size and file.
 struct StatusBar {
     virtual ~StatusBar() = default;
-    virtual void setPanel(int panel,
-                          const std::string& text) = 0; // no effect before that window exists
+    // No effect before the main window exists.
+    virtual void setPanel(int panel, const std::string& text) = 0;
 };
 
 // The only file dialog, `cdia`. It lists all files, accepts names that do not exist, never asks
