@@ -75,7 +75,7 @@ struct State {
     bool FileIsHex = false;
     // Result of frmFileLoad: true if it was closed with Cancel.
     bool FileCancelled = false;
-    // Result of frmFileLoad, 0 or above: bytes below this address of the file are not loaded.
+    // Result of frmFileLoad, 0 or above: data of the file below this address is not loaded.
     std::int32_t FileAddress = 0;
     // Result of frmFileLoad, 0 or above: the offset added to every address of the file.
     std::int32_t BufferAddress = 0;

@@ -62,8 +62,8 @@ struct TraceLine {
     int bytes = 0;
 };
 
-// Parses a line such as "0.001234 > 00 00 00 01 49  identify". A line for more than 16 bytes reads
-// "0.001234 < 06 ... 1A ... (260 bytes)  meaning".
+// Parses a line such as "0.001234 > 00 00 00 01 49  identify". A line for more than 16 bytes
+// contains the first 16 bytes, then "... (260 bytes)", then the meaning.
 TraceLine parseTraceLine(const std::string& line) {
     TraceLine parsed;
     char direction = 0;

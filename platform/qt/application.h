@@ -9,8 +9,8 @@ class Application : public QApplication {
 public:
     Application(int& argc, char** argv);
 
-    // If an exception escapes an event handler, sends the power-down frames, reports the cause and
-    // ends the program with status 1.
+    // If an exception escapes an event handler, sends the power-down frames if a run is in
+    // progress, reports the cause and ends the program with status 1.
     bool notify(QObject* receiver, QEvent* event) override;
 
     // Shows a critical message box with the cause of the exception being handled and returns the
