@@ -34,7 +34,7 @@ qint64 area(QSize size) {
     return qint64{size.width()} * size.height();
 }
 
-// An upper bound of the cost. A line is assumed to be one and a half times as high as its text and
+// An upper bound on the cost. A line is assumed to be one and a half times as high as its text and
 // to contain at least 140 / `height` characters; in a table, each character may get a line of its
 // own.
 qint64 costOf(const QString& text, qint64 height, bool inTable) {
