@@ -16,7 +16,7 @@ class QLineEdit;
 class QPushButton;
 class QWidget;
 
-// Gives a new control its name, its rectangle and the font of all windows.
+// Gives a new control its name, its rectangle and the default font, sansFont().
 template <class Widget>
 Widget* laidOut(Widget* widget, const char* name, const TwipsRect& rect) {
     widget->setObjectName(QString::fromLatin1(name));
