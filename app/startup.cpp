@@ -21,9 +21,8 @@ DelimitedReader openDataFile(const char* name) {
     return {path, platform::ReadWholeFile(path)};
 }
 
-// Reads a text that will be shown in a title, a panel or a list. Rejects very long texts, which
-// would block the window for minutes, and texts that contain a zero byte, which would truncate
-// them.
+// Reads a text item, which a window may show. Rejects very long texts, which would block such a
+// window for minutes, and texts that contain a zero byte, which would truncate them.
 std::string boundedText(DelimitedReader& reader, const std::string& meaning) {
     const std::string_view text = reader.NextString(meaning);
     if (text.size() > maxTextBytes || text.find('\0') != std::string_view::npos)
