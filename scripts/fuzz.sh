@@ -22,8 +22,8 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Maximum input size in bytes: large enough for the rules of the format, except for its limits on
-# length and number; small enough for fast runs.
+# Maximum input size in bytes: large enough to exercise every rule of the format except the limits
+# on the length and the number of items; small enough for fast runs.
 declare -A max_bytes=([delimited_text]=256 [intel_hex]=1024 [replies]=64 [rich_text]=512)
 
 if [[ ! ${1:-} =~ ^[1-9][0-9]*x?$ ]]; then
