@@ -73,7 +73,7 @@ struct State {
     std::int16_t HexRecordCount = 0;
     // Result of frmFileLoad: true if the file type is Intel HEX, false if it is binary.
     bool FileIsHex = false;
-    // Result of frmFileLoad: true if it was closed with Cancel.
+    // Result of frmFileLoad: true unless it was closed with OK.
     bool FileCancelled = false;
     // Result of frmFileLoad, 0 or above: data of the file below this address is not loaded.
     std::int32_t FileAddress = 0;
